@@ -1,0 +1,17 @@
+# Everything this project stands on, all from the distribution (the list that installs them is
+# tools/packages.sh).
+find_package(Threads REQUIRED)
+find_package(PkgConfig REQUIRED)
+find_package(fmt REQUIRED)
+find_package(GTest REQUIRED)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Widgets OpenGL OpenGLWidgets)
+pkg_check_modules(epoxy REQUIRED IMPORTED_TARGET epoxy)
+pkg_check_modules(egl REQUIRED IMPORTED_TARGET egl)
+pkg_check_modules(turbojpeg REQUIRED IMPORTED_TARGET libturbojpeg)
+pkg_check_modules(udev REQUIRED IMPORTED_TARGET libudev)
+find_library(YUV_LIBRARY yuv REQUIRED)
+find_path(YUV_INCLUDE_DIR libyuv.h REQUIRED)
+add_library(tessary_libyuv INTERFACE)
+target_include_directories(tessary_libyuv SYSTEM INTERFACE ${YUV_INCLUDE_DIR})
+target_link_libraries(tessary_libyuv INTERFACE ${YUV_LIBRARY})
+include(GoogleTest)

@@ -1,0 +1,34 @@
+#pragma once
+// The program's log: plain lines, without levels, to standard error.
+
+#include <fmt/format.h>
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace tessary {
+
+/// Writes one line. Any thread.
+void logLine(std::string_view line);
+
+/// Formats and writes one line. Any thread.
+template <typename... Args>
+void log(fmt::format_string<Args...> format, Args&&... args) {
+  logLine(fmt::format(format, std::forward<Args>(args)...));
+}
+
+/// Sends every line to `sink` instead of standard error until this object ends. Lines come on the
+/// thread that logs, one at a time. For tests; they nest.
+class LogRedirection {
+ public:
+  explicit LogRedirection(std::function<void(std::string_view)> sink);
+  ~LogRedirection();
+  LogRedirection(const LogRedirection&) = delete;
+  LogRedirection& operator=(const LogRedirection&) = delete;
+
+ private:
+  std::function<void(std::string_view)> previous_;
+};
+
+}  // namespace tessary

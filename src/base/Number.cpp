@@ -1,0 +1,70 @@
+#include "base/Number.h"
+
+#include <charconv>
+#include <limits>
+#include <system_error>
+
+namespace tessary {
+namespace {
+
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+std::string_view withoutLeadingBlanks(std::string_view text) {
+  const size_t first = text.find_first_not_of(" \t\n\v\f\r");
+  return first == std::string_view::npos ? std::string_view() : text.substr(first);
+}
+
+/// Takes one sign off the front of `text`; whether it was a minus.
+bool takeSign(std::string_view& text) {
+  if (text.empty() || (text[0] != '+' && text[0] != '-')) return false;
+  const bool negative = text[0] == '-';
+  text.remove_prefix(1);
+  return negative;
+}
+
+template <typename T>
+T integerPrefix(std::string_view text) {
+  text = withoutLeadingBlanks(text);
+  const bool negative = takeSign(text);
+  const T low = std::numeric_limits<T>::min();
+  const T high = std::numeric_limits<T>::max();
+  T value = 0;
+  for (const char c : text) {
+    if (!isDigit(c)) break;
+    const T digit = T(c - '0');
+    // Built on the negative side, which reaches one further.
+    if (value < (low + digit) / 10) return negative ? low : high;
+    value = T(value * 10 - digit);
+  }
+  if (negative) return value;
+  return value == low ? high : T(-value);
+}
+
+template <typename T>
+T decimalPrefix(std::string_view text) {
+  text = withoutLeadingBlanks(text);
+  const bool negative = takeSign(text);
+  // A second sign, "inf" and "nan" are no numbers; from_chars would take them.
+  if (text.empty() || !(isDigit(text[0]) || text[0] == '.')) return T(0);
+  T value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error == std::errc::result_out_of_range) {
+    // Too small or too large: from_chars leaves the value alone and does not say which.
+    const std::string_view digits(text.data(), size_t(end - text.data()));
+    const size_t exponent = digits.find_first_of("eE");
+    const bool tiny = exponent != std::string_view::npos && exponent + 1 < digits.size()
+                          ? digits[exponent + 1] == '-'
+                          : digits.starts_with('.') || digits.starts_with("0.");
+    value = tiny ? T(0) : std::numeric_limits<T>::max();
+  }
+  return negative ? -value : value;
+}
+
+}  // namespace
+
+int32_t intValue(std::string_view text) { return integerPrefix<int32_t>(text); }
+int64_t int64Value(std::string_view text) { return integerPrefix<int64_t>(text); }
+float floatValue(std::string_view text) { return decimalPrefix<float>(text); }
+double doubleValue(std::string_view text) { return decimalPrefix<double>(text); }
+
+}  // namespace tessary
