@@ -1,11 +1,11 @@
 #include "base/Log.h"
 
-#include <fmt/chrono.h>
-
 #include <chrono>
 #include <cstdio>
 #include <mutex>
 #include <utility>
+
+#include <fmt/chrono.h>
 
 namespace tessary {
 namespace {

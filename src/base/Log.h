@@ -1,11 +1,11 @@
 #pragma once
 // The program's log: plain lines, without levels, to standard error.
 
-#include <fmt/format.h>
-
 #include <functional>
 #include <string>
 #include <string_view>
+
+#include <fmt/format.h>
 
 namespace tessary {
 
@@ -19,7 +19,7 @@ void log(fmt::format_string<Args...> format, Args&&... args) {
 }
 
 /// Sends every line to `sink` instead of standard error until this object ends. Lines come on the
-/// thread that logs, one at a time. For tests; they nest.
+/// thread that logs, one at a time; `sink` must not log itself. For tests; they nest.
 class LogRedirection {
  public:
   explicit LogRedirection(std::function<void(std::string_view)> sink);

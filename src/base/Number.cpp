@@ -1,5 +1,6 @@
 #include "base/Number.h"
 
+#include <algorithm>
 #include <charconv>
 #include <limits>
 #include <system_error>
@@ -40,6 +41,21 @@ T integerPrefix(std::string_view text) {
   return value == low ? high : T(-value);
 }
 
+/// Whether the decimal number `digits`, not zero, is below 1. For numbers that no floating-point
+/// type holds, so that a power of ten more or less does not matter.
+bool isBelowOne(std::string_view digits) {
+  const size_t mantissaEnd = std::min(digits.find_first_of("eE"), digits.size());
+  const std::string_view mantissa = digits.substr(0, mantissaEnd);
+  const size_t point = std::min(mantissa.find('.'), mantissa.size());
+  const size_t leading = mantissa.find_first_not_of("0.");
+  int64_t power = int64_t(point) - int64_t(leading);
+  if (mantissaEnd < digits.size()) {
+    // In 32 bits, so that the sum can't overflow.
+    power += integerPrefix<int32_t>(digits.substr(mantissaEnd + 1));
+  }
+  return power <= 0;
+}
+
 template <typename T>
 T decimalPrefix(std::string_view text) {
   text = withoutLeadingBlanks(text);
@@ -49,13 +65,9 @@ T decimalPrefix(std::string_view text) {
   T value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   if (error == std::errc::result_out_of_range) {
-    // Too small or too large: from_chars leaves the value alone and does not say which.
+    // from_chars leaves the value alone and does not say which end it passed.
     const std::string_view digits(text.data(), size_t(end - text.data()));
-    const size_t exponent = digits.find_first_of("eE");
-    const bool tiny = exponent != std::string_view::npos && exponent + 1 < digits.size()
-                          ? digits[exponent + 1] == '-'
-                          : digits.starts_with('.') || digits.starts_with("0.");
-    value = tiny ? T(0) : std::numeric_limits<T>::max();
+    value = isBelowOne(digits) ? T(0) : std::numeric_limits<T>::max();
   }
   return negative ? -value : value;
 }

@@ -25,7 +25,9 @@ PixelBuffer::PixelBuffer(TextureSize size)
     : size_{std::max(size.width, 0), std::max(size.height, 0)},
       data_(allocateAligned(byteCount())) {}
 
-PixelBufferPool::PixelBufferPool() : shelf_(std::make_shared<Shelf>()) {}
+PixelBufferPool::PixelBufferPool() : shelf_(std::make_shared<Shelf>()) {
+  shelf_->idle.reserve(kIdleBuffersKept);  // so that taking one back can't fail
+}
 
 std::shared_ptr<PixelBuffer> PixelBufferPool::take(TextureSize size) {
   std::unique_ptr<PixelBuffer> buffer;

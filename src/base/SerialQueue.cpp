@@ -1,14 +1,14 @@
 #include "base/SerialQueue.h"
 
-#include <pthread.h>
-
 #include <future>
+#include <memory>
 #include <utility>
+
+#include <pthread.h>
 
 namespace tessary {
 
-SerialQueue::SerialQueue(std::string label)
-    : label_(std::move(label)), thread_([this] { run(); }) {
+SerialQueue::SerialQueue(std::string label) : label_(std::move(label)), thread_([this] { run(); }) {
   // The kernel keeps 15 characters of a thread's name; the end of a label tells queues apart.
   const std::string name = label_.size() > 15 ? label_.substr(label_.size() - 15) : label_;
   pthread_setname_np(thread_.native_handle(), name.c_str());
@@ -32,9 +32,11 @@ void SerialQueue::post(std::function<void()> work) {
 }
 
 void SerialQueue::drain() {
-  std::promise<void> reached;
-  post([&reached] { reached.set_value(); });
-  reached.get_future().wait();
+  // Shared, because the wait may be over while the queue is still inside set_value().
+  const auto reached = std::make_shared<std::promise<void>>();
+  const std::future<void> future = reached->get_future();
+  post([reached] { reached->set_value(); });
+  future.wait();
 }
 
 void SerialQueue::run() {

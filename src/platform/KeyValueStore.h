@@ -18,8 +18,8 @@ class KeyValueStore {
   using Entry = std::pair<std::string, Value>;
 
   virtual ~KeyValueStore() = default;
-  /// What is stored under `key`, or nothing. A backing that keeps everything as text may answer with
-  /// a string for a stored number. Whatever bytes are stored: never a failure.
+  /// What is stored under `key`, or nothing. A backing that keeps everything as text may answer
+  /// with a string for a stored number or stored bytes. Whatever bytes are stored: never a failure.
   virtual std::optional<Value> value(const std::string& key) = 0;
   /// Stores all entries. When it returns they survive the process being killed. A store that can't
   /// be written keeps them for this run and logs what is wrong.

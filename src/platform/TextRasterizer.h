@@ -22,8 +22,8 @@ class TextRasterizer {
   /// Width and height in pixels of the ink of `text` (UTF-8) drawn as one line. 0 by 0 without ink.
   virtual Size imageBounds(const std::string& text, const Font& font) = 0;
 
-  /// A block of pixels that text is drawn into: rows from the top, 4 bytes a pixel in the order red,
-  /// green, blue, alpha, colours premultiplied.
+  /// A block of pixels that text is drawn into: rows from the top, 4 bytes a pixel in the order
+  /// red, green, blue, alpha, colours premultiplied.
   struct Bitmap {
     uint8_t* data;
     int32_t width;
@@ -31,11 +31,11 @@ class TextRasterizer {
     int32_t bytesPerRow;
   };
   /// Draws `text` in `color` over a black background, its baseline starting at x pixels from the
-  /// left and `baseline` pixels above the bitmap's bottom edge. Grey anti-aliasing at the most, never
-  /// subpixel; whatever lies outside the bitmap is cut off. Pixels without background or ink stay as
-  /// they are.
-  virtual void drawLine(const std::string& text, const Font& font, const Color& color,
-                        double x, double baseline, const Bitmap& bitmap) = 0;
+  /// left and `baseline` pixels above the bitmap's bottom edge. Grey anti-aliasing at the most,
+  /// never subpixel; whatever lies outside the bitmap is cut off. Pixels without background or ink
+  /// stay as they are.
+  virtual void drawLine(const std::string& text, const Font& font, const Color& color, double x,
+                        double baseline, const Bitmap& bitmap) = 0;
 };
 
 }  // namespace tessary

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+
+#include "platform/KeyValueStore.h"
+
+namespace tessary::test {
+
+/// A table in memory, open to the test.
+class MemoryKeyValueStore final : public KeyValueStore {
+ public:
+  std::optional<Value> value(const std::string& key) override {
+    const auto found = values.find(key);
+    if (found == values.end()) return std::nullopt;
+    return found->second;
+  }
+  void store(std::span<const Entry> entries) override {
+    ++storeCalls;
+    for (const auto& [key, value] : entries) values[key] = value;
+  }
+
+  std::map<std::string, Value> values;
+  int storeCalls = 0;
+};
+
+}  // namespace tessary::test
