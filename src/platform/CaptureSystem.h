@@ -36,7 +36,8 @@ class CaptureDevice {
 
   /// "UVC Camera VendorID_1374 ProductID_41312" for a USB camera of these numbers.
   virtual std::string modelID() const = 0;
-  /// Survives a restart and being plugged into the same port again; no two present devices share it.
+  /// Survives a restart and being plugged into the same port again; no two present devices share
+  /// it.
   virtual std::string uniqueID() const = 0;
   virtual std::string localizedName() const = 0;
   virtual std::string manufacturer() const = 0;

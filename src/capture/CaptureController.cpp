@@ -1,0 +1,239 @@
+#include "capture/CaptureController.h"
+
+#include <string>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "base/Log.h"
+
+namespace tessary {
+namespace {
+
+constexpr const char* kQueueLabel = "com.quorvix.microscope.session";
+constexpr uint32_t kFramesCapturedAtStart = 10;
+constexpr int32_t kNoReticle = 0;
+constexpr float kUncalibrated = -1.0f;
+constexpr int32_t kMillimetres = 0;
+constexpr int32_t kCancel = 0;
+
+/// "dmb1 640x480". Bytes of the subtype that can't be shown become question marks.
+std::string describe(const CaptureFormat& format) {
+  std::string type;
+  for (int32_t shift = 24; shift >= 0; shift -= 8) {
+    const uint32_t byte = format.mediaSubType >> shift & 0xFF;
+    type += byte >= 0x20 && byte < 0x7F ? char(byte) : '?';
+  }
+  return fmt::format("{} {}x{}", type, format.width, format.height);
+}
+
+/// Calls `token`'s block as long as it lives, also for an event that is already on its way when it
+/// is let go.
+auto weakly(const CaptureController::ObserverToken& token) {
+  return [weak = std::weak_ptr(token)](const std::string& text = {}) {
+    if (const auto block = weak.lock()) (*block)(text);
+  };
+}
+
+template <typename Block>
+CaptureController::ObserverToken makeObserver(Block block) {
+  return std::make_shared<const std::function<void(const std::string&)>>(std::move(block));
+}
+
+}  // namespace
+
+CaptureController::CaptureController(Surroundings surroundings) : surroundings_(surroundings) {}
+
+CaptureController::~CaptureController() { windowWillClose(); }
+
+void CaptureController::setupCaptureSession() {
+  capVideoDataOutputQueue = std::make_shared<SerialQueue>(kQueueLabel);
+  capSession = std::make_shared<CaptureSession>(surroundings_.mainQueue);
+}
+
+void CaptureController::addObservers() {
+  sessionRuntimeErrorObserver = makeObserver([](const std::string& reason) {
+    // Meant: no restart and no change of state here. Frames simply stop.
+    log("!!!AVCaptureSessionRuntimeErrorNotification!!!");
+    log("{}", reason);
+  });
+  deviceWasConnectedObserver =
+      makeObserver([this](const std::string&) { onMicroscopeConnected(); });
+  deviceWasDisconnectedObserver =
+      makeObserver([this](const std::string&) { onMicroscopeDisconnected(); });
+  if (capSession) capSession->setRuntimeErrorHandler(weakly(sessionRuntimeErrorObserver));
+  surroundings_.captureSystem.setHotPlugHandlers(weakly(deviceWasConnectedObserver),
+                                                 weakly(deviceWasDisconnectedObserver));
+}
+
+void CaptureController::onMicroscopesInitialized() {
+  if (capDevice) return;
+  for (const auto& microscope : surroundings_.catalogue.microscopes()) {
+    if (microscope->uniqueID != surroundings_.preferences.uniqueID) continue;
+    startCaptureSession(microscope, surroundings_.preferences.resolution);
+    return;
+  }
+}
+
+void CaptureController::windowWillClose() {
+  if (capSession && capSession->isRunning()) capSession->stopRunning();
+  capSession = nullptr;
+  capDevice = nullptr;
+  capDeviceInput = nullptr;
+  capVideoDataOutput = nullptr;
+  capVideoDataOutputQueue = nullptr;
+  sessionRuntimeErrorObserver = nullptr;
+  if (deviceWasConnectedObserver || deviceWasDisconnectedObserver)
+    surroundings_.captureSystem.setHotPlugHandlers({}, {});
+  deviceWasConnectedObserver = nullptr;
+  deviceWasDisconnectedObserver = nullptr;
+}
+
+void CaptureController::startCaptureSession(std::shared_ptr<MicroscopeInfo> microscope,
+                                            std::shared_ptr<Resolution> resolution) {
+  if (!capSession || !microscope) return;  // before the window is set up and after it has closed
+  if (surroundings_.currMicroscope) stopCaptureSession();
+  surroundings_.currMicroscope = microscope;
+  // The object and not a copy: the remembered resolution and the one in use may be the same.
+  microscope->currResolution = std::move(resolution);
+  // Meant: true even for a window that is covered, until its visibility next changes.
+  wndExposed = true;
+  framesCaptured = kFramesCapturedAtStart;
+  capDevice = surroundings_.captureSystem.deviceWithUniqueID(microscope->uniqueID);
+
+  capSession->beginConfiguration();
+  const bool added = addInputAndOutput();
+  capSession->commitConfiguration();
+  if (!added) return;
+  capSession->startRunning();
+
+  // A device may have vanished by now; its disconnection is told later and cleans up.
+  if (capDevice)
+    capDevice->lockForConfiguration();  // meant: configured whether or not it is granted
+  configDeviceWithCurrResolution();
+  if (capDevice) capDevice->unlockForConfiguration();
+
+  surroundings_.host.changeScale(kNoReticle);
+  surroundings_.host.setCalibration(kUncalibrated, kMillimetres);
+  surroundings_.host.removeAllShapes();
+  rememberChoice(*microscope);
+}
+
+bool CaptureController::addInputAndOutput() {
+  std::string error;
+  capDeviceInput = surroundings_.captureSystem.makeDeviceInput(capDevice, error);
+  if (!capDeviceInput) {
+    log("Could not create video device input: {}", error);
+    return false;
+  }
+  if (!capSession->canAddInput(capDeviceInput)) {
+    log("Could not add video device input to the session");
+    return false;
+  }
+  capSession->addInput(capDeviceInput);
+  // Frames are 32-bit BGRA and upright on this platform, so neither needs to be asked for.
+  capVideoDataOutput = std::make_shared<CaptureVideoDataOutput>();
+  capVideoDataOutput->setAlwaysDiscardsLateVideoFrames(true);
+  capVideoDataOutput->setSampleBufferDelegate(this, capVideoDataOutputQueue);
+  capSession->addOutput(capVideoDataOutput);
+  return true;
+}
+
+void CaptureController::stopCaptureSession() {
+  // A session that ends takes a calibration with it, so that no line stays without its window.
+  if (surroundings_.host.closeCalibrationWindow()) surroundings_.host.stopCalibration();
+  surroundings_.host.closeInputTextWindow();
+  if (capSession) {
+    if (capSession->isRunning()) capSession->stopRunning();
+    capSession->beginConfiguration();
+    capSession->removeInput(capDeviceInput);
+    capDeviceInput = nullptr;
+    capSession->removeOutput(capVideoDataOutput);
+    capVideoDataOutput = nullptr;
+    capSession->commitConfiguration();
+  }
+  capDevice = nullptr;
+  surroundings_.currMicroscope = nullptr;
+}
+
+const CaptureFormat* CaptureController::matchDeviceFormat() const {
+  const auto& microscope = surroundings_.currMicroscope;
+  if (!capDevice || !microscope || !microscope->currResolution) return nullptr;
+  const Resolution wanted = *microscope->currResolution;
+  for (const CaptureFormat& format : capDevice->formats()) {
+    if (Resolution{format.mediaSubType, format.width, format.height} != wanted) continue;
+    log("matchDeviceFormat OK: {:X}, {}x{}", wanted.type, wanted.width, wanted.height);
+    return &format;
+  }
+  return nullptr;
+}
+
+void CaptureController::configDeviceWithCurrResolution() {
+  const auto& microscope = surroundings_.currMicroscope;
+  if (!microscope) return;
+  auto& resolution = microscope->currResolution;
+  const CaptureFormat* format = nullptr;
+  if (resolution && resolution->width != 0 && resolution->height != 0 && resolution->type != 0)
+    format = matchDeviceFormat();
+  if (!format) {
+    // The default is what will be remembered, even if it does not match either.
+    resolution = microscope->defResolution;
+    format = matchDeviceFormat();
+  }
+  if (format) {
+    capDevice->setActiveFormat(*format);
+    log("Config device OK: {}", describe(*format));
+  } else {
+    const Resolution missing = resolution ? *resolution : Resolution{};
+    log("Can not config microscope with resolution: {}x{}", missing.width, missing.height);
+  }
+  if (!capDevice) return;
+  // Only the first range counts, even if a later one is faster.
+  const CaptureFormat active = format ? *format : capDevice->activeFormat();
+  const auto& ranges = active.videoSupportedFrameRateRanges;
+  if (!ranges.empty()) capDevice->setActiveVideoMinFrameDuration(ranges.front().minFrameDuration);
+}
+
+void CaptureController::rememberChoice(const MicroscopeInfo& microscope) {
+  Preferences& preferences = surroundings_.preferences;
+  preferences.uniqueID = microscope.uniqueID;
+  *preferences.resolution = microscope.currResolution ? *microscope.currResolution : Resolution{};
+  preferences.save();
+}
+
+void CaptureController::captureOutputDidOutputSampleBuffer(const SampleBuffer& sampleBuffer) {
+  ++framesCaptured;
+  // Meant: the count starts at 10, so this holds nothing back until the counter has wrapped.
+  if (wndExposed && framesCaptured > 1) surroundings_.host.updateVideoFrame(sampleBuffer);
+}
+
+void CaptureController::captureOutputDidDropSampleBuffer(const SampleBuffer&) {
+  // Meant: a late frame is neither logged nor counted here.
+}
+
+void CaptureController::onMicroscopeConnected() {
+  const auto microscope = surroundings_.catalogue.onMicroscopeConnected();
+  if (!microscope) return;
+  if (surroundings_.host.isMicroscopeWindowUp()) surroundings_.host.refreshMicroscopes();
+  if (microscope->uniqueID == surroundings_.preferences.uniqueID && !capDevice)
+    startCaptureSession(microscope, surroundings_.preferences.resolution);
+}
+
+void CaptureController::onMicroscopeDisconnected() {
+  const auto microscope = surroundings_.catalogue.onMicroscopeDisconnected();
+  if (!microscope) return;
+  CaptureHost& host = surroundings_.host;
+  if (host.isMicroscopeWindowUp()) {
+    if (surroundings_.catalogue.microscopes().empty())
+      host.endMicroscopeSheet(kCancel);
+    else
+      host.refreshMicroscopes();
+  }
+  // Without a current microscope there is nothing that could match.
+  const auto& current = surroundings_.currMicroscope;
+  if (!current || current->uniqueID != microscope->uniqueID) return;
+  stopCaptureSession();
+  host.stopPreview();
+}
+
+}  // namespace tessary

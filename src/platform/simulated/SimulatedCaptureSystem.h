@@ -1,0 +1,57 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <string>
+
+#include "base/Executor.h"
+#include "platform/CaptureSystem.h"
+#include "platform/FrameDecoder.h"
+#include "platform/simulated/SimulatedMicroscope.h"
+
+namespace tessary {
+
+/// A machine with one simulated microscope, plugged in at first. Main thread.
+class SimulatedCaptureSystem final : public CaptureSystem {
+ public:
+  /// Hot-plug handlers are posted to `mainQueue`; `makeDecoder` serves the streams.
+  SimulatedCaptureSystem(Executor& mainQueue, FrameDecoderFactory makeDecoder);
+  ~SimulatedCaptureSystem() override;
+
+  std::vector<std::shared_ptr<CaptureDevice>> devices() override;
+  std::shared_ptr<CaptureDevice> deviceWithUniqueID(const std::string& uniqueID) override;
+  std::unique_ptr<CaptureDeviceInput> makeDeviceInput(const std::shared_ptr<CaptureDevice>& device,
+                                                      std::string& error) override;
+  void setHotPlugHandlers(std::function<void()> deviceWasConnected,
+                          std::function<void()> deviceWasDisconnected) override;
+
+  /// Plugging in makes a new device object with the same uniqueID. Twice the same does nothing.
+  void plug();
+  void unplug();
+
+  // Faults of the microscope that is plugged in; nothing without one.
+  /// The next `frames` frames arrive cut off in the middle.
+  void damageNext(int frames);
+  /// No frame comes for `time` from now.
+  void freeze(std::chrono::milliseconds time);
+  /// The next opening fails with `reason`.
+  void failNextOpen(std::string reason) { openFailure_ = std::move(reason); }
+  /// Frames of the plugged microscope that did not decode.
+  uint64_t droppedFrames() const;
+
+ private:
+  struct HotPlugHandlers {
+    std::function<void()> deviceWasConnected;
+    std::function<void()> deviceWasDisconnected;
+  };
+  void post(std::function<void()> HotPlugHandlers::*handler);
+
+  Executor& mainQueue_;
+  const FrameDecoderFactory makeDecoder_;
+  std::shared_ptr<SimulatedMicroscope> microscope_;  // null while unplugged
+  std::string openFailure_;
+  // Shared with what is posted, which may run after this object's end.
+  const std::shared_ptr<HotPlugHandlers> handlers_ = std::make_shared<HotPlugHandlers>();
+};
+
+}  // namespace tessary
