@@ -26,8 +26,9 @@ class Compositor {
   virtual void compose(const PixelBuffer& frame, std::span<const PointVertex> lines,
                        std::span<const PointVertex> points) = 0;
 
-  /// Clears the framebuffer that is bound now, `surface` pixels large, to the grey 0.1 and draws the
-  /// texture into `picture`, in pixels from the surface's top left corner; parts may lie outside.
+  /// Clears the framebuffer that is bound now, `surface` pixels large, to the grey 0.1 and draws
+  /// the texture into `picture`, in pixels from the surface's top left corner; parts may lie
+  /// outside.
   virtual void present(const Rect& picture, TextureSize surface) = 0;
 
   /// Copies the texture into `target`, which has its size. False when there is none.

@@ -1,0 +1,129 @@
+#include "measure/ShapeList.h"
+
+#include <memory>
+
+namespace tessary {
+
+SHAPE& ShapeList::newShape(Point p) {
+  _iDrawingShape = shapeCount();
+  SHAPE& s = _shapes.emplace_back();
+  s.type = _opr1;
+  s.pt1 = p;
+  s.pt2 = {-1, -1};
+  s.pt3 = {-1, -1};
+  if (_iDrawingShape < 1) {
+    s.lineVertices.pos = context_._totalLines.count;
+    s.pointVertices.pos = context_._totalPoints.count;
+  } else {
+    const SHAPE& before = shape(_iDrawingShape - 1);
+    s.lineVertices.pos = before.lineVertices.pos + before.lineVertices.count;
+    s.pointVertices.pos = before.pointVertices.pos + before.pointVertices.count;
+  }
+  return s;
+}
+
+void ShapeList::moveShape(int32_t index, int32_t dx, int32_t dy) {
+  if (!hasShape(index)) return;
+  const auto move = [dx, dy](Point& point) {
+    point.x += dx;
+    point.y += dy;
+  };
+  SHAPE& s = shape(index);
+  if (s.type == kOprPencil) {
+    for (int32_t k = 0; k < s.pencilPoints.count; ++k) move(s.pencilPoints.data[k]);
+  } else {
+    move(s.pt1);
+    move(s.pt2);
+    if (hasThirdPoint(s.type)) move(s.pt3);
+  }
+  redrawSelectedShape(index);
+}
+
+void ShapeList::redrawSelectedShape(int32_t index) {
+  const SHAPE& s = shape(index);
+  const int32_t oldLines = s.lineVertices.count;
+  const int32_t oldPoints = s.pointVertices.count;
+  drawing_.drawShapeItem(index);
+  if (!holdsTotalLists_) return;
+
+  const auto& lines = s.lineVertices;
+  const auto& points = s.pointVertices;
+  context_._totalLines.replace(lines.data, lines.pos, lines.count, oldLines);
+  context_._totalPoints.replace(points.data, points.pos, points.count, oldPoints);
+  moveRunsBehind(index, lines.count - oldLines, points.count - oldPoints);
+}
+
+void ShapeList::redrawDeletingShape(int32_t index) {
+  if (!holdsTotalLists_) return;
+  if (index >= 0) {
+    const auto& lines = shape(index).lineVertices;
+    const auto& points = shape(index).pointVertices;
+    context_._totalLines.erase(lines.pos, lines.count);
+    context_._totalPoints.erase(points.pos, points.count);
+    moveRunsBehind(index, -lines.count, -points.count);
+  } else if (!_shapes.empty()) {
+    context_._totalLines.count = _shapes.front().lineVertices.pos;
+    context_._totalPoints.count = _shapes.front().pointVertices.pos;
+  }
+}
+
+void ShapeList::moveRunsBehind(int32_t index, int32_t lines, int32_t points) {
+  if (lines == 0 && points == 0) return;
+  for (int32_t i = index + 1; i < shapeCount(); ++i) {
+    shape(i).lineVertices.pos += lines;
+    shape(i).pointVertices.pos += points;
+  }
+}
+
+void ShapeList::removeSelectedShape() {
+  if (!hasShape(_iSelectedShape)) return;
+  redrawDeletingShape(_iSelectedShape);
+  _shapes.erase(_shapes.begin() + _iSelectedShape);
+  _iSelectedShape = -1;
+  _iHoverShape = -1;
+}
+
+void ShapeList::removeLastShape() {
+  if (_shapes.empty()) return;
+  redrawDeletingShape(shapeCount() - 1);
+  _shapes.pop_back();
+  if (_iSelectedShape == shapeCount()) _iSelectedShape = -1;
+  if (_iHoverShape == shapeCount()) _iHoverShape = -1;
+}
+
+void ShapeList::removeAllShapes() {
+  if (_shapes.empty()) return;
+  redrawDeletingShape(-1);
+  _shapes.clear();
+  _iSelectedShape = -1;
+  _iHoverShape = -1;
+}
+
+void ShapeList::setInputText(const std::string& text) {
+  if (text.empty()) return;
+  _iSelectedShape = -1;
+  _iHoverShape = -1;
+  const TextureSize size = context_.cvTextureSize;
+  SHAPE& s = newShape(
+      {static_cast<double>(size.width / 2 + 10), static_cast<double>(size.height / 2 - 38)});
+  s.type = kOprText;
+  s.text = std::make_shared<const std::string>(text);
+  // `_iDrawingShape` is meant to stay at the text: texts have no second step that would clear it.
+  redrawSelectedShape(_iDrawingShape);
+}
+
+void ShapeList::appendAllShapes() {
+  MyDataArray<PointVertex>& totalLines = context_._totalLines;
+  MyDataArray<PointVertex>& totalPoints = context_._totalPoints;
+  for (int32_t i = 0; i < shapeCount(); ++i) {
+    SHAPE& s = shape(i);
+    s.lineVertices.pos = totalLines.count;
+    s.pointVertices.pos = totalPoints.count;
+    drawing_.drawShapeItem(i);
+    totalLines.push_back(s.lineVertices.data, s.lineVertices.count);
+    totalPoints.push_back(s.pointVertices.data, s.pointVertices.count);
+  }
+  holdsTotalLists_ = true;
+}
+
+}  // namespace tessary

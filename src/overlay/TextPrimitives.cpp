@@ -1,0 +1,160 @@
+#include "overlay/TextPrimitives.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "base/Truncate.h"
+#include "overlay/ClipSpace.h"
+#include "settings/Preferences.h"
+
+namespace tessary {
+
+namespace {
+
+constexpr int32_t kBitmapPixels = TextPrimitives::kBitmapWidth * TextPrimitives::kBitmapHeight;
+constexpr double kTextX = 2.0;
+constexpr double kBaseline = 5.0;  // above the bitmap's bottom edge
+
+/// Columns that are scanned for a line of this width, at most all pixels of the bitmap.
+int32_t scannedColumns(double width) {
+  return std::clamp(truncateToInt32(width), -20, kBitmapPixels - 20) + 20;
+}
+
+/// Alpha is meant to be left out: it is full over the black background too.
+bool isLit(const uint8_t* pixel) { return (pixel[0] | pixel[1] | pixel[2]) != 0; }
+
+/// Whether any of the `count` pixels is lit; eight bytes at a time, since most rows are dark.
+bool anyLit(const uint8_t* pixel, int32_t count) {
+  constexpr uint8_t kColourBytes[8] = {255, 255, 255, 0, 255, 255, 255, 0};
+  uint64_t mask = 0;
+  std::memcpy(&mask, kColourBytes, sizeof mask);
+  uint64_t seen = 0;
+  int32_t i = 0;
+  for (; i + 2 <= count; i += 2, pixel += 8) {
+    uint64_t two = 0;
+    std::memcpy(&two, pixel, sizeof two);
+    seen |= two;
+  }
+  return (seen & mask) != 0 || (i < count && isLit(pixel));
+}
+
+float channel(uint8_t byte) { return static_cast<float>(byte) / 256.0f; }
+
+}  // namespace
+
+TextPrimitives::TextPrimitives(TextRasterizer& rasterizer, const Preferences& preferences,
+                               const TextureSize& cvTextureSize)
+    : rasterizer_(rasterizer),
+      preferences_(preferences),
+      cvTextureSize_(cvTextureSize),
+      _textBmpData(std::make_unique<uint8_t[]>(size_t{kBytesPerRow} * kBitmapHeight)) {}
+
+Size TextPrimitives::measure(const TextLine& line) {
+  return rasterizer_.imageBounds(line.text, line.font);
+}
+
+void TextPrimitives::addTextLineToPointVector(MyDataArray<PointVertex>& target,
+                                              const TextLine& line, Point point, Size size) {
+  const int32_t columns = scannedColumns(size.width);
+  if (columns <= 0) return;
+
+  // Only what is scanned below need be cleared, however far the text of before reached.
+  if (columns >= kBitmapWidth) {
+    std::memset(_textBmpData.get(), 0, size_t{kBytesPerRow} * kBitmapHeight);
+  } else {
+    for (int32_t r = 0; r < kBitmapHeight; ++r) {
+      std::memset(_textBmpData.get() + r * kBytesPerRow, 0, static_cast<size_t>(columns) * 4);
+    }
+  }
+  rasterizer_.drawLine(line.text, line.font, line.color, kTextX, kBaseline,
+                       {_textBmpData.get(), kBitmapWidth, kBitmapHeight, kBytesPerRow});
+
+  const auto [width, height] = cvTextureSize_;
+  for (int32_t r = 0; r < kBitmapHeight; ++r) {
+    const uint8_t* const row = _textBmpData.get() + r * kBytesPerRow;
+    // A line wider than the bitmap is meant to read on into the rows below, to the end of the
+    // block.
+    const int32_t count = std::min(columns, kBitmapPixels - r * kBitmapWidth);
+    if (!anyLit(row, count)) continue;
+    const float y = clipCoordinate(-point.y - r + 256.0 + height / 2, height);
+    for (int32_t c = 0; c < count; ++c) {
+      const uint8_t* const pixel = row + c * 4;
+      if (!isLit(pixel)) continue;
+      const float x = clipCoordinate(point.x + c - width / 2, width);
+      // Divided by 256, not 255, and premultiplied as they stand.
+      const PointVertex vertex = {
+          {x, y, 0.0f, 1.0f},
+          {channel(pixel[0]), channel(pixel[1]), channel(pixel[2]), channel(pixel[3])}};
+      target.push_back(&vertex, 1);
+    }
+  }
+}
+
+void TextPrimitives::addTextToPointVector(MyDataArray<PointVertex>& target, const std::string& text,
+                                          Point point, bool up, const Color& color) {
+  const TextLine line{text, preferences_.font, color};
+  const Size size = measure(line);
+  auto [x, y] = point;
+
+  if (cvTextureSize_.width < x + size.width + 2) {
+    x -= size.width + 4;
+  } else {
+    x += 2;
+  }
+
+  const bool below =
+      up ? y - size.height - 4 <= 0 : y + 2 * size.height - 8 <= cvTextureSize_.height;
+  y += below ? size.height + 8 : 2.0;
+
+  addTextLineToPointVector(target, line, {x, y}, size);
+}
+
+void TextPrimitives::add3TextToPointVector(MyDataArray<PointVertex>& target,
+                                           const std::string& text, const std::string& text2,
+                                           const std::string& text3, Point point, bool up,
+                                           const Color& color) {
+  const TextLine line1{text, preferences_.font, color};
+  const TextLine line2{text2, preferences_.font, color};
+  const TextLine line3{text3, preferences_.font, color};
+  const Size size1 = measure(line1);
+  const Size size2 = measure(line2);
+  const Size size3 = measure(line3);
+  const bool hasThird = !text3.empty();
+
+  // Single precision, as the placement below is defined.
+  const auto maxW = static_cast<float>(std::max({size1.width, size2.width, size3.width}));
+  auto totalH = static_cast<float>(size1.height + size2.height + size3.height + 12.0);
+  if (!hasThird) totalH = static_cast<float>(totalH - (size3.height + 2.0));
+
+  auto [x, y] = point;
+  const bool flipped = cvTextureSize_.width < x + maxW + 2;
+  if (flipped) {
+    x -= maxW + 4;
+  } else {
+    x += 2;
+  }
+
+  if (up) {
+    y += -totalH + y - 4 > 0 ? 2.0 : totalH + 8;
+  } else if (y + totalH + size1.height - 12 > cvTextureSize_.height) {
+    y -= totalH - size1.height - 4;
+  } else {
+    y += size1.height + 8;
+  }
+
+  const auto lineX = [&](Size size) { return flipped ? x + maxW - size.width : x; };
+  addTextLineToPointVector(target, line1, {lineX(size1), y}, size1);
+  addTextLineToPointVector(target, line2, {lineX(size2), y + size1.height + 4}, size2);
+  if (!hasThird) return;
+  addTextLineToPointVector(target, line3, {lineX(size3), y + size1.height + size2.height + 8},
+                           size3);
+}
+
+Size TextPrimitives::getTextSize(const std::string& text) {
+  static const std::string kSampleText = "恭禧发财";
+  const TextLine line{text.empty() ? kSampleText : text, preferences_.font, preferences_.textColor};
+  const Size size = measure(line);
+  return {size.width + 8.0, size.height + 8.0};
+}
+
+}  // namespace tessary

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/Compositor.h"
+
+namespace tessary {
+
+/// Composes and presents with OpenGL 3.3 core or OpenGL ES 3.0, in whatever context is current.
+///
+/// The composed texture is filled by a plain copy of the camera's bytes, which a driver does many
+/// times faster than any conversion, and the overlay is drawn over it in the same order of
+/// channels. Blue and red change places once, on the way to the screen; reading back gives the
+/// camera's order again.
+///
+/// Leaves the framebuffer binding and the viewport as it found them; binds nothing else, and leaves
+/// blending and depth test off. Frames larger than the graphics card's textures are refused with a
+/// log line. Destroy it, or clear its resources before, with the context current.
+class GlCompositor final : public Compositor {
+ public:
+  GlCompositor();
+  ~GlCompositor() override;
+
+  void initBufferResources(TextureSize size) override;
+  void clearBufferResources() override;
+  bool hasBufferResources() const override { return resources_ != nullptr; }
+  void compose(const PixelBuffer& frame, std::span<const PointVertex> lines,
+               std::span<const PointVertex> points) override;
+  /// Without resources, only clears.
+  void present(const Rect& picture, TextureSize surface) override;
+  bool readBack(PixelBuffer& target) override;
+
+ private:
+  struct Resources;
+  std::unique_ptr<Resources> resources_;
+};
+
+}  // namespace tessary

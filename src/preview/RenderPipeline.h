@@ -1,0 +1,84 @@
+#pragma once
+
+#include <cstdint>
+#include <mutex>
+#include <span>
+
+#include "base/PixelBuffer.h"
+#include "base/PointVertex.h"
+#include "platform/Compositor.h"
+#include "preview/FrameRing.h"
+#include "preview/ViewGeometry.h"
+
+namespace tessary {
+
+/// Everything that is drawn over the picture, in the frame's own pixel grid.
+struct Overlay {
+  std::span<const PointVertex> lines;
+  std::span<const PointVertex> points;
+};
+
+/// Turns the newest frame and the overlay into the picture on screen, once a display tick.
+///
+/// Frame and overlay are composed in the frame's pixel grid; zoom and pan come in only when the
+/// result is drawn to the window. What the compositor holds belongs to the graphics context's
+/// thread, so the frame queue only announces a new frame size, and the next draw does the work.
+class RenderPipeline {
+ public:
+  /// Smaller frames are not composed.
+  static constexpr TextureSize kSmallestFrame{640, 480};
+
+  /// Both have to outlive the pipeline.
+  RenderPipeline(FrameRing& ring, Compositor& compositor) : ring_(ring), compositor_(compositor) {}
+
+  /// No picture: empties the ring at once; the composed texture goes in the next draw. Any thread.
+  void clearBufferResources();
+  /// Frames have `size` from now on. Any thread.
+  void initBufferResources(TextureSize size);
+  /// Size announced last, 0 by 0 for none. Any thread.
+  TextureSize textureSize() const;
+
+  // From here on: the thread of the graphics context, with that context current, except where
+  // noted.
+
+  /// The overlay differs from the one composed last. Needs no context.
+  void overlayDidChange() { overlayChanged_ = true; }
+  /// Composes if the frame or the overlay changed, then draws the result to the framebuffer bound
+  /// now, `surface` device pixels large, over the whole container. False, and nothing drawn,
+  /// without a picture, with one smaller than 640 by 480, or when `geometry` does not know the
+  /// frames' size yet.
+  bool drawInView(const ViewGeometry& geometry, const Overlay& overlay, TextureSize surface,
+                  double devicePixelRatio);
+  /// Composes if anything changed, without drawing to the screen. Whether there is a picture.
+  bool composeNow(const Overlay& overlay);
+  /// Size of the composed picture, 0 by 0 if there is none. Needs no context.
+  TextureSize composedSize() const { return composedSize_; }
+  /// Copies the composed picture into `target`, of `composedSize`. False when there is none.
+  bool readBack(PixelBuffer& target);
+  /// The context is about to go: drops what lives in it. A draw in the next context makes it anew.
+  void contextWillBeDestroyed();
+
+ private:
+  /// Brings the compositor's resources in line with what was announced.
+  TextureSize takeAnnouncement();
+  void dropResources();
+
+  FrameRing& ring_;
+  Compositor& compositor_;
+
+  struct Announcement {
+    TextureSize size;
+    uint64_t generation = 0;  // counts clears and inits: nothing is resized in place
+  };
+  mutable std::mutex mutex_;  // guards announced_
+  Announcement announced_;
+
+  // The context's thread alone.
+  uint64_t takenGeneration_ = 0;
+  bool madeOrFailed_ = false;  // one attempt for each announcement
+  bool overlayChanged_ = true;
+  uint64_t composedSequence_ = 0;  // 0: nothing composed; the ring counts from 1
+  TextureSize composedSize_;
+};
+
+}  // namespace tessary

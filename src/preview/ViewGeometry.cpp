@@ -1,0 +1,150 @@
+#include "preview/ViewGeometry.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace tessary {
+namespace {
+
+/// Toward zero; what 32 bits can't hold becomes their nearest end, and not-a-number 0.
+int32_t truncated(double value) {
+  if (std::isnan(value)) return 0;
+  constexpr double kLow = std::numeric_limits<int32_t>::min();
+  constexpr double kHigh = std::numeric_limits<int32_t>::max();
+  return int32_t(std::clamp(value, kLow, kHigh));
+}
+
+/// Size of a picture on screen: the product is single precision, halves go away from zero.
+int32_t scaledSize(int32_t texture, float scale) {
+  return truncated(double(std::round(float(texture) * scale)));
+}
+
+}  // namespace
+
+float mapZoom(int32_t step) {
+  switch (step) {
+    case 0: return 0.5F;
+    case 1: return 0.75F;
+    case 2: return 1.0F;
+    case 3: return 1.25F;
+    case 4: return 1.5F;
+    case 5: return 2.0F;  // the zoom slider ends at 4: nobody asks for this one
+    default: return 1.0F;
+  }
+}
+
+template <typename Overflow>
+ViewGeometry::Axis ViewGeometry::layOutAxis(double container, int32_t bitmap, int32_t texture,
+                                            Overflow overflow) const {
+  const double view = std::max(bitmap, texture);
+  if (container >= bitmap) {
+    return {(container - view) / 2, view, 0.0, -((view - bitmap) / 2)};
+  }
+  const int32_t room = truncated(bitmap - container);
+  const double origin = overflow(room);
+  return {0.0, view, origin, origin};
+}
+
+void ViewGeometry::apply(const Axis& horizontal, const Axis& vertical) {
+  _viewLocation = {horizontal.location, vertical.location};
+  const Size size{horizontal.size, vertical.size};
+  // In this order: setting the frame may scale the bounds.
+  host_.setFrame({{horizontal.frameOrigin, vertical.frameOrigin}, size});
+  host_.setBounds({{horizontal.boundsOrigin, vertical.boundsOrigin}, size});
+}
+
+void ViewGeometry::tellFrameDidChange() {
+  if (_locationDelegate) _locationDelegate->previewViewFrameDidChange();
+}
+
+void ViewGeometry::zoomTo(int32_t step) {
+  if (step >= 0 && step == _zoom) return;
+  _zoom = step < 0 ? 2 : step;
+  const float scale = mapZoom(_zoom);
+  _bitmapWidth = scaledSize(textureSize_.width, scale);
+  _bitmapHeight = scaledSize(textureSize_.height, scale);
+
+  // A zoom forgets the pan: whole view units, so that 1:1 stays sharp.
+  const auto centred = [](int32_t room) { return double(room / 2); };
+  const Size container = host_.superviewFrameSize();
+  apply(layOutAxis(container.width, _bitmapWidth, textureSize_.width, centred),
+        layOutAxis(container.height, _bitmapHeight, textureSize_.height, centred));
+  tellFrameDidChange();
+}
+
+void ViewGeometry::offsetLocationTo(float x, float y) {
+  const auto limited = [](float wanted) {
+    return [wanted](int32_t room) { return std::max(std::min(double(wanted), double(room)), 0.0); };
+  };
+  const Size container = host_.superviewFrameSize();
+  apply(layOutAxis(container.width, _bitmapWidth, textureSize_.width, limited(x)),
+        layOutAxis(container.height, _bitmapHeight, textureSize_.height, limited(y)));
+}
+
+void ViewGeometry::windowDidResize() {
+  // No lower limit, and a view at 0 is not centred when the picture begins to overflow: both meant.
+  const auto kept = [](double origin) {
+    return [origin](int32_t room) { return std::min(origin, double(room)); };
+  };
+  const Size container = host_.superviewFrameSize();
+  const Point origin = host_.bounds().origin;
+  apply(layOutAxis(container.width, _bitmapWidth, textureSize_.width, kept(origin.x)),
+        layOutAxis(container.height, _bitmapHeight, textureSize_.height, kept(origin.y)));
+  tellFrameDidChange();
+}
+
+void ViewGeometry::pan(Point click, Point screenPoint) {
+  const int32_t dx = truncated(screenPoint.x - click.x);
+  const int32_t dy = truncated(screenPoint.y - click.y);
+  const int32_t x = truncated(_viewLocation0.x - dx);
+  const int32_t y = truncated(_viewLocation0.y + dy);  // the screen's y grows upwards
+  if (x == _viewLocation.x && y == _viewLocation.y) return;
+  offsetLocationTo(float(x), float(y));
+  if (_locationDelegate) _locationDelegate->previewViewLocationDidChange(_viewLocation);
+}
+
+Size ViewGeometry::getMaxWindowSize() const {
+  const Rect window = host_.windowFrame();
+  // The screen's origin, menu bar and task bar are left out of account: meant.
+  return {host_.screenFrame().size.width - truncated(window.origin.x),
+          double(truncated(window.origin.y)) + truncated(window.size.height)};
+}
+
+Point ViewGeometry::convertPointFromSuperview(Point point) const {
+  const Point frame = host_.frame().origin;
+  const Point bounds = host_.bounds().origin;
+  return {point.x - frame.x + bounds.x, point.y - frame.y + bounds.y};
+}
+
+void ViewGeometry::frameSizeDidChange(TextureSize size) {
+  _zoom = 2;
+  _bitmapWidth = size.width;
+  _bitmapHeight = size.height;
+}
+
+void ViewGeometry::startPreview() {
+  const Size picture{double(_bitmapWidth), double(_bitmapHeight)};
+  host_.setFrameSize(picture);
+  host_.setBoundsSize(picture);
+
+  const Rect before = host_.windowFrame();
+  const double top = before.origin.y + before.size.height;
+  const Size most = getMaxWindowSize();
+  host_.setContentSize(
+      {float(std::min(picture.width, most.width)), float(std::min(picture.height, most.height))});
+  host_.setFrameOrigin({before.origin.x, top - host_.windowFrame().size.height});
+
+  zoomTo(-1);
+  tellFrameDidChange();  // a second time: meant
+  host_.updateTrackingAreas();
+}
+
+void ViewGeometry::stopPreview() {
+  _zoom = -1;
+  _bitmapWidth = 0;
+  _bitmapHeight = 0;
+  _viewLocation = {};
+}
+
+}  // namespace tessary
