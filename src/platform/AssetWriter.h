@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "base/SampleBuffer.h"
+
+namespace tessary {
+
+/// How a movie's one video track is encoded.
+struct MovieSettings {
+  int32_t width = 0;           ///< Pixels.
+  int32_t height = 0;          ///< Pixels.
+  int32_t averageBitRate = 0;  ///< Bits a second.
+  int32_t expectedSourceFrameRate = 30;
+  int32_t maxKeyFrameInterval = 30;  ///< Frames.
+  friend bool operator==(const MovieSettings&, const MovieSettings&) = default;
+};
+
+/// Writes one movie: H.264 in a QuickTime container, each frame with the time stamp that it came
+/// with. Made, fed and finished on the recording queue; a thread of its own may encode. Destroying
+/// a writer that was not finished leaves a playable movie of what it was given, or no file if that
+/// is nothing.
+class AssetWriter {
+ public:
+  virtual ~AssetWriter() = default;
+
+  virtual bool canApplyOutputSettings(const MovieSettings& settings) const = 0;
+  /// Opens encoder and file. On failure false, and `error` tells why.
+  virtual bool startWriting(const MovieSettings& settings) = 0;
+  /// The movie's timeline begins at `time`.
+  virtual void startSessionAtSourceTime(MediaTime time) = 0;
+  /// Whether a frame would be taken now. Frames are never queued up without bound: one that comes
+  /// while this is false is lost to the movie.
+  virtual bool isReadyForMoreMediaData() const = 0;
+  /// Takes a frame; returns at once. False when it can't be used, and `error` tells why: no session
+  /// yet, another size than the movie's, a time stamp that does not follow, a disk that is full.
+  virtual bool appendSampleBuffer(const SampleBuffer& frame) = 0;
+  /// Finishes the file, then calls `completed` once, on a thread of the writer's own; until then
+  /// the writer must be kept. Nothing is appended any more.
+  virtual void finishWritingWithCompletionHandler(std::function<void()> completed) = 0;
+  /// Why something failed, in plain words; empty if nothing did. Any thread.
+  virtual std::string error() const = 0;
+};
+
+/// Makes a writer for the file at `path` (UTF-8, absolute). On failure null, and `error` tells why.
+using AssetWriterFactory =
+    std::function<std::unique_ptr<AssetWriter>(const std::string& path, std::string& error)>;
+
+}  // namespace tessary

@@ -1,0 +1,168 @@
+#include "platform/ffmpeg/FfmpegAssetWriter.h"
+
+#include <csignal>
+#include <exception>
+#include <filesystem>
+#include <utility>
+
+#include <fmt/format.h>
+#include <pthread.h>
+
+#include "platform/ffmpeg/MovieEncoder.h"
+#include "platform/ffmpeg/MovieFile.h"
+#include "platform/ffmpeg/MovieRecorder.h"
+
+namespace tessary {
+namespace {
+
+void prepareThisThread() {
+  pthread_setname_np(pthread_self(), "movie writer");
+  // A file that has reached the limit of file sizes is a failed write, not the program's end.
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGXFSZ);
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
+MovieFileCalls& systemCalls() {
+  static MovieFileCalls s_calls;
+  return s_calls;
+}
+
+}  // namespace
+
+FfmpegAssetWriter::FfmpegAssetWriter(std::string path)
+    : FfmpegAssetWriter(std::move(path), systemCalls()) {}
+
+FfmpegAssetWriter::FfmpegAssetWriter(std::string path, MovieFileCalls& calls)
+    : path_(std::move(path)), calls_(calls) {}
+
+FfmpegAssetWriter::~FfmpegAssetWriter() {
+  if (recorder_) recorder_->stop({});
+  if (!thread_.joinable()) return;
+  // The completion handler may destroy the writer that it runs for; its thread then has nothing of
+  // the writer's left to use.
+  if (thread_.get_id() == std::this_thread::get_id())
+    thread_.detach();
+  else
+    thread_.join();
+}
+
+bool FfmpegAssetWriter::canApplyOutputSettings(const MovieSettings& settings) const {
+  return refuse(MovieEncoder::refusal(settings));
+}
+
+bool FfmpegAssetWriter::startWriting(const MovieSettings& settings) {
+  if (recorder_ || finishing_) return refuse("The writer has been started before.");
+  std::string reason;
+  if (open(settings, reason)) return refuse({});
+  const std::lock_guard lock(mutex_);
+  failure_ = std::move(reason);
+  return false;
+}
+
+bool FfmpegAssetWriter::open(const MovieSettings& settings, std::string& reason) try {
+  const EffortLadder ladder(settings.width, settings.height, settings.expectedSourceFrameRate,
+                            std::thread::hardware_concurrency());
+  auto encoder = MovieEncoder::make(settings, ladder, reason);
+  if (!encoder) return false;
+  auto file = std::make_unique<MovieFile>(path_, calls_);
+  if (!file->open()) {
+    reason = fmt::format("The movie can't be made: {}.", file->error());
+    return false;
+  }
+  auto recorder = std::make_shared<MovieRecorder>(std::move(encoder), std::move(file));
+  thread_ = std::thread([recorder]() mutable {
+    prepareThisThread();
+    const auto completed = recorder->run();
+    recorder.reset();
+    if (completed) completed();
+  });
+  settings_ = settings;
+  const std::lock_guard lock(mutex_);
+  recorder_ = std::move(recorder);
+  return true;
+} catch (const MovieMuxer::Error& error) {
+  reason = error.text;
+  return false;
+} catch (const std::exception& error) {
+  reason = fmt::format("The movie can't be made: {}.", error.what());
+  return false;
+}
+
+void FfmpegAssetWriter::startSessionAtSourceTime(MediaTime time) {
+  if (!sessionStart_) sessionStart_ = time;
+}
+
+bool FfmpegAssetWriter::isReadyForMoreMediaData() const {
+  return recorder_ && sessionStart_ && !finishing_ && recorder_->hasRoom();
+}
+
+bool FfmpegAssetWriter::appendSampleBuffer(const SampleBuffer& frame) {
+  if (!refuse(refusalOf(frame))) return false;
+  const MediaTime time = frame.presentationTimeStamp;
+  if (!recorder_->push(frame.imageBuffer, (time - *sessionStart_).count()))
+    return recorder_->error().empty() && refuse("The encoder has not kept up.");
+  lastTime_ = time;
+  return true;
+}
+
+std::string FfmpegAssetWriter::refusalOf(const SampleBuffer& frame) const {
+  const MediaTime time = frame.presentationTimeStamp;
+  if (!recorder_) return "Writing has not begun.";
+  if (finishing_) return "The movie is being finished.";
+  if (!sessionStart_) return "The movie's timeline has not begun.";
+  if (!frame.imageBuffer) return "A frame without a picture.";
+  const auto [width, height] = frame.imageBuffer->size();
+  if (width != settings_.width || height != settings_.height)
+    return fmt::format("A frame of {} by {} does not fit into a movie of {} by {}.", width, height,
+                       settings_.width, settings_.height);
+  if (time < *sessionStart_) return "A frame from before the movie's timeline.";
+  if (lastTime_ && time <= *lastTime_)
+    return fmt::format(
+        "A frame's time stamp ({} microseconds) does not follow the one before it ({}).",
+        time.count(), lastTime_->count());
+  return {};
+}
+
+void FfmpegAssetWriter::finishWritingWithCompletionHandler(std::function<void()> completed) {
+  if (finishing_) return;
+  finishing_ = true;
+  refuse({});
+  if (recorder_)
+    recorder_->stop(std::move(completed));
+  else if (completed)
+    thread_ = std::thread(std::move(completed));
+}
+
+std::string FfmpegAssetWriter::error() const {
+  const std::lock_guard lock(mutex_);
+  if (!failure_.empty()) return failure_;
+  std::string failure = recorder_ ? recorder_->error() : std::string();
+  return failure.empty() ? refusal_ : failure;
+}
+
+int64_t FfmpegAssetWriter::framesWritten() const {
+  const std::lock_guard lock(mutex_);
+  return recorder_ ? recorder_->framesWritten() : 0;
+}
+
+/// Keeps why something was refused, and says whether nothing was.
+bool FfmpegAssetWriter::refuse(std::string reason) const {
+  const std::lock_guard lock(mutex_);
+  refusal_ = std::move(reason);
+  return refusal_.empty();
+}
+
+AssetWriterFactory makeFfmpegAssetWriterFactory() {
+  return [](const std::string& path, std::string& error) -> std::unique_ptr<AssetWriter> {
+    error.clear();
+    if (!std::filesystem::path(path).is_absolute()) {
+      error = fmt::format("\"{}\" is not the whole path of a movie.", path);
+      return nullptr;
+    }
+    return std::make_unique<FfmpegAssetWriter>(path);
+  };
+}
+
+}  // namespace tessary

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+
+#include "platform/AssetWriter.h"
+#include "platform/ffmpeg/MovieFileCalls.h"
+
+namespace tessary {
+
+class MovieRecorder;
+
+/// Writes H.264 into a QuickTime file with FFmpeg's libraries, on a thread of its own.
+///
+/// While it is recorded the movie is fragmented, and all but the last fraction of a second survives
+/// the death of the process; when it is finished it is an ordinary movie. A writer may be destroyed
+/// by its own completion handler.
+///
+/// A refused frame leaves its reason in `error` until the next one is taken or the movie is
+/// finished. What ends the recording (a full disk) leaves its own for good, and is logged once; the
+/// frames before it make a movie.
+class FfmpegAssetWriter final : public AssetWriter {
+ public:
+  /// `path` is absolute; nothing may lie there. `calls` outlives the writer and its completion.
+  explicit FfmpegAssetWriter(std::string path);
+  FfmpegAssetWriter(std::string path, MovieFileCalls& calls);
+  ~FfmpegAssetWriter() override;
+  FfmpegAssetWriter(const FfmpegAssetWriter&) = delete;
+  FfmpegAssetWriter& operator=(const FfmpegAssetWriter&) = delete;
+
+  bool canApplyOutputSettings(const MovieSettings& settings) const override;
+  bool startWriting(const MovieSettings& settings) override;
+  void startSessionAtSourceTime(MediaTime time) override;
+  /// True also after a failure: then appending tells what it was.
+  bool isReadyForMoreMediaData() const override;
+  bool appendSampleBuffer(const SampleBuffer& frame) override;
+  void finishWritingWithCompletionHandler(std::function<void()> completed) override;
+  std::string error() const override;
+
+  /// Frames that lie in the file. Any thread.
+  int64_t framesWritten() const;
+
+ private:
+  bool open(const MovieSettings& settings, std::string& reason);
+  bool refuse(std::string reason) const;
+  std::string refusalOf(const SampleBuffer& frame) const;
+
+  const std::string path_;
+  MovieFileCalls& calls_;
+  MovieSettings settings_;
+  std::optional<MediaTime> sessionStart_;
+  std::optional<MediaTime> lastTime_;
+  bool finishing_ = false;
+
+  std::thread thread_;
+
+  mutable std::mutex mutex_;                 // guards all below where another thread may ask
+  std::shared_ptr<MovieRecorder> recorder_;  // once writing; the thread holds it too
+  std::string failure_;                      // to start
+  mutable std::string refusal_;              // of what was asked last
+};
+
+/// Makes FfmpegAssetWriters.
+AssetWriterFactory makeFfmpegAssetWriterFactory();
+
+}  // namespace tessary

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+
+#include "base/PixelBuffer.h"
+#include "platform/ffmpeg/MovieEncoder.h"
+#include "platform/ffmpeg/MovieFile.h"
+#include "platform/ffmpeg/MovieMuxer.h"
+
+namespace tessary {
+
+/// The thread's half of a movie writer: takes frames from a short queue, encodes them and adds them
+/// to the file, several times a second.
+class MovieRecorder {
+ public:
+  /// Frames that wait for the encoder at most: what a stall of a tenth of a second costs at 30 a
+  /// second, and few enough to be lost with the process.
+  static constexpr size_t kQueueCapacity = 4;
+  /// And none is taken when the newest is this much younger than the one at the encoder,
+  /// microseconds: an encoder that is far too slow must not make the movie's end late.
+  static constexpr int64_t kQueueSpan = 150'000;
+
+  MovieRecorder(std::unique_ptr<MovieEncoder> encoder, std::unique_ptr<MovieFile> file);
+
+  // Any thread.
+  bool hasRoom() const;
+  /// `time` in microseconds of the movie's timeline. False when there is no room, nothing more is
+  /// taken, or writing has failed.
+  bool push(std::shared_ptr<const PixelBuffer> picture, int64_t time);
+  /// Nothing more is taken; what has been is written and the file finished, then `completed` (which
+  /// may be empty) is called on the thread of run().
+  void stop(std::function<void()> completed);
+  /// Why writing failed; empty if it did not.
+  std::string error() const;
+  /// Frames that lie in the file.
+  int64_t framesWritten() const;
+
+  /// Works until stop(), finishes the file and hands out the completion. A failure finishes the
+  /// file at once.
+  std::function<void()> run();
+
+ private:
+  using SteadyClock = std::chrono::steady_clock;
+  struct Frame {
+    std::shared_ptr<const PixelBuffer> picture;
+    int64_t time;
+  };
+
+  bool hasRoomLocked() const;
+  std::optional<Frame> nextFrame();
+  bool goesOn() const;
+  void work();
+  void encode(const Frame& frame);
+  void collect(MovieEncoder::Packets packets);
+  bool isFragmentDue() const;
+  void writeFragment(size_t frames, int64_t lastDuration);
+  void writeKnownFragment();
+  void finish();
+  void fail(const std::string& reason);
+
+  // The recording thread's own.
+  std::unique_ptr<MovieEncoder> encoder_;
+  std::unique_ptr<MovieFile> file_;
+  std::unique_ptr<MovieMuxer> muxer_;
+  MovieEncoder::Packets pending_;    // encoded, not yet in the file
+  SteadyClock::time_point dueAt_;    // when what is pending has to be in the file
+  std::optional<int64_t> lastTime_;  // of the last frame encoded
+  int64_t lastInterval_;             // between the last two frames, microseconds
+
+  mutable std::mutex mutex_;  // guards all below
+  std::condition_variable changed_;
+  std::deque<Frame> queue_;
+  int64_t timeAtEncoder_ = 0;  // of the frame taken out last
+  bool stopping_ = false;
+  std::function<void()> completed_;
+  std::string error_;
+  int64_t framesWritten_ = 0;
+};
+
+}  // namespace tessary

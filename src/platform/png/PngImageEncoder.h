@@ -1,0 +1,21 @@
+#pragma once
+
+#include "platform/ImageEncoder.h"
+
+namespace tessary {
+
+/// Makes PNG files of 8 bit RGB, fast rather than small: a camera's grain does not compress.
+/// Several threads share the work; how many makes no difference to the file.
+class PngImageEncoder final : public ImageEncoder {
+ public:
+  /// With a thread for each core, four at the most.
+  PngImageEncoder();
+  explicit PngImageEncoder(unsigned threads);
+
+  std::vector<uint8_t> encode(const PixelBuffer& picture) override;
+
+ private:
+  const unsigned threads_;
+};
+
+}  // namespace tessary
