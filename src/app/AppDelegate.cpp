@@ -1,0 +1,75 @@
+#include "app/AppDelegate.h"
+
+#include <memory>
+
+#include "capture/MicroscopeCatalogue.h"
+#include "settings/Preferences.h"
+#include "ui/CalibrationHelpWindowController.h"
+#include "ui/OptionsWindowController.h"
+#include "ui/PreviewWindowController.h"
+
+namespace tessary {
+namespace {
+
+/// What both auxiliary windows do when they are asked for again: they come forward where they are.
+void showAgain(QWidget& window) {
+  window.show();
+  window.raise();
+  window.activateWindow();
+}
+
+}  // namespace
+
+AppDelegate::AppDelegate(Platform& platform)
+    : platform_(platform),
+      defaults_(*platform.store),
+      catalogue_(*platform.captureSystem, gMicroscopes) {}
+
+AppDelegate::~AppDelegate() {
+  gOptionsWindowController.reset();
+  gCalibrationHelpWindowController.reset();
+  gPreviewWindowController.reset();
+  gPreferences.reset();
+}
+
+void AppDelegate::applicationDidFinishLaunching() {
+  Preferences::registerDefaults(defaults_);
+  for (const auto& [key, value] : platform_.defaults) defaults_.registerDefaults(key, value);
+  gPreferences = std::make_unique<Preferences>(defaults_, grants_);
+  catalogue_.InitializeMicroscopes();
+  gPreviewWindowController =
+      std::make_unique<PreviewWindowController>(PreviewWindowController::Surroundings{
+          *platform_.captureSystem, catalogue_, *platform_.compositor, *platform_.textRasterizer,
+          *gPreferences, platform_.mainQueue, *platform_.jpegEncoder, *platform_.pngEncoder,
+          platform_.makeAssetWriter, platform_.clock, [this] { howToClicked(); },
+          [this] { preferencesClicked(); }});
+  gPreviewWindowController->showWindow();
+}
+
+void AppDelegate::preferencesClicked() {
+  if (gOptionsWindowController) {
+    showAgain(*gOptionsWindowController);
+    return;
+  }
+  gOptionsWindowController = std::make_unique<OptionsWindowController>(*gPreferences);
+  OptionsWindowController& options = *gOptionsWindowController;
+  QObject::connect(&options, &OptionsWindowController::preferencesDidChange,
+                   gPreviewWindowController.get(), &PreviewWindowController::preferencesDidChange);
+  // Thrown away by OK and Cancel: the next visit builds a fresh dialog from the current settings.
+  QObject::connect(&options, &QDialog::finished,
+                   [] { gOptionsWindowController.release()->deleteLater(); });
+  options.setParentWindow(gPreviewWindowController->window());
+  options.show();
+}
+
+void AppDelegate::howToClicked() {
+  if (gCalibrationHelpWindowController) {
+    showAgain(*gCalibrationHelpWindowController);
+    return;
+  }
+  gCalibrationHelpWindowController = std::make_unique<CalibrationHelpWindowController>();
+  gCalibrationHelpWindowController->setParentWindow(gPreviewWindowController->window());
+  gCalibrationHelpWindowController->show();
+}
+
+}  // namespace tessary

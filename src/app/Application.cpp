@@ -1,0 +1,42 @@
+#include "app/Application.h"
+
+#include <QtGui/QIcon>
+#include <QtGui/QSurfaceFormat>
+#include <QtWidgets/QApplication>
+
+#include "app/AppDelegate.h"
+
+/// Icons and help lie in a library, so the linker has to be told that they are wanted. Outside any
+/// namespace, as the macro demands.
+static void initResources() { Q_INIT_RESOURCE(tessary); }
+
+namespace tessary {
+
+std::unique_ptr<QApplication> makeApplication(int& argc, char** argv, const std::string& name) {
+  QSurfaceFormat format;
+  format.setVersion(3, 3);
+  format.setProfile(QSurfaceFormat::CoreProfile);
+  QSurfaceFormat::setDefaultFormat(format);
+  auto application = std::make_unique<QApplication>(argc, argv);
+  initResources();
+  QApplication::setApplicationName(QString::fromStdString(name));
+  QApplication::setApplicationVersion(QStringLiteral(TESSARY_VERSION));
+  // What the user reads is one name; settings and desktop file go by the program's own.
+  QApplication::setApplicationDisplayName(QStringLiteral("Tessary"));
+  QApplication::setDesktopFileName(QString::fromStdString(name));
+  QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/tessary.svg")));
+  return application;
+}
+
+Application::Application(int& argc, char** argv, const std::string& name)
+    : application_(makeApplication(argc, argv, name)), platform_(name) {}
+
+Application::~Application() = default;
+
+int Application::run() {
+  AppDelegate delegate(platform_);
+  delegate.applicationDidFinishLaunching();
+  return QApplication::exec();
+}
+
+}  // namespace tessary

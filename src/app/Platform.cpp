@@ -1,0 +1,37 @@
+#include "app/Platform.h"
+
+#include "base/FourCharCode.h"
+#include "platform/ffmpeg/FfmpegAssetWriter.h"
+#include "platform/jpeg/JpegFrameDecoder.h"
+#include "platform/jpeg/JpegImageEncoder.h"
+#include "platform/linux/V4l2CaptureSystem.h"
+#include "platform/opengl/GlCompositor.h"
+#include "platform/png/PngImageEncoder.h"
+#include "platform/qt/QtKeyValueStore.h"
+#include "platform/qt/QtTextRasterizer.h"
+#include "platform/yuv/YuvFrameDecoder.h"
+
+namespace tessary {
+
+FrameDecoderFactory frameDecoders() {
+  return [](uint32_t mediaSubType) -> std::unique_ptr<FrameDecoder> {
+    if (mediaSubType == kMediaSubTypeMJPEG) return std::make_unique<JpegFrameDecoder>();
+    return YuvFrameDecoder::make(mediaSubType);
+  };
+}
+
+Platform::Platform()
+    : textRasterizer(std::make_unique<QtTextRasterizer>()),
+      compositor(std::make_unique<GlCompositor>()),
+      jpegEncoder(std::make_unique<JpegImageEncoder>()),
+      pngEncoder(std::make_unique<PngImageEncoder>()),
+      makeAssetWriter([](const std::string& path, std::string&) -> std::unique_ptr<AssetWriter> {
+        return std::make_unique<FfmpegAssetWriter>(path);
+      }) {}
+
+Platform::Platform(const std::string& name) : Platform() {
+  store = std::make_unique<QtKeyValueStore>(name, name);
+  captureSystem = std::make_unique<V4l2CaptureSystem>(mainQueue, frameDecoders());
+}
+
+}  // namespace tessary

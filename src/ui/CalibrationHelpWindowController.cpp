@@ -1,0 +1,26 @@
+#include "ui/CalibrationHelpWindowController.h"
+
+#include <QtCore/QFile>
+
+#include "ui/Windows.h"
+#include "ui_CalibrationHelpWindowController.h"
+
+namespace tessary {
+
+std::unique_ptr<CalibrationHelpWindowController> gCalibrationHelpWindowController;
+
+CalibrationHelpWindowController::CalibrationHelpWindowController()
+    : ui_(std::make_unique<Ui::CalibrationHelpWindowController>()) {
+  ui_->setupUi(this);
+  setWindowFlag(Qt::WindowStaysOnTopHint);
+  QFile page(QStringLiteral(":/help.html"));
+  if (page.open(QIODevice::ReadOnly)) ui_->text->setHtml(QString::fromUtf8(page.readAll()));
+}
+
+CalibrationHelpWindowController::~CalibrationHelpWindowController() = default;
+
+void CalibrationHelpWindowController::setParentWindow(const QWidget& parent) {
+  placeBelowTitle(*this, parent);
+}
+
+}  // namespace tessary

@@ -1,0 +1,100 @@
+#include "ui/CalibrationListWindowController.h"
+
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QLineEdit>
+
+#include "dialogs/CalibrationTable.h"
+#include "ui/CalibrationTableModel.h"
+#include "ui_CalibrationListWindowController.h"
+
+namespace tessary {
+namespace {
+
+constexpr int kCellMargin = 16;
+
+}  // namespace
+
+CalibrationListWindowController::CalibrationListWindowController(QWidget* parent,
+                                                                 Preferences& preferences)
+    : QDialog(parent),
+      ui_(std::make_unique<Ui::CalibrationListWindowController>()),
+      model_(new CalibrationTableModel(preferences, this)) {
+  ui_->setupUi(this);
+  layOutTable();
+  connect(ui_->calibrations->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+          &CalibrationListWindowController::tableViewSelectionDidChange);
+  using Self = CalibrationListWindowController;
+  connect(ui_->renameBtn, &QPushButton::clicked, this, &Self::renameClicked);
+  connect(ui_->deleteBtn, &QPushButton::clicked, this, &Self::deleteClicked);
+  connect(ui_->calibrateBtn, &QPushButton::clicked, this, &Self::calibrateClicked);
+  connect(ui_->applyBtn, &QPushButton::clicked, this, &Self::applyClicked);
+  connect(ui_->closeBtn, &QPushButton::clicked, this, &Self::closeClicked);
+}
+
+CalibrationListWindowController::~CalibrationListWindowController() = default;
+
+void CalibrationListWindowController::layOutTable() {
+  QTableView& table = *ui_->calibrations;
+  QHeaderView& header = *table.horizontalHeader();
+  table.setModel(model_);
+  table.resizeColumnsToContents();
+  for (int column = 0; column < model_->columnCount(); ++column)
+    header.resizeSection(column, header.sectionSize(column) + kCellMargin);
+  header.setSectionResizeMode(kCalibrationNameColumn, QHeaderView::Stretch);
+  header.setHighlightSections(false);
+  // All ten rows show without scrolling.
+  table.setMinimumHeight(header.sizeHint().height() +
+                         model_->rowCount() * table.verticalHeader()->defaultSectionSize() +
+                         2 * table.frameWidth());
+}
+
+void CalibrationListWindowController::setEditingItem(int32_t row) {
+  _editingItem = row;
+  if (isCalibrationSlot(row)) ui_->calibrations->selectRow(row);
+}
+
+void CalibrationListWindowController::tableViewSelectionDidChange() {
+  _editingItem = selectedRow();
+}
+
+void CalibrationListWindowController::renameClicked() {
+  endEditing();
+  _editingItem = selectedRow();
+  if (!isCalibrationSlot(_editingItem)) return;
+  ui_->calibrations->setFocus();
+  const QModelIndex name = model_->index(_editingItem, kCalibrationNameColumn);
+  ui_->calibrations->setCurrentIndex(name);
+  ui_->calibrations->edit(name);
+  // The old name is there to be amended: nothing of it is selected.
+  if (auto* field = qobject_cast<QLineEdit*>(QApplication::focusWidget())) field->deselect();
+}
+
+void CalibrationListWindowController::deleteClicked() {
+  endEditing();
+  if (const int row = selectedRow(); isCalibrationSlot(row)) model_->deleteRow(row);
+}
+
+void CalibrationListWindowController::calibrateClicked() { complete(true); }
+void CalibrationListWindowController::applyClicked() { complete(false); }
+
+void CalibrationListWindowController::complete(bool calibrateOrApply) {
+  endEditing();
+  _editingItem = selectedRow();
+  if (_delegate) _delegate->calibrationListCompleted(_editingItem, calibrateOrApply);
+  done(0);
+}
+
+void CalibrationListWindowController::closeClicked() {
+  endEditing();
+  _editingItem = -1;
+  done(0);
+}
+
+void CalibrationListWindowController::endEditing() { ui_->calibrations->setFocus(); }
+
+int CalibrationListWindowController::selectedRow() const {
+  const QModelIndexList rows = ui_->calibrations->selectionModel()->selectedRows();
+  return rows.isEmpty() ? -1 : rows.front().row();
+}
+
+}  // namespace tessary

@@ -1,0 +1,174 @@
+#include "ui/PreviewControls.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QSlider>
+
+#include "base/Number.h"
+
+namespace tessary {
+namespace {
+
+constexpr int kPanTickMarks = 10;
+constexpr int kZoomSteps = 5;
+constexpr int kZoomOfHundredPercent = 2;
+
+/// Gives a pan slider its range, or hides it (range 0 to 0) where the picture fits.
+void setPanRange(QSlider& slider, int32_t bitmapLength, int containerLength) {
+  const int range = bitmapLength - containerLength;
+  const QSignalBlocker quiet(slider);
+  slider.setRange(0, std::max(range, 0));
+  slider.setTickInterval(std::max(range / (kPanTickMarks - 1), 1));
+  slider.setVisible(range > 0);
+}
+
+void setQuietly(QSlider& slider, int value) {
+  const QSignalBlocker quiet(slider);
+  slider.setValue(value);
+}
+
+}  // namespace
+
+PreviewControls::PreviewControls(QWidget& container, PreviewView& previewView)
+    : container_(container), previewView_(previewView) {
+  setupSliders();
+  setupTextFields();
+}
+
+void PreviewControls::setupSliders() {
+  const auto add = [this](Qt::Orientation orientation, const char* name, const QString& title) {
+    auto* slider = new QSlider(orientation, &container_);
+    slider->setObjectName(QString::fromLatin1(name));
+    slider->setAccessibleName(title);
+    slider->setToolTip(title);
+    slider->setGeometry(0, 0, 0, 0);
+    slider->setTickPosition(QSlider::TicksBelow);
+    slider->show();
+    return slider;
+  };
+  horizontalSlider = add(Qt::Horizontal, "horizontalSlider", tr("Scroll across"));
+  verticalSlider = add(Qt::Vertical, "verticalSlider", tr("Scroll down"));
+  zoomSlider = add(Qt::Horizontal, "zoomSlider", tr("Zoom"));
+  zoomSlider->setRange(0, kZoomSteps - 1);
+  zoomSlider->setTickInterval(1);
+  zoomSlider->setPageStep(1);
+  zoomSlider->setValue(kZoomOfHundredPercent);
+  connect(horizontalSlider, &QSlider::valueChanged, this, &PreviewControls::horizontalSliderAct);
+  connect(verticalSlider, &QSlider::valueChanged, this, &PreviewControls::verticalSliderAct);
+  connect(zoomSlider, &QSlider::valueChanged, this, &PreviewControls::zoomSliderAct);
+}
+
+void PreviewControls::setupTextFields() {
+  const auto add = [this](const char* name, Qt::Alignment alignment) {
+    auto* text = new QLabel(&container_);
+    text->setObjectName(QString::fromLatin1(name));
+    text->setAlignment(alignment | Qt::AlignVCenter);
+    text->setGeometry(0, 0, 0, 0);
+    // The picture below may be light or dark.
+    text->setStyleSheet(QStringLiteral("color: white; background: rgba(0, 0, 0, 90);"));
+    text->setAttribute(Qt::WA_TransparentForMouseEvents);
+    text->hide();
+    return text;
+  };
+  zoomText = add("zoomText", Qt::AlignRight);
+  fpsText = add("fpsText", Qt::AlignLeft);
+}
+
+void PreviewControls::horizontalSliderAct() {
+  previewView_.offsetLocationTo(float(horizontalSlider->value()),
+                                float(previewView_.viewLocation().y));
+}
+
+void PreviewControls::verticalSliderAct() {
+  // Qt's vertical slider has its maximum at the top: the top of the picture is there.
+  previewView_.offsetLocationTo(float(previewView_.viewLocation().x),
+                                float(verticalSlider->maximum() - verticalSlider->value()));
+}
+
+void PreviewControls::zoomSliderAct() {
+  previewView_.zoomTo(zoomSlider->value());
+  previewViewFrameDidChange();
+  showZoom();
+}
+
+void PreviewControls::previewViewLocationDidChange(Point location) {
+  setQuietly(*horizontalSlider, int(location.x));
+  setQuietly(*verticalSlider, int(verticalSlider->maximum() - location.y));
+}
+
+void PreviewControls::previewViewFrameDidChange() {
+  horizontalSliderFrameDidChange();
+  verticalSliderFrameDidChange();
+  zoomSliderFrameDidChange();
+  previewViewLocationDidChange(previewView_.viewLocation());
+}
+
+void PreviewControls::previewViewZoomDidChange() {
+  setQuietly(*zoomSlider, previewView_.zoom());
+  showZoom();
+}
+
+void PreviewControls::containerViewFrameDidChange() {
+  horizontalSliderFrameDidChange();
+  verticalSliderFrameDidChange();
+  zoomSliderFrameDidChange();
+  const Point location = previewView_.viewLocation();
+  previewView_.offsetLocationTo(float(location.x), float(location.y));
+  previewViewLocationDidChange(previewView_.viewLocation());
+  const int top = container_.height() - 28;
+  zoomText->setGeometry(container_.width() - 160, top, 37, 19);
+  fpsText->setGeometry(15, top, 150, 19);
+}
+
+void PreviewControls::horizontalSliderFrameDidChange() {
+  const int width = container_.width();
+  if (width < previewView_.bitmapWidth()) horizontalSlider->setGeometry(width - 180, 10, 140, 20);
+  setPanRange(*horizontalSlider, previewView_.bitmapWidth(), width);
+}
+
+void PreviewControls::verticalSliderFrameDidChange() {
+  const int height = container_.height();
+  if (height < previewView_.bitmapHeight())
+    verticalSlider->setGeometry(container_.width() - 30, 30, 20, 140);
+  setPanRange(*verticalSlider, previewView_.bitmapHeight(), height);
+}
+
+void PreviewControls::zoomSliderFrameDidChange() {
+  zoomSlider->setGeometry(container_.width() - 120, container_.height() - 28, 100, 20);
+}
+
+void PreviewControls::showStatus(const Resolution& resolution, float videoFrameRate) {
+  fpsText->setText(QStringLiteral("%1x%2  fps:%3")
+                       .arg(resolution.width)
+                       .arg(resolution.height)
+                       .arg(std::lround(videoFrameRate)));
+  fpsText->show();
+}
+
+void PreviewControls::clearStatus() {
+  for (QLabel* text : {zoomText, fpsText}) {
+    text->clear();
+    text->hide();
+  }
+}
+
+void PreviewControls::showZoom() {
+  zoomText->setText(QStringLiteral("%1%").arg(mapZoom100(previewView_.zoom())));
+  zoomText->show();
+}
+
+int PreviewControls::mapZoom100(int32_t zoom) {
+  switch (zoom) {
+    case 0: return 50;
+    case 1: return 75;
+    case 2: return 100;
+    case 3: return 125;
+    case 4: return 150;
+    case 5: return 200;
+    default: return 100;
+  }
+}
+
+}  // namespace tessary

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QtCore/QObject>
+
+#include "view/PreviewView.h"
+
+class QLabel;
+class QSlider;
+class QWidget;
+
+namespace tessary {
+
+/// The three sliders and the two status texts that lie over the picture, and their two-way link
+/// with the picture's location and zoom.
+class PreviewControls final : public QObject {
+  Q_OBJECT
+ public:
+  /// Both must outlive it. The controls are made hidden-sized: the first layout places them.
+  PreviewControls(QWidget& container, PreviewView& previewView);
+
+  void previewViewLocationDidChange(Point location);
+  void previewViewFrameDidChange();
+  void previewViewZoomDidChange();
+  void containerViewFrameDidChange();
+
+  /// "640x480  fps:30"; `videoFrameRate` in frames a second is rounded, halves away from zero.
+  void showStatus(const Resolution& resolution, float videoFrameRate);
+  /// Blanks both texts.
+  void clearStatus();
+
+ private:
+  void setupSliders();
+  void setupTextFields();
+  void horizontalSliderAct();
+  void verticalSliderAct();
+  void zoomSliderAct();
+  void horizontalSliderFrameDidChange();
+  void verticalSliderFrameDidChange();
+  void zoomSliderFrameDidChange();
+  void showZoom();
+  void showLocation();
+  static int mapZoom100(int32_t zoom);
+
+  QWidget& container_;
+  PreviewView& previewView_;
+  // Children of the container.
+  QSlider* horizontalSlider = nullptr;
+  QSlider* verticalSlider = nullptr;
+  QSlider* zoomSlider = nullptr;
+  QLabel* zoomText = nullptr;
+  QLabel* fpsText = nullptr;
+  bool settingSliders_ = false;
+};
+
+}  // namespace tessary

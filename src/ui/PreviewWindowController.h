@@ -1,0 +1,131 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include <QtCore/QObject>
+#include <QtCore/QPointer>
+#include <QtCore/QTimer>
+
+#include "capture/CaptureController.h"
+#include "ui/CalibrationFlow.h"
+#include "ui/InputTextWindowController.h"
+#include "ui/MainWindow.h"
+#include "ui/MicroscopeWindowController.h"
+#include "ui/PreviewContainerView.h"
+#include "ui/PreviewControls.h"
+#include "ui/PreviewWidget.h"
+#include "ui/QtViewHost.h"
+#include "ui/SavingFlow.h"
+#include "ui/Toolbar.h"
+#include "view/PreviewView.h"
+
+namespace tessary {
+
+/// The main window's controller and the hub of the program: every dialog, every command and the
+/// capture session hang off it. Main thread, except where told.
+class PreviewWindowController final : public QObject,
+                                      private CaptureHost,
+                                      private PreviewViewLocationDelegate,
+                                      private MicroscopeWindowDelegate {
+  Q_OBJECT
+ public:
+  /// What the controller is given; the references must outlive it.
+  struct Surroundings {
+    CaptureSystem& captureSystem;
+    MicroscopeCatalogue& catalogue;
+    Compositor& compositor;
+    TextRasterizer& textRasterizer;
+    Preferences& preferences;
+    Executor& mainQueue;
+    ImageEncoder& jpegEncoder;
+    ImageEncoder& pngEncoder;
+    AssetWriterFactory makeAssetWriter;
+    Clock& clock;
+    std::function<void()> howToClicked;
+    std::function<void()> preferencesClicked;
+  };
+
+  explicit PreviewWindowController(Surroundings surroundings);
+  ~PreviewWindowController() override;
+
+  /// Loads the window on first use and shows it.
+  void showWindow();
+  MainWindow& window() { return window_; }
+  /// The picture, once the window is loaded.
+  PreviewView& getPreviewView() { return *previewView; }
+  /// Whether frames are passed on: false while nothing of the window can be seen.
+  bool wndExposed() const { return capture_ && capture_->wndExposed; }
+  /// Settings were changed in the options window.
+  void preferencesDidChange();
+
+ private:
+  // Putting the window together.
+  void windowDidLoad();
+  void setupPreviewView();
+
+  // What happens to the window.
+  void windowWillClose();
+  void windowDidResize();
+  void windowDidChangeOcclusionState();
+  void containerViewFrameDidChange();
+  void fpsTimerAct();
+  void keyDown(QKeyEvent& event);
+
+  // PreviewViewLocationDelegate
+  void previewViewFrameDidChange() override;
+  void previewViewLocationDidChange(Point location) override;
+  void previewViewZoomDidChange() override;
+
+  // CaptureHost
+  void updateVideoFrame(const SampleBuffer& sampleBuffer) override;
+  void stopPreview() override;
+  void stopCalibration() override;
+  void changeScale(int32_t type) override;
+  void setCalibration(float pixelsPerUnit, int32_t unit) override;
+  void removeAllShapes() override;
+  bool closeCalibrationWindow() override;
+  void closeInputTextWindow() override;
+  bool isMicroscopeWindowUp() const override { return bool(microscopeWndController); }
+  void refreshMicroscopes() override;
+  void endMicroscopeSheet(int32_t returnCode) override;
+
+  // MicroscopeWindowDelegate
+  void startCaptureSession(const std::shared_ptr<MicroscopeInfo>& microscope,
+                           const std::shared_ptr<Resolution>& resolution) override;
+
+  // Commands.
+  void perform(Command command);
+  bool validateUserInterfaceItem(Command command) const;
+  /// Shows a reticle, or puts it away if it is the one that shows.
+  void toggleScale(int32_t scaleType);
+  void folderToolbarItemDidClick();
+  void microscopeToolbarItemDidClick();
+  void textToolbarItemDidClick();
+  /// A sheet on the main window with one button; `icon` is one of QMessageBox::Icon.
+  void showAlert(int icon, const QString& message, const QString& information);
+
+  Surroundings surroundings_;
+  MainWindow window_;
+  bool loaded_ = false;
+  PreviewContainerView* containerView = nullptr;  // owned by the window
+  PreviewWidget* previewWidget_ = nullptr;        // owned by the container
+  std::unique_ptr<QtViewHost> viewHost_;
+  std::unique_ptr<PreviewView> previewView;
+  std::unique_ptr<PreviewControls> controls_;
+  std::unique_ptr<Toolbar> toolbar;
+  std::unique_ptr<SavingFlow> saving_;
+  std::unique_ptr<CalibrationFlow> calibration_;
+  // After what it hands frames to: it ends first.
+  std::unique_ptr<CaptureController> capture_;
+  QTimer fpsTimer;
+
+  // A dialog is up while its pointer is set.
+  QPointer<MicroscopeWindowController> microscopeWndController;
+  QPointer<InputTextWindowController> inputTextWndController;
+};
+
+/// The one main window's controller. Made at launch, never replaced.
+extern std::unique_ptr<PreviewWindowController> gPreviewWindowController;
+
+}  // namespace tessary

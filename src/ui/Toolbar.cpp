@@ -1,0 +1,118 @@
+#include "ui/Toolbar.h"
+
+#include <utility>
+
+#include <QtGui/QAction>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QMainWindow>
+#include <QtWidgets/QMenuBar>
+#include <QtWidgets/QMessageBox>
+#include <QtWidgets/QToolBar>
+
+namespace tessary {
+namespace {
+
+constexpr int kIconSize = 24;
+
+/// Keys that take nothing from the picture's own (Space, Delete and Backspace).
+QKeySequence shortcut(Command command) {
+  switch (command) {
+    case Command::Help: return QKeySequence(Qt::Key_F1);
+    case Command::Options: return QKeySequence(Qt::CTRL | Qt::Key_Comma);
+    case Command::Microscope: return QKeySequence(Qt::CTRL | Qt::Key_M);
+    case Command::Shutter: return QKeySequence(Qt::CTRL | Qt::Key_S);
+    case Command::Record: return QKeySequence(Qt::CTRL | Qt::Key_R);
+    case Command::Folder: return QKeySequence(Qt::CTRL | Qt::Key_O);
+    case Command::Calibration: return QKeySequence(Qt::CTRL | Qt::Key_K);
+    case Command::Crosshair: return QKeySequence(Qt::CTRL | Qt::Key_1);
+    case Command::Grid: return QKeySequence(Qt::CTRL | Qt::Key_2);
+    case Command::Concentric: return QKeySequence(Qt::CTRL | Qt::Key_3);
+    case Command::Text: return QKeySequence(Qt::CTRL | Qt::Key_T);
+    case Command::Drag: return QKeySequence(Qt::Key_Escape);
+    case Command::DeleteLast: return QKeySequence(Qt::CTRL | Qt::Key_Z);
+    default: return {};
+  }
+}
+
+QWidget* makeFlexibleSpace(QWidget* parent) {
+  auto* space = new QWidget(parent);
+  space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+  return space;
+}
+
+}  // namespace
+
+Toolbar::Toolbar(QMainWindow& window, std::function<void(Command)> perform,
+                 std::function<bool(Command)> validate)
+    : window_(window), validate_(std::move(validate)) {
+  for (const CommandInfo& info : allCommands()) {
+    auto* action = new QAction(tr(info.label), this);
+    action->setObjectName(QString::fromLatin1(info.identifier));
+    action->setToolTip(tr(info.toolTip));
+    action->setIcon(QIcon(QStringLiteral(":/icons/%1.svg").arg(QLatin1String(info.imageName))));
+    action->setShortcut(shortcut(info.command));
+    connect(action, &QAction::triggered, this,
+            [perform, command = info.command] { perform(command); });
+    actions_[info.command] = action;
+  }
+}
+
+void Toolbar::setupToolbar() {
+  auto* toolbar = new QToolBar(&window_);
+  toolbar->setObjectName(QStringLiteral("TessaryToolbar"));
+  toolbar->setWindowTitle(tr("Toolbar"));
+  toolbar->setMovable(false);
+  toolbar->setFloatable(false);
+  toolbar->toggleViewAction()->setVisible(false);
+  toolbar->setContextMenuPolicy(Qt::PreventContextMenu);
+  toolbar->setToolButtonStyle(Qt::ToolButtonIconOnly);
+  toolbar->setIconSize(QSize(kIconSize, kIconSize));
+  // All twenty buttons fit a window for the smallest frame, 640 pixels wide.
+  toolbar->setStyleSheet(
+      QStringLiteral("QToolBar { spacing: 0px; } QToolButton { padding: 1px; }"));
+  for (const ToolbarEntry& entry : toolbarDefaultItems()) {
+    if (entry.flexibleSpace)
+      toolbar->addWidget(makeFlexibleSpace(toolbar));
+    else
+      toolbar->addAction(&action(entry.command));
+  }
+  window_.addToolBar(Qt::TopToolBarArea, toolbar);
+  window_.setUnifiedTitleAndToolBarOnMac(false);
+  validateItems();
+}
+
+void Toolbar::setupMenuItems() {
+  QMenuBar& bar = *window_.menuBar();
+  QMenu* application = bar.addMenu(tr("&Tessary"));
+  application->addAction(tr("&About Tessary"), this, [this] {
+    QMessageBox::about(
+        &window_, tr("About Tessary"),
+        tr("<b>Tessary %1</b><p>Shows the live picture of a USB microscope and measures on it.")
+            .arg(QApplication::applicationVersion()));
+  });
+  application->addSeparator();
+  application->addAction(&action(Command::Options));
+  application->addSeparator();
+  // All of them: a help or options window would keep the program running.
+  application->addAction(tr("&Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q), qApp,
+                         &QApplication::closeAllWindows);
+  fillMenu(1, *bar.addMenu(tr("&Microscope")));
+  fillMenu(2, *bar.addMenu(tr("M&easure")));
+  bar.addMenu(tr("&Help"))->addAction(&action(Command::Help));
+}
+
+void Toolbar::fillMenu(int menu, QMenu& target) {
+  int position = 0;
+  for (const MenuEntry& entry : menuItems()) {
+    if (entry.menu != menu) continue;
+    for (; position < entry.position; ++position) target.addSeparator();
+    target.addAction(&action(entry.command));
+    ++position;
+  }
+}
+
+void Toolbar::validateItems() {
+  for (const auto& [command, action] : actions_) action->setEnabled(validate_(command));
+}
+
+}  // namespace tessary

@@ -1,0 +1,50 @@
+#include "ui/Windows.h"
+
+#include <utility>
+
+#include <QtCore/QDir>
+#include <QtCore/QStandardPaths>
+#include <QtWidgets/QFileDialog>
+
+#include "dialogs/Placement.h"
+
+namespace tessary {
+
+void placeIn(QWidget& window, const QWidget& parent, double below) {
+  window.adjustSize();
+  const QRect frame = parent.frameGeometry();
+  const Point origin = placementIn(
+      {{double(frame.x()), double(frame.y())}, {double(frame.width()), double(frame.height())}},
+      window.width(), below);
+  window.move(int(origin.x), int(origin.y));
+}
+
+void placeBelowTitle(QWidget& window, const QWidget& parent) {
+  placeIn(window, parent, kBelowTitle);
+}
+
+namespace {
+
+/// Where the search for a folder begins when none has been chosen yet: with the user's pictures.
+QString firstFolder() {
+  const QString pictures = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+  return QDir(pictures).exists() ? pictures : QDir::homePath();
+}
+
+}  // namespace
+
+void chooseFolder(QWidget& window, const std::optional<std::string>& current,
+                  std::function<void(const std::string& folder)> chosen) {
+  auto* dialog = new QFileDialog(&window);
+  dialog->setAttribute(Qt::WA_DeleteOnClose);
+  dialog->setFileMode(QFileDialog::Directory);
+  dialog->setOption(QFileDialog::ShowDirsOnly);
+  dialog->setWindowTitle(QStringLiteral("Choose path to save image and video files"));
+  dialog->setDirectory(current ? QString::fromStdString(*current) : firstFolder());
+  QObject::connect(
+      dialog, &QFileDialog::fileSelected, &window,
+      [chosen = std::move(chosen)](const QString& folder) { chosen(folder.toStdString()); });
+  dialog->open();
+}
+
+}  // namespace tessary

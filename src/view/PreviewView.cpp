@@ -1,0 +1,205 @@
+#include "view/PreviewView.h"
+
+#include <utility>
+
+namespace tessary {
+namespace {
+
+constexpr int32_t kZoom100 = 2;
+
+std::span<const PointVertex> vertices(const MyDataArray<PointVertex>& store) {
+  return {store.data, size_t(store.count)};
+}
+
+}  // namespace
+
+PreviewView::PreviewView(Surroundings surroundings) : surroundings_(std::move(surroundings)) {}
+
+PreviewView::~PreviewView() { *alive_ = false; }
+
+void PreviewView::setLocationDelegate(PreviewViewLocationDelegate* delegate) {
+  _locationDelegate = delegate;
+  geometry_.setLocationDelegate(delegate);
+}
+
+void PreviewView::zoomTo(int32_t step) {
+  geometry_.zoomTo(step);
+  surroundings_.setNeedsDisplay();
+}
+
+void PreviewView::offsetLocationTo(float x, float y) {
+  geometry_.offsetLocationTo(x, y);
+  surroundings_.setNeedsDisplay();
+}
+
+void PreviewView::windowDidResize() {
+  geometry_.windowDidResize();
+  surroundings_.setNeedsDisplay();
+}
+
+void PreviewView::changeScale(int32_t scaleType) {
+  scale_.changeScale(scaleType);
+  redrawLinesAndPoints();
+}
+
+void PreviewView::setCalibration(float pixelsPerUnit, int32_t unit) {
+  calibration_.setCalibration(pixelsPerUnit, unit);
+  scale_.calcGridPixelsAndLen();
+  zoomTo(kZoom100);
+  redrawLinesAndPoints();
+}
+
+void PreviewView::startCalibration() {
+  calibrationLine_.startCalibration(surroundings_.host.superviewFrameSize().width);
+  zoomTo(kZoom100);
+  redrawLinesAndPoints();
+}
+
+void PreviewView::stopCalibration() {
+  calibrationLine_.stopCalibration();
+  zoomTo(kZoom100);
+  redrawLinesAndPoints();
+}
+
+void PreviewView::changeOperation(int32_t op) {
+  shapes_.changeOperation(op);
+  zoomTo(kZoom100);
+  if (_locationDelegate) _locationDelegate->previewViewZoomDidChange();
+}
+
+void PreviewView::setInputText(const std::string& text) {
+  shapes_.setInputText(text);
+  overlayDidChange();
+}
+
+void PreviewView::removeSelectedShape() {
+  shapes_.removeSelectedShape();
+  overlayDidChange();
+}
+
+void PreviewView::removeLastShape() {
+  shapes_.removeLastShape();
+  overlayDidChange();
+}
+
+void PreviewView::removeAllShapes() {
+  shapes_.removeAllShapes();
+  overlayDidChange();
+}
+
+void PreviewView::redrawLinesAndPoints() {
+  overlayRedraw_.redrawLinesAndPoints();
+  overlayDidChange();
+}
+
+bool PreviewView::mouseDown(const MouseLocation& location) {
+  if (!contains(geometry_.viewFrame(), location.container)) return false;
+  mouse_.mouseDown(viewPoint(location), location.screen);
+  mouseWasHandled();
+  return true;
+}
+
+void PreviewView::mouseUp(const MouseLocation& location) {
+  mouse_.mouseUp(viewPoint(location));
+  mouseWasHandled();
+}
+
+void PreviewView::mouseDragged(const MouseLocation& location) {
+  mouse_.mouseDragged(viewPoint(location), location.screen);
+  mouseWasHandled();
+}
+
+void PreviewView::mouseMoved(const MouseLocation& location) {
+  if (!contains(geometry_.viewFrame(), location.container)) return;
+  mouse_.mouseMoved(viewPoint(location));
+  mouseWasHandled();
+}
+
+Point PreviewView::viewPoint(const MouseLocation& location) const {
+  return geometry_.convertPointFromSuperview(location.container);
+}
+
+void PreviewView::mouseWasHandled() {
+  if (shapes_._shapes.empty() && !calibrationLine_.isShown())
+    surroundings_.setNeedsDisplay();
+  else
+    overlayDidChange();
+}
+
+void PreviewView::overlayDidChange() {
+  pipeline_.overlayDidChange();
+  surroundings_.setNeedsDisplay();
+}
+
+void PreviewView::updateVideoFrame(const SampleBuffer& frame) {
+  const TextureSize size = frame.imageBuffer->size();
+  if (size != pipeline_.textureSize()) {
+    pipeline_.clearBufferResources();
+    pipeline_.initBufferResources(size);
+    surroundings_.mainQueue.post([this, alive = alive_, size, generation = ++frameSizeGeneration_] {
+      if (*alive) frameSizeDidChange(size, generation);
+    });
+  }
+  ring_.push(frame.imageBuffer);
+  if (recordingTakesFrames(recording_.recordingStatus())) recording_.appendMovieFrame(frame);
+  frameRate_.calculateFramerateAtTimestamp(frame.presentationTimeStamp);
+  wakeUp();
+}
+
+void PreviewView::frameSizeDidChange(TextureSize size, uint64_t generation) {
+  if (generation != frameSizeGeneration_) return;
+  _cvTextureSize = size;
+  geometry_.frameSizeDidChange(size);
+  geometry_.startPreview();
+  surroundings_.setNeedsDisplay();
+}
+
+void PreviewView::stopPreview() {
+  ++frameSizeGeneration_;
+  _cvTextureSize = {};
+  geometry_.stopPreview();
+  calibration_._pixelsPerUnit = -1.0F;
+  calibrationLine_._showCalibrationLine = 0;
+  pipeline_.clearBufferResources();
+  surroundings_.setNeedsDisplay();
+}
+
+void PreviewView::wakeUp() {
+  if (wakeUpPending_.exchange(true)) return;
+  surroundings_.mainQueue.post([this, alive = alive_] {
+    if (!*alive) return;
+    wakeUpPending_ = false;
+    surroundings_.setNeedsDisplay();
+  });
+}
+
+Overlay PreviewView::overlay() const { return {vertices(_totalLines), vertices(_totalPoints)}; }
+
+std::shared_ptr<const PixelBuffer> PreviewView::currentPicture() {
+  auto picture = std::make_shared<PixelBuffer>(_cvTextureSize);
+  bool composed = false;
+  surroundings_.withGraphicsContext(
+      [&] { composed = pipeline_.composeNow(overlay()) && pipeline_.readBack(*picture); });
+  if (composed) return picture;
+  // A frame that is too small to be composed, or that came with a size not laid out yet.
+  if (const auto frame = ring_.newest().frame; frame && frame->size() == _cvTextureSize)
+    return frame;
+  return std::make_shared<PixelBuffer>(TextureSize{});
+}
+
+bool PreviewView::saveImageFile(const std::string& fileName) {
+  const Preferences& preferences = surroundings_.preferences;
+  return stillImage_.saveImageFile(preferences.url.value_or(std::string()), fileName,
+                                   preferences.imagePNG, *currentPicture());
+}
+
+void PreviewView::startRecord(const std::string& file,
+                              std::weak_ptr<PreviewViewRecordDelegate> delegate) {
+  recording_.startRecord(file, std::move(delegate), _cvTextureSize);
+}
+
+bool PreviewView::drawInView(TextureSize surface, double devicePixelRatio) {
+  return pipeline_.drawInView(geometry_, overlay(), surface, devicePixelRatio);
+}
+
+}  // namespace tessary

@@ -1,0 +1,175 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "base/Executor.h"
+#include "base/SampleBuffer.h"
+#include "measure/MouseInteraction.h"
+#include "measure/OverlayRedraw.h"
+#include "measure/ShapeList.h"
+#include "output/Recording.h"
+#include "output/StillImage.h"
+#include "overlay/CalibrationLine.h"
+#include "overlay/OverlayContext.h"
+#include "overlay/Scale.h"
+#include "platform/AssetWriter.h"
+#include "platform/Compositor.h"
+#include "platform/ImageEncoder.h"
+#include "platform/TextRasterizer.h"
+#include "preview/FrameRate.h"
+#include "preview/FrameRing.h"
+#include "preview/RenderPipeline.h"
+#include "preview/ViewGeometry.h"
+#include "settings/Preferences.h"
+
+namespace tessary {
+
+/// Where the mouse is: in the container (y downwards) and on the desktop (y upwards).
+struct MouseLocation {
+  Point container;
+  Point screen;
+};
+
+/// The picture: owns one component for each thing that it is made of, and holds only the sequences
+/// that cross them. Knows no toolkit. Main thread, except where told.
+class PreviewView {
+ public:
+  /// What the view is given; all of it must outlive the view.
+  struct Surroundings {
+    ViewHost& host;
+    Compositor& compositor;
+    TextRasterizer& textRasterizer;
+    const Preferences& preferences;
+    Executor& mainQueue;
+    ImageEncoder& jpegEncoder;
+    ImageEncoder& pngEncoder;
+    AssetWriterFactory makeAssetWriter;
+    /// Asks for a tick, that is for a `drawInView` soon. Main thread.
+    std::function<void()> setNeedsDisplay;
+    /// Runs what it is given at once, with the graphics context current. Main thread.
+    std::function<void(const std::function<void()>&)> withGraphicsContext;
+  };
+
+  explicit PreviewView(Surroundings surroundings);
+  /// No frame may be on its way any more.
+  ~PreviewView();
+  PreviewView(const PreviewView&) = delete;
+  PreviewView& operator=(const PreviewView&) = delete;
+
+  // Geometry.
+  int32_t zoom() const { return geometry_.zoom(); }
+  int32_t bitmapWidth() const { return geometry_.bitmapWidth(); }
+  int32_t bitmapHeight() const { return geometry_.bitmapHeight(); }
+  Point viewLocation() const { return geometry_.viewLocation(); }
+  void setLocationDelegate(PreviewViewLocationDelegate* delegate);
+  void zoomTo(int32_t step);
+  void offsetLocationTo(float x, float y);
+  void windowDidResize();
+
+  // Reticle, calibration and shapes.
+  int32_t getCurrScale() const { return scale_.getCurrScale(); }
+  void changeScale(int32_t scaleType);
+  /// Puts a calibration into force; -1 pixels per unit for none. Returns to 100 percent.
+  void setCalibration(float pixelsPerUnit, int32_t unit);
+  /// The calibration in force; negative for none.
+  float pixelsPerUnit() const { return calibration_._pixelsPerUnit; }
+  void startCalibration();
+  void stopCalibration();
+  /// Length of the calibration line in video pixels.
+  int32_t calibrationLineLen() const { return calibrationLine_.calibrationLineLen(); }
+  int32_t getCurrOperation() const { return shapes_.getCurrOperation(); }
+  /// Takes a tool in hand and returns to 100 percent, the only zoom at which shapes are made.
+  void changeOperation(int32_t op);
+  void setInputText(const std::string& text);
+  void removeSelectedShape();
+  void removeLastShape();
+  void removeAllShapes();
+  /// Colours or text size have changed.
+  void preferencesDidChange() { redrawLinesAndPoints(); }
+  /// Rebuilds everything that lies over the picture; the next tick shows it.
+  void redrawLinesAndPoints();
+
+  // The mouse. A press outside the view's frame is none of the view's and answers false.
+  bool mouseDown(const MouseLocation& location);
+  void mouseUp(const MouseLocation& location);
+  void mouseDragged(const MouseLocation& location);
+  void mouseMoved(const MouseLocation& location);
+  void rightMouseDown() { mouse_.rightMouseDown(); }
+
+  // Frames.
+  /// Takes the next frame of the stream. Frame queue.
+  void updateVideoFrame(const SampleBuffer& frame);
+  /// Frames per second over the last second, not rounded. Any thread.
+  float videoFrameRate() const { return frameRate_.videoFrameRate(); }
+  /// The picture is gone. No frame may be on its way any more.
+  void stopPreview();
+
+  // Stills and movies.
+  /// Saves the picture with everything that lies over it, at the frame's size, to `fileName` in the
+  /// folder of the preferences, in their photo format. True unless no file can be made there.
+  bool saveImageFile(const std::string& fileName);
+  /// Records frames as they come into `file` (UTF-8, absolute). Returns at once.
+  void startRecord(const std::string& file, std::weak_ptr<PreviewViewRecordDelegate> delegate);
+  /// Returns at once.
+  void stopRecord() { recording_.stopRecord(); }
+
+  // Ticks, with the graphics context current.
+  /// Draws to the framebuffer that is bound, `surface` device pixels large and covering the
+  /// container. False, and nothing drawn, when there is no picture.
+  bool drawInView(TextureSize surface, double devicePixelRatio);
+  void contextWillBeDestroyed() { pipeline_.contextWillBeDestroyed(); }
+
+ private:
+  /// Main-thread half of a new frame size: fits view and window to it.
+  void frameSizeDidChange(TextureSize size, uint64_t generation);
+  /// What lies over the picture has changed: the next tick composes it anew.
+  void overlayDidChange();
+  /// After a mouse event, which may have changed the overlay, the pan, or neither.
+  void mouseWasHandled();
+  Point viewPoint(const MouseLocation& location) const;
+  Overlay overlay() const;
+  /// The composed picture, or the frame alone where nothing is composed; 0 by 0 without a picture.
+  std::shared_ptr<const PixelBuffer> currentPicture();
+  /// At most one wake-up is on its way, however many frames come. Any thread.
+  void wakeUp();
+
+  Surroundings surroundings_;
+  TextureSize
+      _cvTextureSize;  // `_cvTextureWidth`, `_cvTextureHeight` as the main thread knows them
+  PreviewViewLocationDelegate* _locationDelegate = nullptr;
+  ViewGeometry geometry_{surroundings_.host, _cvTextureSize};
+  FrameRing ring_;
+  FrameRate frameRate_;
+  RenderPipeline pipeline_{ring_, surroundings_.compositor};
+  StillImage stillImage_{surroundings_.jpegEncoder, surroundings_.pngEncoder};
+  Recording recording_{surroundings_.makeAssetWriter, surroundings_.mainQueue};
+
+  MyDataArray<PointVertex> _totalLines;
+  MyDataArray<PointVertex> _totalPoints;
+  Calibration calibration_;
+  LinePrimitives lines_{_cvTextureSize};
+  TextPrimitives text_{surroundings_.textRasterizer, surroundings_.preferences, _cvTextureSize};
+  OverlayContext overlay_{surroundings_.preferences,
+                          _cvTextureSize,
+                          calibration_,
+                          lines_,
+                          text_,
+                          _totalLines,
+                          _totalPoints};
+  CalibrationLine calibrationLine_{overlay_};
+  Scale scale_{overlay_, calibrationLine_};
+  ShapeList shapes_{overlay_};
+  OverlayRedraw overlayRedraw_{overlay_, scale_, calibrationLine_, shapes_};
+  MouseInteraction mouse_{shapes_, calibrationLine_, geometry_, surroundings_.host, overlayRedraw_};
+
+  // Counts changes of frame size and stops, so that a layout that was queued before a later one is
+  // left out.
+  std::atomic<uint64_t> frameSizeGeneration_{0};
+  std::atomic<bool> wakeUpPending_{false};
+  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);  // main thread only
+};
+
+}  // namespace tessary

@@ -1,0 +1,45 @@
+#include <gtest/gtest.h>
+
+#include "dialogs/NoticeClock.h"
+
+namespace tessary {
+namespace {
+
+int32_t ticksUntilItCloses(NoticeClock& clock) {
+  int32_t ticks = 1;
+  while (!clock.tick() && ticks < 1000) ++ticks;
+  return ticks;
+}
+
+TEST(NoticeClock, DoesNothingBeforeTheFirstUseAndAfterAStop) {
+  NoticeClock clock;
+  EXPECT_EQ(clock.elapsed(), -1);
+  EXPECT_FALSE(clock.tick());
+  EXPECT_EQ(clock.elapsed(), -1);
+  clock.restart();
+  clock.stop();
+  for (int i = 0; i < 100; ++i) EXPECT_FALSE(clock.tick());
+  EXPECT_EQ(clock.elapsed(), 0);
+}
+
+TEST(NoticeClock, IsOverAfter38Ticks) {
+  NoticeClock clock;
+  clock.restart();
+  EXPECT_EQ(clock.elapsed(), 1);
+  EXPECT_EQ(ticksUntilItCloses(clock), 38);
+  EXPECT_EQ(clock.elapsed(), 39);
+}
+
+TEST(NoticeClock, ASecondUseHasItsFullTime) {
+  NoticeClock clock;
+  clock.restart();
+  for (int i = 0; i < 37; ++i) ASSERT_FALSE(clock.tick());
+  clock.restart();
+  EXPECT_EQ(ticksUntilItCloses(clock), 38);
+  clock.stop();
+  clock.restart();
+  EXPECT_EQ(ticksUntilItCloses(clock), 38);
+}
+
+}  // namespace
+}  // namespace tessary

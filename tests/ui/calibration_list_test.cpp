@@ -1,0 +1,275 @@
+#include <optional>
+#include <utility>
+
+#include <QtWidgets/QLineEdit>
+#include <QtWidgets/QScrollBar>
+#include <QtWidgets/QTableView>
+
+#include "DialogRig.h"
+#include "ui/CalibrationListWindowController.h"
+
+namespace tessary::test {
+namespace {
+
+class CalibrationList : public DialogRig, public CalibrationListDelegate {
+ protected:
+  CalibrationList() {
+    preferences.calibrations[0] = {.name = "lens",
+                                   .pixels = 853,
+                                   .length = 0.5,
+                                   .resolution = 47187200,
+                                   .date = 20250115,
+                                   .ppu = 1706.0};
+    preferences.calibrations[3] = {.name = "4x", .unit = 1, .ppu = 0.4};
+    preferences.calibrations[9].name = "last";
+  }
+
+  void calibrationListCompleted(int32_t slot, bool calibrateOrApply) override {
+    EXPECT_TRUE(dialog->isVisible()) << "told before the sheet ends";
+    completed.emplace_back(slot, calibrateOrApply);
+  }
+
+  void show(int32_t row) {
+    dialog = std::make_unique<CalibrationListWindowController>(&window, preferences);
+    dialog->setDelegate(this);
+    dialog->setEditingItem(row);
+    open(*dialog);
+  }
+
+  QTableView& table() { return find<QTableView>(*dialog, "calibrations"); }
+  QPushButton& push(const char* name) { return find<QPushButton>(*dialog, name); }
+  QString cell(int row, int column) {
+    return table().model()->index(row, column).data().toString();
+  }
+  QStringList cells(int row) {
+    QStringList texts;
+    for (int column = 0; column < table().model()->columnCount(); ++column)
+      texts << cell(row, column);
+    return texts;
+  }
+  QPoint cellCentre(int row, int column) {
+    return table().visualRect(table().model()->index(row, column)).center();
+  }
+  void clickCell(int row, int column) { click(*table().viewport(), cellCentre(row, column)); }
+  QLineEdit* nameField() { return table().viewport()->findChild<QLineEdit*>(); }
+  bool waitForNameField() {
+    return waitUntil([&] { return nameField() && nameField()->hasFocus(); });
+  }
+  void startRename(int row) {
+    show(row);
+    click(push("renameBtn"));
+    ASSERT_TRUE(waitForNameField());
+  }
+  bool ended() {
+    return waitUntil([&] { return ends == 1; });
+  }
+  const std::string& slotName(int row) { return preferences.calibrations[size_t(row)].name; }
+  /// Takes the selection away, which a click can't.
+  void selectNone() {
+    table().clearSelection();
+    EXPECT_EQ(dialog->editingItem(), -1);
+  }
+
+  std::unique_ptr<CalibrationListWindowController> dialog;
+  std::vector<std::pair<int32_t, bool>> completed;
+};
+
+using Completed = std::vector<std::pair<int32_t, bool>>;
+
+TEST_F(CalibrationList, ShowsTenSlots) {
+  show(0);
+  ASSERT_EQ(table().model()->rowCount(), 10);
+  EXPECT_EQ(cells(0), QStringList({"1", "lens", "1706.00", "mm", "01/15/2025", "1280x720"}));
+  EXPECT_EQ(cells(1), QStringList({"2", "", "", "", "", ""}));
+  EXPECT_EQ(cells(3), QStringList({"4", "4x", "0.40", "μm", "", ""}));
+  EXPECT_EQ(cells(9), QStringList({"10", "last", "", "", "", ""}));
+  EXPECT_FALSE(table().verticalScrollBar()->isVisible()) << "all ten at once";
+}
+
+TEST_F(CalibrationList, OpensOnTheGivenRow) {
+  struct Row {
+    int32_t given;
+    int selected;
+  };
+  for (const Row& row : {Row{0, 0}, Row{9, 9}, Row{10, -1}, Row{-1, -1}}) {
+    CalibrationListWindowController list(&window, preferences);
+    list.setEditingItem(row.given);
+    const auto rows = list.findChild<QTableView*>()->selectionModel()->selectedRows();
+    EXPECT_EQ(rows.isEmpty() ? -1 : rows.front().row(), row.selected) << row.given;
+    EXPECT_EQ(list.editingItem(), row.given);
+  }
+}
+
+TEST_F(CalibrationList, TheRowInWorkFollowsTheSelection) {
+  show(0);
+  clickCell(4, 2);
+  EXPECT_TRUE(waitUntil([&] { return dialog->editingItem() == 4; }));
+  key("Down");
+  EXPECT_TRUE(waitUntil([&] { return dialog->editingItem() == 5; }));
+}
+
+TEST_F(CalibrationList, RenameAmendsTheNameAndSaves) {
+  startRename(0);
+  EXPECT_FALSE(nameField()->hasSelectedText());
+  xdotool({"type", " 2"});
+  key("Return");
+  EXPECT_TRUE(waitUntil([&] { return slotName(0) == "lens 2"; }));
+  EXPECT_EQ(saves(), 1);
+  EXPECT_EQ(cell(0, 1), "lens 2");
+  EXPECT_EQ(ends, 0) << "Return belongs to the field";
+  EXPECT_TRUE(completed.empty());
+}
+
+TEST_F(CalibrationList, ADoubleClickRenamesInTheNameColumnOnly) {
+  show(0);
+  const auto doubleClick = [&](int row, int column) {
+    moveTo(*table().viewport(), cellCentre(row, column));
+    xdotool({"click", "--repeat", "2", "--delay", "20", "1"});
+  };
+  for (const int column : {0, 2, 3, 4, 5}) {
+    doubleClick(3, column);
+    EXPECT_TRUE(waitUntil([&] { return dialog->editingItem() == 3; }));
+    EXPECT_FALSE(nameField()) << column;
+  }
+  doubleClick(5, 1);
+  ASSERT_TRUE(waitForNameField());
+  xdotool({"type", "new"});
+  key("Tab");
+  EXPECT_TRUE(waitUntil([&] { return slotName(5) == "new"; }));
+}
+
+TEST_F(CalibrationList, ANameIsTakenAsItIsTyped) {
+  startRename(1);
+  xdotool({"type", "a,b;c"});
+  key("Return");
+  EXPECT_TRUE(waitUntil([&] { return slotName(1) == "a,b;c"; }));
+}
+
+TEST_F(CalibrationList, EscapeInTheFieldKeepsTheNameAndTheSheet) {
+  startRename(0);
+  xdotool({"type", "x"});
+  key("Escape");
+  EXPECT_TRUE(waitUntil([&] { return !nameField(); }));
+  EXPECT_EQ(slotName(0), "lens");
+  EXPECT_EQ(saves(), 0);
+  EXPECT_EQ(ends, 0);
+}
+
+TEST_F(CalibrationList, AClickOnAnotherRowTakesTheNameForItsOwn) {
+  startRename(0);
+  xdotool({"type", "x"});
+  clickCell(6, 1);
+  EXPECT_TRUE(waitUntil([&] { return dialog->editingItem() == 6; }));
+  EXPECT_EQ(slotName(0), "lensx");
+  EXPECT_EQ(slotName(6), "");
+}
+
+TEST_F(CalibrationList, ClosingTakesTheNameThatIsBeingTyped) {
+  // By its key a button is pressed without taking the focus away from the field.
+  for (const char* how : {"alt+c", "alt+a", "alt+b", "alt+F4"}) {
+    ends = 0;
+    preferences.calibrations[0].name = "";
+    startRename(0);
+    xdotool({"type", "typed"});
+    key(how);
+    EXPECT_TRUE(ended()) << how;
+    EXPECT_EQ(slotName(0), "typed") << how;
+    goBack();
+  }
+}
+
+TEST_F(CalibrationList, RenameWithoutASelectionDoesNothing) {
+  show(0);
+  selectNone();
+  click(push("renameBtn"));
+  EXPECT_FALSE(nameField());
+  EXPECT_EQ(ends, 0);
+}
+
+TEST_F(CalibrationList, DeleteEmptiesTheSlotAndLeavesTheSheetOpen) {
+  preferences.calibration = 0;
+  show(0);
+  click(push("deleteBtn"));
+  EXPECT_TRUE(waitUntil([&] { return saves() == 1; }));
+  EXPECT_EQ(preferences.calibrations[0], CalibrationRecord());
+  EXPECT_EQ(cells(0), QStringList({"1", "", "", "", "", ""}));
+  EXPECT_EQ(preferences.calibration, 0);
+  EXPECT_EQ(dialog->editingItem(), 0);
+  EXPECT_EQ(ends, 0);
+  EXPECT_TRUE(completed.empty());
+}
+
+TEST_F(CalibrationList, DeletingTheSlotThatIsBeingRenamedEmptiesIt) {
+  startRename(0);
+  xdotool({"type", "x"});
+  key("alt+d");
+  EXPECT_TRUE(waitUntil([&] { return preferences.calibrations[0] == CalibrationRecord(); }));
+  EXPECT_TRUE(waitUntil([&] { return !nameField(); }));
+  EXPECT_EQ(slotName(0), "") << "the name did not come back with the end of its field";
+}
+
+TEST_F(CalibrationList, DeleteWithoutASelectionDoesNothing) {
+  show(0);
+  selectNone();
+  click(push("deleteBtn"));
+  EXPECT_EQ(saves(), 0);
+  EXPECT_EQ(slotName(0), "lens");
+  EXPECT_EQ(ends, 0);
+}
+
+TEST_F(CalibrationList, CalibrateHandsOverTheSelectedRow) {
+  show(0);
+  clickCell(3, 0);
+  click(push("calibrateBtn"));
+  EXPECT_TRUE(ended());
+  EXPECT_EQ(returnCode, 0);
+  EXPECT_EQ(completed, (Completed{{3, true}}));
+  EXPECT_EQ(dialog->editingItem(), 3);
+}
+
+TEST_F(CalibrationList, ApplyHandsOverTheSelectedRow) {
+  show(9);
+  click(push("applyBtn"));
+  EXPECT_TRUE(ended());
+  EXPECT_EQ(returnCode, 0);
+  EXPECT_EQ(completed, (Completed{{9, false}}));
+}
+
+TEST_F(CalibrationList, ReturnIsApply) {
+  show(3);
+  key("Return");
+  EXPECT_TRUE(ended());
+  EXPECT_EQ(completed, (Completed{{3, false}}));
+}
+
+TEST_F(CalibrationList, WithoutASelectionNoSlotIsHandedOverAndTheSheetEnds) {
+  for (const char* name : {"calibrateBtn", "applyBtn"}) {
+    ends = 0;
+    completed.clear();
+    show(0);
+    selectNone();
+    click(push(name));
+    EXPECT_TRUE(ended()) << name;
+    EXPECT_EQ(returnCode, 0);
+    ASSERT_EQ(completed.size(), 1U);
+    EXPECT_EQ(completed[0].first, -1) << name;
+    goBack();
+  }
+}
+
+TEST_F(CalibrationList, CloseEscapeAndTheTitleBarTellNobody) {
+  for (const char* how : {"alt+c", "Escape", "alt+F4"}) {
+    ends = 0;
+    show(3);
+    key(how);
+    EXPECT_TRUE(ended()) << how;
+    EXPECT_EQ(returnCode, 0) << how;
+    EXPECT_EQ(dialog->editingItem(), -1) << how;
+    EXPECT_TRUE(completed.empty()) << how;
+    EXPECT_EQ(saves(), 0) << how;
+    goBack();
+  }
+}
+
+}  // namespace
+}  // namespace tessary::test

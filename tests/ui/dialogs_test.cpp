@@ -1,0 +1,300 @@
+#include <QtWidgets/QComboBox>
+#include <QtWidgets/QDialogButtonBox>
+#include <QtWidgets/QFileDialog>
+#include <QtWidgets/QMenuBar>
+#include <QtWidgets/QMessageBox>
+#include <QtWidgets/QPushButton>
+#include <gtest/gtest.h>
+
+#include "Program.h"
+#include "base/FourCharCode.h"
+
+namespace tessary::test {
+namespace {
+
+constexpr const char* kMicroscope = "Microscope Item Identifier";
+constexpr const char* kOptions = "Options Item Identifier";
+
+template <typename T>
+T* sheet(Program& program) {
+  return program.window().findChild<T*>();
+}
+
+bool waitForSheet(Program& program) {
+  return waitUntil([&] {
+    auto* dialog = sheet<MicroscopeWindowController>(program);
+    return dialog && dialog->isActiveWindow();
+  });
+}
+
+QComboBox& box(QWidget& dialog, const char* name) {
+  return *dialog.findChild<QComboBox*>(QString::fromLatin1(name));
+}
+
+QPushButton& button(QWidget& dialog, QDialogButtonBox::StandardButton which) {
+  return *dialog.findChild<QDialogButtonBox*>()->button(which);
+}
+
+bool waitForOptions() {
+  return waitUntil(
+      [] { return gOptionsWindowController && gOptionsWindowController->isVisible(); });
+}
+
+TEST(MicroscopeSheet, ChoosingAMicroscopeMakesItLiveAndIsRemembered) {
+  Program program(Start{.remembered = false});
+  key("ctrl+m");
+  ASSERT_TRUE(waitForSheet(program));
+  key("Return");
+  EXPECT_TRUE(program.waitForPicture());
+  EXPECT_EQ(std::get<std::string>(program.store->values.at("uniqueID")), gCurrMicroscope->uniqueID);
+  EXPECT_FALSE(sheet<MicroscopeWindowController>(program));
+}
+
+TEST(MicroscopeSheet, PreselectsTheDefaultAndNotWhatIsInUse) {
+  Program program;
+  ASSERT_TRUE(program.waitForPicture());
+  click(program.button(kMicroscope));
+  ASSERT_TRUE(waitForSheet(program));
+  auto& dialog = *sheet<MicroscopeWindowController>(program);
+  EXPECT_EQ(box(dialog, "microscopeFld").currentText(), "Simulated Microscope");
+  EXPECT_EQ(box(dialog, "resolutionFld").count(), 3);
+  EXPECT_EQ(box(dialog, "resolutionFld").currentText(), "1280x720");
+}
+
+TEST(MicroscopeSheet, CancelChangesNothing) {
+  Program program;
+  ASSERT_TRUE(program.waitForPicture());
+  const int stored = program.store->storeCalls;
+  click(program.button(kMicroscope));
+  ASSERT_TRUE(waitForSheet(program));
+  key("Escape");
+  EXPECT_TRUE(waitUntil([&] { return !sheet<MicroscopeWindowController>(program); }));
+  EXPECT_EQ(program.store->storeCalls, stored);
+  EXPECT_TRUE(program.waitForPicture());
+}
+
+TEST(MicroscopeSheet, OkStartsTheSessionAnewEvenIfNothingChanged) {
+  Program program(Start{.width = 1280, .height = 720});
+  ASSERT_TRUE(program.waitForPicture());
+  click(program.button("Grid Item Identifier"));
+  const int stored = program.store->storeCalls;
+  click(program.button(kMicroscope));
+  ASSERT_TRUE(waitForSheet(program));
+  click(button(*sheet<MicroscopeWindowController>(program), QDialogButtonBox::Ok));
+  EXPECT_EQ(program.store->storeCalls, stored + 1);
+  EXPECT_TRUE(program.waitForPicture());
+}
+
+TEST(MicroscopeSheet, AMicroscopeThatComesRebuildsBothLists) {
+  Program program(Start{.plugged = false});
+  auto other = std::make_shared<MicroscopeInfo>();
+  other->name = "Other";
+  other->uniqueID = "other";
+  for (const int32_t width : {640, 1280, 1920})
+    other->resolutions.push_back(std::make_shared<Resolution>(Resolution{1, width, 480}));
+  other->defResolution = other->resolutions[1];
+  gMicroscopes.push_back(other);
+  key("ctrl+m");
+  ASSERT_TRUE(waitForSheet(program));
+  auto& dialog = *sheet<MicroscopeWindowController>(program);
+  box(dialog, "resolutionFld").setCurrentIndex(2);
+  program.microscope->plug();
+  EXPECT_TRUE(waitUntil([&] { return box(dialog, "microscopeFld").count() == 2; }));
+  EXPECT_EQ(box(dialog, "resolutionFld").currentIndex(), 1) << "back to the default";
+}
+
+TEST(MicroscopeSheet, EndsWhenTheLastMicroscopeGoes) {
+  Program program(Start{.remembered = false});
+  key("ctrl+m");
+  ASSERT_TRUE(waitForSheet(program));
+  program.microscope->unplug();
+  EXPECT_TRUE(waitUntil([&] { return !sheet<MicroscopeWindowController>(program); }));
+  EXPECT_FALSE(gCurrMicroscope);
+}
+
+TEST(MicroscopeSheet, AMicroscopeWithoutResolutionsCanNotBeOpened) {
+  Program program(Start{.remembered = false});
+  gMicroscopes.front()->resolutions.clear();
+  gMicroscopes.front()->defResolution.reset();
+  key("ctrl+m");
+  ASSERT_TRUE(waitForSheet(program));
+  auto& dialog = *sheet<MicroscopeWindowController>(program);
+  EXPECT_EQ(box(dialog, "resolutionFld").count(), 0);
+  EXPECT_FALSE(button(dialog, QDialogButtonBox::Ok).isEnabled());
+}
+
+TEST(Alerts, WithoutAMicroscopeItsItemSaysSo) {
+  Program program(Start{.plugged = false});
+  click(program.button(kMicroscope));
+  ASSERT_TRUE(waitUntil([&] { return sheet<QMessageBox>(program); }));
+  EXPECT_EQ(sheet<QMessageBox>(program)->text(), "No microscope found");
+  EXPECT_EQ(sheet<QMessageBox>(program)->informativeText(), "Please connect your microscope.");
+  key("Return");
+  EXPECT_TRUE(waitUntil([&] { return !sheet<QMessageBox>(program); }));
+}
+
+TEST(Alerts, WithoutAFolderItsItemSaysSo) {
+  Program program(Start{.plugged = false});
+  click(program.button("Folder Item Identifier"));
+  ASSERT_TRUE(waitUntil([&] { return sheet<QMessageBox>(program); }));
+  EXPECT_EQ(sheet<QMessageBox>(program)->text(), "Folder not initialized");
+  EXPECT_EQ(sheet<QMessageBox>(program)->informativeText(),
+            "Please try to capture/save a photo and setup the folder.");
+}
+
+TEST(Commands, WithoutASessionFourAreAvailableOnTheToolbarAndInTheMenuAlike) {
+  Program program(Start{.remembered = false});
+  ASSERT_TRUE(waitUntil([&] { return !program.isEnabled("Line Item Identifier"); }));
+  int enabled = 0;
+  for (const CommandInfo& info : allCommands()) enabled += program.isEnabled(info.identifier);
+  EXPECT_EQ(enabled, 4);
+  for (const char* identifier :
+       {"Help Item Identifier", kOptions, kMicroscope, "Folder Item Identifier"})
+    EXPECT_TRUE(program.isEnabled(identifier)) << identifier;
+  const auto menus = program.window().menuBar()->actions();
+  ASSERT_EQ(menus.size(), 4);
+  for (const MenuEntry& entry : menuItems()) {
+    const QAction* action = menus[entry.menu]->menu()->actions()[entry.position];
+    EXPECT_EQ(action->objectName(), commandInfo(entry.command).identifier);
+    EXPECT_EQ(action->isEnabled(), program.isEnabled(commandInfo(entry.command).identifier));
+  }
+}
+
+TEST(Commands, TheToolbarHasItsTwentyFourEntriesInTheirOrder) {
+  Program program(Start{.plugged = false});
+  const auto actions = program.find<QToolBar>("TessaryToolbar")->actions();
+  ASSERT_EQ(actions.size(), 24);
+  for (int i = 0; i < 24; ++i) {
+    const ToolbarEntry& entry = toolbarDefaultItems()[size_t(i)];
+    EXPECT_EQ(actions[i]->objectName(),
+              entry.flexibleSpace ? "" : commandInfo(entry.command).identifier);
+    EXPECT_EQ(actions[i]->icon().isNull(), entry.flexibleSpace);
+  }
+}
+
+TEST(Commands, AllTwentyButtonsFitTheSmallestWindow) {
+  Program program;
+  ASSERT_TRUE(program.waitForPicture());
+  ASSERT_EQ(program.window().width(), 640);
+  for (const CommandInfo& info : allCommands())
+    EXPECT_TRUE(program.button(info.identifier).isVisible()) << info.identifier;
+}
+
+TEST(Commands, AReticleReplacesAnotherAndASecondClickPutsItAway) {
+  Program program;
+  ASSERT_TRUE(program.waitForPicture());
+  const auto centre = [&] { return program.screenshot().pixelColor(320, 60); };
+  const auto isReticle = [](const QColor& c) { return c.red() < 20 && c.green() > 200; };
+  click(program.button("Crosshair Item Identifier"));
+  EXPECT_TRUE(waitUntil([&] { return isReticle(centre()); }));
+  click(program.button("Grid Item Identifier"));
+  EXPECT_TRUE(waitUntil([&] { return isReticle(program.screenshot().pixelColor(420, 60)); }))
+      << "the grid's line, 100 from the centre";
+  click(program.button("Grid Item Identifier"));
+  EXPECT_TRUE(waitUntil([&] { return !isReticle(centre()); }));
+}
+
+TEST(OptionsWindow, AskedForTwiceItComesForwardAsItIs) {
+  Program program(Start{.plugged = false});
+  click(program.button(kOptions));
+  ASSERT_TRUE(waitForOptions());
+  const auto* first = gOptionsWindowController.get();
+  box(*gOptionsWindowController, "textSizeFld").setCurrentIndex(0);
+  gOptionsWindowController->move(10, 400);
+  click(program.button(kOptions));
+  EXPECT_EQ(gOptionsWindowController.get(), first);
+  EXPECT_EQ(box(*gOptionsWindowController, "textSizeFld").currentIndex(), 0);
+}
+
+TEST(OptionsWindow, AfterOkOrCancelTheNextVisitBuildsAFreshOne) {
+  Program program(Start{.plugged = false});
+  for (const auto which : {QDialogButtonBox::Ok, QDialogButtonBox::Cancel}) {
+    click(program.button(kOptions));
+    ASSERT_TRUE(waitForOptions());
+    const QPoint place = gOptionsWindowController->pos();
+    gOptionsWindowController->move(10, 400);
+    click(button(*gOptionsWindowController, which));
+    EXPECT_TRUE(waitUntil([] { return !gOptionsWindowController; }));
+    click(program.button(kOptions));
+    ASSERT_TRUE(waitForOptions());
+    EXPECT_EQ(gOptionsWindowController->pos(), place) << "placed by the main window again";
+    click(button(*gOptionsWindowController, QDialogButtonBox::Cancel));
+    EXPECT_TRUE(waitUntil([] { return !gOptionsWindowController; }));
+  }
+}
+
+TEST(OptionsWindow, TheTextSizeIsSavedWithOkAndShowsAtItsIndex) {
+  Program program(Start{.plugged = false, .prepare = [](MemoryKeyValueStore& store) {
+                          store.values["textSize"] = int64_t(30);
+                        }});
+  click(program.button(kOptions));
+  ASSERT_TRUE(waitForOptions());
+  EXPECT_EQ(box(*gOptionsWindowController, "textSizeFld").count(), 37);
+  EXPECT_EQ(box(*gOptionsWindowController, "textSizeFld").currentIndex(), 18);
+  box(*gOptionsWindowController, "textSizeFld").setCurrentIndex(0);
+  box(*gOptionsWindowController, "photoFormatFld").setCurrentIndex(1);
+  click(button(*gOptionsWindowController, QDialogButtonBox::Ok));
+  EXPECT_EQ(gPreferences->textSize, 12);
+  EXPECT_EQ(gPreferences->font.pixelSize, 12);
+  EXPECT_EQ(std::get<int64_t>(program.store->values.at("imagePNG")), 1);
+}
+
+TEST(OptionsWindow, CancelChangesNothing) {
+  Program program(Start{.plugged = false});
+  click(program.button(kOptions));
+  ASSERT_TRUE(waitForOptions());
+  box(*gOptionsWindowController, "textSizeFld").setCurrentIndex(0);
+  click(button(*gOptionsWindowController, QDialogButtonBox::Cancel));
+  EXPECT_EQ(gPreferences->textSize, 26);
+  EXPECT_EQ(program.store->storeCalls, 0);
+}
+
+TEST(OptionsWindow, WithoutAFolderItsButtonStaysEmpty) {
+  Program program(Start{.plugged = false});
+  click(program.button(kOptions));
+  ASSERT_TRUE(waitForOptions());
+  EXPECT_EQ(gOptionsWindowController->findChild<QPushButton*>("folderFld")->text(), "");
+}
+
+TEST(OptionsWindow, AnUnknownPhotoFormatSelectsNothing) {
+  Program program(Start{.plugged = false, .prepare = [](MemoryKeyValueStore& store) {
+                          store.values["imagePNG"] = int64_t(7);
+                        }});
+  click(program.button(kOptions));
+  ASSERT_TRUE(waitForOptions());
+  EXPECT_EQ(box(*gOptionsWindowController, "photoFormatFld").currentIndex(), -1);
+  EXPECT_EQ(gPreferences->imagePNG, 7) << "not repaired";
+}
+
+TEST(OptionsWindow, ATextSizeOutOfRangeIsRepairedToTwentyFourInTheLiveSettings) {
+  Program program(Start{.plugged = false});
+  gPreferences->textSize = 50;
+  click(program.button(kOptions));
+  ASSERT_TRUE(waitForOptions());
+  EXPECT_EQ(gPreferences->textSize, 24);
+  EXPECT_EQ(program.store->storeCalls, 0);
+}
+
+TEST(HelpWindow, KeepsItsPlaceWhenItIsShownAgain) {
+  Program program(Start{.plugged = false});
+  key("F1");
+  ASSERT_TRUE(waitUntil([] {
+    return gCalibrationHelpWindowController && gCalibrationHelpWindowController->isVisible();
+  }));
+  const auto* first = gCalibrationHelpWindowController.get();
+  gCalibrationHelpWindowController->move(30, 500);
+  QPoint place;
+  EXPECT_TRUE(waitUntil([&] {
+    place = gCalibrationHelpWindowController->pos();
+    return place.y() > 400;
+  }));
+  gCalibrationHelpWindowController->close();
+  program.window().move(200, 80);
+  click(program.button("Help Item Identifier"));
+  ASSERT_TRUE(waitUntil([] { return gCalibrationHelpWindowController->isVisible(); }));
+  EXPECT_EQ(gCalibrationHelpWindowController.get(), first);
+  EXPECT_EQ(gCalibrationHelpWindowController->pos(), place);
+}
+
+}  // namespace
+}  // namespace tessary::test

@@ -1,0 +1,323 @@
+#include <QtCore/QDir>
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QFile>
+#include <QtCore/QTemporaryDir>
+#include <QtCore/QtEndian>
+#include <QtGui/QImage>
+#include <QtWidgets/QAbstractButton>
+#include <QtWidgets/QDialogButtonBox>
+#include <QtWidgets/QFileDialog>
+#include <QtWidgets/QLineEdit>
+#include <QtWidgets/QTableView>
+#include <gtest/gtest.h>
+
+#include "Program.h"
+#include "base/FourCharCode.h"
+
+namespace tessary::test {
+namespace {
+
+constexpr const char* kCalibration = "Calibration Item Identifier";
+constexpr const char* kShutter = "Shutter Item Identifier";
+constexpr const char* kRecord = "Record Item Identifier";
+constexpr const char* kText = "Text Item Identifier";
+constexpr const char* kLine = "Line Item Identifier";
+
+/// A program whose folder is chosen already.
+struct Rig {
+  explicit Rig(Start start = {}) : program(withFolder(std::move(start))) {}
+
+  Start withFolder(Start start) {
+    start.prepare = [this, before = start.prepare](MemoryKeyValueStore& store) {
+      const std::string path = folder.path().toStdString();
+      store.values["imagePath"] = KeyValueStore::Bytes(path.begin(), path.end());
+      if (before) before(store);
+    };
+    return start;
+  }
+  QStringList files() const { return QDir(folder.path()).entryList(QDir::Files, QDir::Name); }
+  bool waitForFiles(int count) {
+    return waitUntil([&] { return files().size() == count; });
+  }
+  QString path(const QString& name) const { return folder.filePath(name); }
+  template <typename T>
+  T* dialog() {
+    return program.window().findChild<T*>();
+  }
+  template <typename T>
+  bool waitFor() {
+    return waitUntil([&] {
+      auto* found = dialog<T>();
+      return found && found->isVisible() && found->isActiveWindow();
+    });
+  }
+  template <typename T>
+  bool waitForEnd() {
+    return waitUntil([&] { return !dialog<T>() || !dialog<T>()->isVisible(); });
+  }
+
+  QTemporaryDir folder;
+  Program program;
+};
+
+QAbstractButton& buttonOf(QWidget& dialog, const char* name) {
+  return *dialog.findChild<QAbstractButton*>(QString::fromLatin1(name));
+}
+
+/// The types of a movie file's outermost boxes, in their order.
+QStringList topLevelBoxes(const QString& path) {
+  QStringList types;
+  QFile file(path);
+  if (!file.open(QIODevice::ReadOnly)) return types;
+  for (qint64 at = 0; file.seek(at);) {
+    const QByteArray head = file.read(16);
+    if (head.size() < 8) break;
+    types << QString::fromLatin1(head.mid(4, 4));
+    quint64 size = qFromBigEndian<quint32>(head.constData());
+    if (size == 1 && head.size() == 16) size = qFromBigEndian<quint64>(head.constData() + 8);
+    if (size < 8) break;
+    at += qint64(size);
+  }
+  return types;
+}
+
+TEST(Stills, SpaceSavesOneAndTheNoticeNamesItForFourSeconds) {
+  Rig rig;
+  ASSERT_TRUE(rig.program.waitForPicture());
+  QElapsedTimer timer;
+  timer.start();
+  key("space");
+  ASSERT_TRUE(rig.waitForFiles(1));
+  auto* notice = rig.dialog<FileSavedWindowController>();
+  ASSERT_TRUE(notice && waitUntil([&] { return notice->isVisible(); }));
+  EXPECT_EQ(notice->findChild<QLabel*>("fileNameFld")->text(), rig.files()[0]);
+  EXPECT_TRUE(rig.program.window().isActiveWindow()) << "the notice takes no focus";
+  EXPECT_TRUE(waitUntil([&] { return !notice->isVisible(); }));
+  EXPECT_GE(timer.elapsed(), 3700);
+  const QImage still(rig.path(rig.files()[0]));
+  EXPECT_EQ(still.size(), QSize(640, 480));
+  EXPECT_TRUE(rig.files()[0].endsWith(".jpg"));
+}
+
+TEST(Stills, OneIsTheSameAtEveryZoomAndPan) {
+  Rig rig(Start{.prepare = [](MemoryKeyValueStore& s) { s.values["imagePNG"] = int64_t(1); }});
+  ASSERT_TRUE(rig.program.waitForPicture());
+  click(rig.program.button("Crosshair Item Identifier"));
+  rig.program.microscope->freeze(std::chrono::seconds(60));
+  // The last frame before the freeze has to be on screen.
+  QImage last;
+  ASSERT_TRUE(waitUntil([&] {
+    const QImage now = rig.program.screenshot();
+    return now == std::exchange(last, now);
+  }));
+  key("space");
+  ASSERT_TRUE(rig.waitForFiles(1));
+  rig.program.slider("zoomSlider").setValue(4);
+  drag(rig.program.container(), {300, 300}, {250, 260});
+  key("space");
+  ASSERT_TRUE(rig.waitForFiles(2));
+  rig.program.slider("zoomSlider").setValue(0);
+  key("space");
+  ASSERT_TRUE(rig.waitForFiles(3));
+  const QImage first(rig.path(rig.files()[0]));
+  EXPECT_EQ(first.size(), QSize(640, 480));
+  EXPECT_EQ(first.pixelColor(320, 5).green(), 230) << "the reticle is in it";
+  for (const QString& name : rig.files()) EXPECT_EQ(QImage(rig.path(name)), first);
+}
+
+TEST(Stills, WithoutAPictureNothingIsWrittenAndTheNoticeShowsAllTheSame) {
+  Rig rig(Start{.plugged = false});
+  key("space");
+  ASSERT_TRUE(waitUntil([&] { return rig.dialog<FileSavedWindowController>() != nullptr; }));
+  EXPECT_TRUE(waitUntil([&] { return rig.dialog<FileSavedWindowController>()->isVisible(); }));
+  EXPECT_TRUE(rig.files().isEmpty());
+}
+
+TEST(Stills, WithoutAFolderOneIsAskedForOnceAndKept) {
+  QTemporaryDir folder;
+  Program program;
+  ASSERT_TRUE(program.waitForPicture());
+  click(program.button(kShutter));
+  const auto chooser = [&] { return program.window().findChild<QFileDialog*>(); };
+  ASSERT_TRUE(waitUntil([&] { return chooser() && chooser()->isActiveWindow(); }));
+  key("Escape");
+  ASSERT_TRUE(waitUntil([&] { return !chooser(); }));
+  EXPECT_FALSE(gPreferences->url);
+  click(program.button(kShutter));
+  ASSERT_TRUE(waitUntil([&] { return chooser() && chooser()->isActiveWindow(); }));
+  xdotool({"type", folder.path()});
+  key("Return");
+  ASSERT_TRUE(waitUntil([&] { return QDir(folder.path()).count() > 2; }));
+  EXPECT_EQ(gPreferences->url, folder.path().toStdString());
+  EXPECT_TRUE(program.store->values.contains("imagePath"));
+}
+
+TEST(Movies, TheRecordSheetStartsAndStopsOne) {
+  Rig rig;
+  ASSERT_TRUE(rig.program.waitForPicture());
+  click(rig.program.button(kRecord));
+  ASSERT_TRUE(rig.waitFor<RecordWindowController>());
+  auto& sheet = *rig.dialog<RecordWindowController>();
+  click(buttonOf(sheet, "startBtn"));
+  auto* seconds = sheet.findChild<QLabel*>("secondsFld");
+  ASSERT_TRUE(waitUntil([&] { return seconds->text().toDouble() >= 1.5; }));
+  EXPECT_EQ(buttonOf(sheet, "closeBtn").text(), "Stop");
+  click(buttonOf(sheet, "closeBtn"));
+  EXPECT_TRUE(rig.waitForEnd<RecordWindowController>());
+  ASSERT_TRUE(rig.waitForFiles(1));
+  EXPECT_TRUE(rig.files()[0].endsWith(".mp4"));
+  // Finished is what is an ordinary movie.
+  EXPECT_TRUE(waitUntil([&] {
+    const QStringList boxes = topLevelBoxes(rig.path(rig.files()[0]));
+    return boxes.value(0) == "ftyp" && boxes.contains("mdat") && boxes.contains("moov") &&
+           !boxes.contains("moof");
+  })) << topLevelBoxes(rig.path(rig.files()[0])).join(' ').toStdString();
+}
+
+TEST(Movies, CloseBeforeTheStartTouchesNothing) {
+  Rig rig;
+  ASSERT_TRUE(rig.program.waitForPicture());
+  click(rig.program.button(kRecord));
+  ASSERT_TRUE(rig.waitFor<RecordWindowController>());
+  click(buttonOf(*rig.dialog<RecordWindowController>(), "closeBtn"));
+  EXPECT_TRUE(rig.waitForEnd<RecordWindowController>());
+  EXPECT_TRUE(rig.files().isEmpty());
+}
+
+TEST(Movies, AMicroscopeThatGoesAndComesBackGoesOnInTheSameOne) {
+  Rig rig;
+  ASSERT_TRUE(rig.program.waitForPicture());
+  click(rig.program.button(kRecord));
+  ASSERT_TRUE(rig.waitFor<RecordWindowController>());
+  auto& sheet = *rig.dialog<RecordWindowController>();
+  click(buttonOf(sheet, "startBtn"));
+  auto* seconds = sheet.findChild<QLabel*>("secondsFld");
+  ASSERT_TRUE(waitUntil([&] { return seconds->text().toDouble() >= 0.5; }));
+  rig.program.microscope->unplug();
+  ASSERT_TRUE(waitUntil([&] { return !gCurrMicroscope; }));
+  EXPECT_TRUE(sheet.isVisible());
+  rig.program.microscope->plug();
+  ASSERT_TRUE(rig.program.waitForPicture());
+  const double before = seconds->text().toDouble();
+  ASSERT_TRUE(waitUntil([&] { return seconds->text().toDouble() >= before + 0.5; }));
+  click(buttonOf(sheet, "closeBtn"));
+  EXPECT_TRUE(rig.waitForEnd<RecordWindowController>());
+  EXPECT_EQ(rig.files().size(), 1);
+}
+
+TEST(Texts, OneIsPlacedNearTheMiddleAndItsSpacesGoToTheSheet) {
+  Rig rig;
+  ASSERT_TRUE(rig.program.waitForPicture());
+  click(rig.program.button(kText));
+  ASSERT_TRUE(rig.waitFor<InputTextWindowController>());
+  EXPECT_TRUE(waitUntil([&] { return !rig.program.isEnabled(kLine); })) << "while the sheet is up";
+  xdotool({"type", "two words"});
+  key("Return");
+  ASSERT_TRUE(rig.waitForEnd<InputTextWindowController>());
+  EXPECT_TRUE(waitUntil([&] { return rig.program.isEnabled(kLine); }));
+  EXPECT_TRUE(rig.files().isEmpty()) << "no still was saved by the space";
+  EXPECT_TRUE(waitUntil([&] {
+    const QImage image = rig.program.screenshot();
+    int lit = 0;
+    for (int y = 200; y < 260; ++y)
+      for (int x = 330; x < 480; ++x) lit += image.pixelColor(x, y).red() == 0;
+    return lit > 200;
+  }));
+}
+
+TEST(Texts, AnUnpluggedMicroscopeTakesTheSheetAway) {
+  Rig rig;
+  ASSERT_TRUE(rig.program.waitForPicture());
+  click(rig.program.button(kText));
+  ASSERT_TRUE(rig.waitFor<InputTextWindowController>());
+  rig.program.microscope->unplug();
+  EXPECT_TRUE(rig.waitForEnd<InputTextWindowController>());
+}
+
+/// Opens the list and begins to calibrate its first slot.
+void beginCalibration(Rig& rig) {
+  click(rig.program.button(kCalibration));
+  ASSERT_TRUE(rig.waitFor<CalibrationListWindowController>());
+  click(buttonOf(*rig.dialog<CalibrationListWindowController>(), "calibrateBtn"));
+  ASSERT_TRUE(rig.waitForEnd<CalibrationListWindowController>());
+  ASSERT_TRUE(waitUntil([&] {
+    auto* window = rig.dialog<CalibrationWindowController>();
+    return window && window->isActiveWindow();
+  }));
+}
+
+TEST(Calibrations, ALengthFillsTheSlotAndBringsTheCrosshair) {
+  Rig rig;
+  ASSERT_TRUE(rig.program.waitForPicture());
+  ASSERT_NO_FATAL_FAILURE(beginCalibration(rig));
+  EXPECT_TRUE(waitUntil([&] { return !rig.program.isEnabled(kLine); })) << "while it is open";
+  xdotool({"type", "0.5"});
+  key("Return");
+  ASSERT_TRUE(rig.waitForEnd<CalibrationWindowController>());
+  const CalibrationRecord& slot = gPreferences->calibrations[0];
+  EXPECT_EQ(slot.pixels, 2 * 640 / 3);
+  EXPECT_EQ(slot.length, 0.5);
+  EXPECT_EQ(slot.ppu, slot.pixels / 0.5);
+  EXPECT_EQ(slot.unit, 0);
+  EXPECT_EQ(slot.resolution, 640 + 480 * 65536);
+  EXPECT_EQ(slot.name, "");
+  EXPECT_EQ(gPreferences->calibration, 0);
+  EXPECT_TRUE(waitUntil([&] { return rig.program.isEnabled(kLine); }));
+  EXPECT_TRUE(waitUntil([&] {
+    return rig.program.screenshot().pixelColor(320, 60).red() == 0;  // the crosshair's axis
+  }));
+}
+
+TEST(Calibrations, CancelChangesNeitherSlotNorCalibration) {
+  Rig rig;
+  ASSERT_TRUE(rig.program.waitForPicture());
+  const int stored = rig.program.store->storeCalls;
+  ASSERT_NO_FATAL_FAILURE(beginCalibration(rig));
+  key("Escape");
+  ASSERT_TRUE(rig.waitForEnd<CalibrationWindowController>());
+  EXPECT_EQ(gPreferences->calibrations[0], CalibrationRecord{});
+  EXPECT_EQ(rig.program.store->storeCalls, stored);
+  EXPECT_TRUE(waitUntil([&] { return rig.program.isEnabled(kLine); }));
+}
+
+TEST(Calibrations, ASessionThatStartsEndsOneWithItsLine) {
+  Rig rig;
+  ASSERT_TRUE(rig.program.waitForPicture());
+  ASSERT_NO_FATAL_FAILURE(beginCalibration(rig));
+  const auto lineShows = [&] { return rig.program.screenshot().pixelColor(320, 240).red() < 30; };
+  EXPECT_TRUE(waitUntil(lineShows));
+  rig.program.microscope->unplug();
+  rig.program.microscope->plug();
+  EXPECT_TRUE(rig.waitForEnd<CalibrationWindowController>());
+  ASSERT_TRUE(rig.program.waitForPicture());
+  EXPECT_TRUE(waitUntil([&] { return rig.program.isEnabled(kLine); }));
+}
+
+TEST(Calibrations, AStoredSlotThatIsNoneOpensTheListAtItsFirst) {
+  Rig rig(Start{.prepare = [](MemoryKeyValueStore& s) { s.values["calibration"] = int64_t(12); }});
+  ASSERT_TRUE(rig.program.waitForPicture());
+  click(rig.program.button(kCalibration));
+  ASSERT_TRUE(rig.waitFor<CalibrationListWindowController>());
+  EXPECT_EQ(rig.dialog<CalibrationListWindowController>()->editingItem(), 0);
+}
+
+TEST(Calibrations, ApplyingAnEmptySlotGoesBackToNone) {
+  Rig rig(Start{.prepare = [](MemoryKeyValueStore& s) {
+    s.values["calibrations"] = std::string("lens,0,400,1.000000,31457920,20250115;");
+    s.values["calibration"] = int64_t(0);
+  }});
+  ASSERT_TRUE(rig.program.waitForPicture());
+  for (const int row : {0, 4}) {
+    click(rig.program.button(kCalibration));
+    ASSERT_TRUE(rig.waitFor<CalibrationListWindowController>());
+    rig.dialog<CalibrationListWindowController>()->setEditingItem(row);
+    click(buttonOf(*rig.dialog<CalibrationListWindowController>(), "applyBtn"));
+    ASSERT_TRUE(rig.waitForEnd<CalibrationListWindowController>());
+    EXPECT_EQ(gPreferences->calibration, row);
+    EXPECT_EQ(gPreviewWindowController->getPreviewView().pixelsPerUnit(),
+              row == 0 ? 400.0F : -1.0F);
+  }
+}
+
+}  // namespace
+}  // namespace tessary::test

@@ -1,0 +1,375 @@
+#include <atomic>
+#include <cstdlib>
+#include <filesystem>
+#include <thread>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "FakeRasterizer.h"
+#include "FakeViewHost.h"
+#include "LogCapture.h"
+#include "ManualExecutor.h"
+#include "MemoryKeyValueStore.h"
+#include "settings/PathGrants.h"
+#include "view/PreviewView.h"
+
+namespace tessary {
+namespace {
+
+using std::chrono::milliseconds;
+using test::FakeRasterizer;
+using test::FakeViewHost;
+using test::ManualExecutor;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+/// Makes one byte of any picture, and remembers its size.
+class FakeEncoder final : public ImageEncoder {
+ public:
+  std::vector<uint8_t> encode(const PixelBuffer& picture) override {
+    encoded.push_back(picture.size());
+    return {0};
+  }
+  std::vector<TextureSize> encoded;
+};
+
+/// Remembers what it was asked to compose and present.
+class FakeCompositor final : public Compositor {
+ public:
+  void initBufferResources(TextureSize size) override { made = size; }
+  void clearBufferResources() override { made = {}; }
+  bool hasBufferResources() const override { return made != TextureSize{}; }
+  void compose(const PixelBuffer& frame, std::span<const PointVertex> lines,
+               std::span<const PointVertex> points) override {
+    composed.push_back(frame.size());
+    lineCount = lines.size();
+    pointCount = points.size();
+  }
+  void present(const Rect& picture, TextureSize) override { presented.push_back(picture); }
+  bool readBack(PixelBuffer&) override { return hasBufferResources(); }
+
+  TextureSize made;
+  std::vector<TextureSize> composed;
+  std::vector<Rect> presented;
+  size_t lineCount = 0;
+  size_t pointCount = 0;
+};
+
+/// A folder of its own that goes with it.
+class QuietFolder {
+ public:
+  QuietFolder() : path_(::testing::TempDir() + "tessary-view-XXXXXX") {
+    EXPECT_TRUE(mkdtemp(path_.data()));
+  }
+  ~QuietFolder() { std::filesystem::remove_all(path_); }
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+class RecordingDelegate final : public PreviewViewLocationDelegate {
+ public:
+  void previewViewFrameDidChange() override { calls.emplace_back("frame"); }
+  void previewViewLocationDidChange(Point) override { calls.emplace_back("location"); }
+  void previewViewZoomDidChange() override { calls.emplace_back("zoom"); }
+  std::vector<std::string> calls;
+};
+
+class PreviewViewTest : public ::testing::Test {
+ protected:
+  PreviewViewTest() {
+    host.container = {800, 600};
+    host.window = {{0, 100}, {800, 620}};
+    host.screen = {{0, 0}, {1920, 1080}};
+    host.titleBar = 20;
+    host.windowIsContainer = true;
+    view.setLocationDelegate(&delegate);
+  }
+
+  PreviewView::Surroundings surroundings() {
+    return {host,
+            compositor,
+            rasterizer,
+            preferences,
+            mainQueue,
+            jpegEncoder,
+            pngEncoder,
+            [](const std::string&, std::string&) { return nullptr; },
+            [this] { ++displays; },
+            [](const std::function<void()>& work) { work(); }};
+  }
+  static SampleBuffer frame(TextureSize size, milliseconds time = milliseconds(0)) {
+    return {std::make_shared<PixelBuffer>(size), time};
+  }
+  /// A frame, and what it leads to on the main thread.
+  void show(TextureSize size) {
+    view.updateVideoFrame(frame(size));
+    mainQueue.runAll();
+    draw();
+  }
+  bool draw() {
+    return view.drawInView({int32_t(host.container.width), int32_t(host.container.height)}, 1.0);
+  }
+  static MouseLocation at(double x, double y) { return {{x, y}, {x, 1080 - y}}; }
+
+  test::LogCapture log;
+  test::MemoryKeyValueStore store;
+  UserDefaults defaults{store};
+  PathGrants grants;
+  Preferences preferences{defaults, grants};
+  FakeViewHost host;
+  FakeCompositor compositor;
+  FakeRasterizer rasterizer;
+  ManualExecutor mainQueue;
+  RecordingDelegate delegate;
+  int displays = 0;
+  FakeEncoder jpegEncoder;
+  FakeEncoder pngEncoder;
+  PreviewView view{surroundings()};
+};
+
+TEST_F(PreviewViewTest, StartsWithoutAPicture) {
+  EXPECT_EQ(view.zoom(), -1);
+  EXPECT_EQ(view.bitmapWidth(), 100);
+  EXPECT_FALSE(draw());
+  EXPECT_EQ(view.getCurrScale(), 0);
+  EXPECT_EQ(view.getCurrOperation(), 0);
+}
+
+TEST_F(PreviewViewTest, TheFirstFrameFitsTheWindowAndShows) {
+  view.updateVideoFrame(frame({1280, 720}));
+  EXPECT_FALSE(draw()) << "the window is not laid out yet";
+  mainQueue.runAll();
+  EXPECT_EQ(view.zoom(), 2);
+  EXPECT_EQ(host.contentSize, (Size{1280, 720}));
+  EXPECT_TRUE(draw());
+  EXPECT_THAT(compositor.composed, ElementsAre(TextureSize{1280, 720}));
+}
+
+TEST_F(PreviewViewTest, FramesOfTheSameSizeLayOutOnce) {
+  show({640, 480});
+  host.calls.clear();
+  show({640, 480});
+  show({640, 480});
+  EXPECT_THAT(host.calls, IsEmpty());
+  EXPECT_EQ(compositor.composed.size(), 3U);
+}
+
+TEST_F(PreviewViewTest, AFrameSizeThatChangesWhileTheWindowIsLaidOutCountsInTheEnd) {
+  view.updateVideoFrame(frame({640, 480}));
+  view.updateVideoFrame(frame({1280, 720}));
+  view.updateVideoFrame(frame({800, 600}));
+  mainQueue.runAll();
+  EXPECT_EQ(view.bitmapWidth(), 800);
+  EXPECT_EQ(host.contentSize, (Size{800, 600}));
+  EXPECT_TRUE(draw());
+  EXPECT_THAT(compositor.composed, ElementsAre(TextureSize{800, 600}));
+}
+
+TEST_F(PreviewViewTest, ALayoutThatWaitedWhileTheMicroscopeWentIsLeftOut) {
+  view.updateVideoFrame(frame({640, 480}));
+  view.stopPreview();
+  mainQueue.runAll();
+  EXPECT_EQ(view.zoom(), -1);
+  EXPECT_EQ(view.bitmapWidth(), 0);
+  EXPECT_THAT(host.calls, IsEmpty());
+  EXPECT_FALSE(draw());
+}
+
+TEST_F(PreviewViewTest, WorkThatWasQueuedDoesNotOutliveTheView) {
+  auto other = std::make_unique<PreviewView>(surroundings());
+  other->updateVideoFrame(frame({640, 480}));
+  other.reset();
+  mainQueue.runAll();
+  EXPECT_EQ(displays, 0);
+}
+
+TEST_F(PreviewViewTest, HoweverManyFramesComeOneWakeUpIsOnItsWay) {
+  show({640, 480});
+  displays = 0;
+  for (int i = 0; i < 100; ++i) view.updateVideoFrame(frame({640, 480}, milliseconds(33 * i)));
+  EXPECT_EQ(mainQueue.runAll(), 1);
+  EXPECT_EQ(displays, 1);
+}
+
+TEST_F(PreviewViewTest, AFrameBelow640By480FitsTheWindowAndIsCountedButNotShown) {
+  for (const TextureSize size : {TextureSize{639, 480}, TextureSize{640, 479}}) {
+    view.updateVideoFrame(frame(size, milliseconds(0)));
+    view.updateVideoFrame(frame(size, milliseconds(100)));
+    mainQueue.runAll();
+    EXPECT_EQ(host.contentSize, (Size{double(size.width), double(size.height)}));
+    EXPECT_FALSE(draw());
+    EXPECT_GT(view.videoFrameRate(), 0.0F);
+  }
+  EXPECT_THAT(compositor.composed, IsEmpty());
+}
+
+TEST_F(PreviewViewTest, StopForgetsThePictureAndTellsNobody) {
+  show({640, 480});
+  view.setCalibration(100.0F, 0);
+  view.startCalibration();
+  delegate.calls.clear();
+  view.stopPreview();
+  EXPECT_EQ(view.zoom(), -1);
+  EXPECT_EQ(view.bitmapWidth(), 0);
+  EXPECT_EQ(view.bitmapHeight(), 0);
+  EXPECT_EQ(view.viewLocation(), (Point{0, 0}));
+  EXPECT_THAT(delegate.calls, IsEmpty());
+  EXPECT_FALSE(draw());
+}
+
+TEST_F(PreviewViewTest, ReticleAndShapesAreComposedOverTheFrame) {
+  show({640, 480});
+  view.changeScale(1);
+  draw();
+  const size_t reticle = compositor.lineCount;
+  EXPECT_GT(reticle, 4U);
+  view.changeOperation(1);
+  ASSERT_TRUE(view.mouseDown(at(100, 100)));
+  view.mouseDragged(at(200, 100));
+  view.mouseUp(at(200, 100));
+  draw();
+  EXPECT_EQ(compositor.lineCount, reticle + 2 + 4) << "a line and two ticks";
+  view.removeLastShape();
+  draw();
+  EXPECT_EQ(compositor.lineCount, reticle);
+}
+
+TEST_F(PreviewViewTest, ATickWithoutAnythingNewComposesNothing) {
+  show({640, 480});
+  const size_t before = compositor.composed.size();
+  draw();
+  draw();
+  EXPECT_EQ(compositor.composed.size(), before);
+  EXPECT_EQ(compositor.presented.size(), before + 2);
+}
+
+TEST_F(PreviewViewTest, TheCalibrationLineHidesReticleAndShapesUntilItEnds) {
+  show({640, 480});
+  view.changeScale(2);
+  draw();
+  const size_t grid = compositor.lineCount;
+  view.startCalibration();
+  draw();
+  EXPECT_EQ(compositor.lineCount, 4U * 2 + 4U * 3 * 2);
+  view.stopCalibration();
+  draw();
+  EXPECT_EQ(compositor.lineCount, grid);
+}
+
+TEST_F(PreviewViewTest, EveryToolReturnsToHundredPercentAndSaysSo) {
+  show({640, 480});
+  view.zoomTo(4);
+  delegate.calls.clear();
+  view.changeOperation(7);
+  EXPECT_EQ(view.getCurrOperation(), 0);
+  EXPECT_EQ(view.zoom(), 2);
+  EXPECT_THAT(delegate.calls, ElementsAre("frame", "zoom"));
+}
+
+TEST_F(PreviewViewTest, ACalibrationReturnsToHundredPercentAndDoesNotSaySo) {
+  show({640, 480});
+  view.zoomTo(4);
+  delegate.calls.clear();
+  view.setCalibration(10.0F, 1);
+  EXPECT_EQ(view.zoom(), 2);
+  EXPECT_THAT(delegate.calls, ElementsAre("frame"));
+}
+
+TEST_F(PreviewViewTest, AwayFromHundredPercentTheMouseOnlyPans) {
+  host.windowIsContainer = false;
+  show({1280, 720});
+  view.zoomTo(4);
+  const Point before = view.viewLocation();
+  ASSERT_TRUE(view.mouseDown(at(400, 300)));
+  view.mouseDragged(at(390, 280));
+  view.mouseUp(at(390, 280));
+  EXPECT_EQ(view.viewLocation(), (Point{before.x + 10, before.y + 20}));
+}
+
+TEST_F(PreviewViewTest, AnArmedToolAwayFromHundredPercentNeitherDrawsNorPans) {
+  host.windowIsContainer = false;
+  show({1280, 720});
+  view.changeOperation(1);
+  view.zoomTo(4);
+  const Point before = view.viewLocation();
+  ASSERT_TRUE(view.mouseDown(at(400, 300)));
+  view.mouseDragged(at(390, 280));
+  view.mouseUp(at(390, 280));
+  EXPECT_EQ(view.viewLocation(), before);
+  draw();
+  EXPECT_EQ(compositor.lineCount, 0U);
+}
+
+TEST_F(PreviewViewTest, APressBesideTheViewIsNoneOfItsOwn) {
+  host.windowIsContainer = false;
+  show({640, 480});  // in a container of 800 by 600: a margin of 80 by 60
+  EXPECT_FALSE(view.mouseDown(at(40, 300)));
+  EXPECT_FALSE(view.mouseDown(at(400, 540)));
+  EXPECT_TRUE(view.mouseDown(at(400, 539)));
+  EXPECT_TRUE(view.mouseDown(at(80, 60)));
+}
+
+TEST_F(PreviewViewTest, AFrameSizeChangeDoesNotRebuildTheOverlay) {
+  show({640, 480});
+  view.changeScale(1);
+  draw();
+  const size_t lines = compositor.lineCount;
+  show({1280, 720});
+  EXPECT_EQ(compositor.lineCount, lines);
+  view.preferencesDidChange();
+  draw();
+  EXPECT_GT(compositor.lineCount, lines);
+}
+
+TEST_F(PreviewViewTest, AStillHasTheFramesSizeAtEveryZoom) {
+  QuietFolder folder;
+  preferences.url = folder.path();
+  show({1280, 720});
+  view.zoomTo(4);
+  EXPECT_TRUE(view.saveImageFile("a.jpg"));
+  preferences.imagePNG = 1;
+  EXPECT_TRUE(view.saveImageFile("b.png"));
+  EXPECT_THAT(jpegEncoder.encoded, ElementsAre(TextureSize{1280, 720}));
+  EXPECT_THAT(pngEncoder.encoded, ElementsAre(TextureSize{1280, 720}));
+}
+
+TEST_F(PreviewViewTest, AFrameTooSmallToBeComposedIsSavedAlone) {
+  QuietFolder folder;
+  preferences.url = folder.path();
+  show({320, 240});
+  EXPECT_TRUE(view.saveImageFile("a.jpg"));
+  EXPECT_THAT(jpegEncoder.encoded, ElementsAre(TextureSize{320, 240}));
+}
+
+TEST_F(PreviewViewTest, WithoutAPictureAStillIsSaidToBeSavedAndNothingIsWritten) {
+  QuietFolder folder;
+  preferences.url = folder.path();
+  EXPECT_TRUE(view.saveImageFile("a.jpg"));
+  EXPECT_THAT(jpegEncoder.encoded, IsEmpty());
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+
+TEST_F(PreviewViewTest, FramesMayComeFromAnotherThreadWhileTheMainThreadWorks) {
+  std::atomic<bool> done{false};
+  std::thread stream([&] {
+    for (int i = 0; i < 600; ++i)
+      view.updateVideoFrame(
+          frame(i / 100 % 2 ? TextureSize{800, 600} : TextureSize{640, 480}, milliseconds(i)));
+    done = true;
+  });
+  while (!done) {
+    mainQueue.runAll();
+    draw();
+    view.zoomTo(displays % 5);
+  }
+  stream.join();
+  view.stopPreview();
+  show({640, 480});
+  EXPECT_EQ(compositor.composed.back(), (TextureSize{640, 480}));
+}
+
+}  // namespace
+}  // namespace tessary
