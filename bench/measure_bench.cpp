@@ -1,0 +1,187 @@
+// What one event of the mouse costs while shapes with labels lie over the picture, and what a full
+// rebuild does. The second argument tells what draws the labels: 0 for plain blocks of about as
+// many pixels, which leaves this program's own work, 1 for the real letters.
+
+#include <QGuiApplication>
+#include <algorithm>
+#include <cstdlib>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include <benchmark/benchmark.h>
+
+#include "base/Log.h"
+#include "measure/MouseInteraction.h"
+#include "measure/OverlayRedraw.h"
+#include "measure/ShapeList.h"
+#include "platform/qt/QtTextRasterizer.h"
+#include "settings/Preferences.h"
+
+namespace tessary {
+namespace {
+
+constexpr TextureSize kFrame{1920, 1080};
+
+class BlockRasterizer final : public TextRasterizer {
+ public:
+  Size imageBounds(const std::string& text, const Font& font) override {
+    return {double(text.size()) * font.pixelSize / 2, double(font.pixelSize)};
+  }
+  void drawLine(const std::string& text, const Font& font, const Color&, double x, double baseline,
+                const Bitmap& bitmap) override {
+    const int32_t bottom = bitmap.height - int32_t(baseline);
+    const int32_t width = int32_t(text.size()) * font.pixelSize / 2;
+    for (int32_t y = bottom - font.pixelSize * 3 / 4; y < bottom; ++y) {
+      uint8_t* pixel = bitmap.data + y * bitmap.bytesPerRow + int32_t(x) * 4;
+      for (int32_t c = 0; c < width; c += 3, pixel += 12) std::fill_n(pixel, 4, uint8_t{200});
+    }
+  }
+};
+
+class NoStore final : public KeyValueStore {
+ public:
+  std::optional<Value> value(const std::string&) override { return {}; }
+  void store(std::span<const Entry>) override {}
+};
+
+class NoGrants final : public FolderGrants {
+ public:
+  std::optional<Bytes> bookmarkData(const std::string&) const override { return {}; }
+  std::optional<ResolvedFolder> resolveBookmarkData(const Bytes&) const override { return {}; }
+};
+
+class NoWindow final : public ViewHost {
+ public:
+  Size superviewFrameSize() const override { return {1920, 1080}; }
+  Rect frame() const override { return {}; }
+  Rect bounds() const override { return {}; }
+  void setFrame(const Rect&) override {}
+  void setBounds(const Rect&) override {}
+  void setFrameSize(Size) override {}
+  void setBoundsSize(Size) override {}
+  Rect windowFrame() const override { return {}; }
+  Rect screenFrame() const override { return {}; }
+  void setContentSize(Size) override {}
+  void setFrameOrigin(Point) override {}
+  void updateTrackingAreas() override {}
+};
+
+/// The overlay under a calibration, with so many labelled lines, the first one at (50, 60).
+struct Desk {
+  explicit Desk(benchmark::State& state) : isReal(state.range(1) != 0) {
+    preferences.lineColor = preferences.textColor = {0.0, 0.9, 0.9, 1.0};
+    preferences.font = {26};
+    geometry.frameSizeDidChange(texture);
+    geometry.zoomTo(-1);
+    calibration.setCalibration(3.7f, kUnitMillimetre);
+    const auto count = int32_t(state.range(0));
+    for (int32_t i = 0; i < count; ++i) {
+      shapes._opr1 = kOprLine;
+      const Point from{50.0 + i % 12 * 150, 60.0 + i / 12 % 20 * 50};
+      mouse.mouseDown(from, {});
+      mouse.mouseDragged({from.x + 100, from.y + 30}, {});
+      mouse.mouseUp({from.x + 100, from.y + 30});
+    }
+    state.counters["points"] = double(totalPoints.count);
+  }
+
+  bool isReal;
+  LogRedirection quiet{[](std::string_view) {}};
+  NoStore store;
+  UserDefaults defaults{store};
+  NoGrants grants;
+  Preferences preferences{defaults, grants};
+  TextureSize texture = kFrame;
+  NoWindow host;
+  ViewGeometry geometry{host, texture};
+  BlockRasterizer blocks;
+  QtTextRasterizer letters;
+  TextRasterizer& rasterizer = isReal ? static_cast<TextRasterizer&>(letters) : blocks;
+  Calibration calibration;
+  LinePrimitives lines{texture};
+  TextPrimitives text{rasterizer, preferences, texture};
+  MyDataArray<PointVertex> totalLines;
+  MyDataArray<PointVertex> totalPoints;
+  OverlayContext context{preferences, texture, calibration, lines, text, totalLines, totalPoints};
+  CalibrationLine calibrationLine{context};
+  Scale scale{context, calibrationLine};
+  ShapeList shapes{context};
+  OverlayRedraw overlay{context, scale, calibrationLine, shapes};
+  MouseInteraction mouse{shapes, calibrationLine, geometry, host, overlay};
+};
+
+void redrawSelectedShape(benchmark::State& state) {
+  Desk desk(state);
+  desk.shapes._iSelectedShape = 0;
+  for ([[maybe_unused]] auto _ : state) desk.shapes.redrawSelectedShape(0);
+}
+
+/// One event of a drag that moves the oldest shape, whose runs lie before all others.
+void dragAShape(benchmark::State& state) {
+  Desk desk(state);
+  desk.mouse.mouseDown({50, 60}, {0, 0});
+  double x = 0;
+  for ([[maybe_unused]] auto _ : state) {
+    x = x < 200 ? x + 1 : 0;
+    desk.mouse.mouseDragged({50 + x, 60}, {x, 0});
+  }
+  if (desk.shapes._iSelectedShape != 0) state.SkipWithError("no shape was selected");
+}
+
+/// Drawing a line out: its label changes its width with every event.
+void drawAShape(benchmark::State& state) {
+  Desk desk(state);
+  desk.shapes._opr1 = kOprLine;
+  desk.mouse.mouseDown({900, 500}, {});
+  double x = 0;
+  for ([[maybe_unused]] auto _ : state) {
+    x = x < 800 ? x + 7 : 0;
+    desk.mouse.mouseDragged({900 + x, 520}, {});
+  }
+}
+
+/// The mouse onto and off the oldest shape in turns: its frames move all runs behind it.
+void hoverAShape(benchmark::State& state) {
+  Desk desk(state);
+  bool on = false;
+  for ([[maybe_unused]] auto _ : state) {
+    on = !on;
+    desk.mouse.mouseMoved(on ? Point{50, 60} : Point{5, 5});
+  }
+}
+
+void redrawLinesAndPoints(benchmark::State& state) {
+  Desk desk(state);
+  desk.scale.changeScale(kScaleCrosshair);
+  desk.scale.calcGridPixelsAndLen();
+  for ([[maybe_unused]] auto _ : state) desk.overlay.redrawLinesAndPoints();
+}
+
+void shapesAndLetters(benchmark::internal::Benchmark* benchmark) {
+  benchmark->ArgNames({"shapes", "letters"})
+      ->ArgsProduct({{10, 100, 1000}, {0, 1}})
+      ->Unit(benchmark::kMicrosecond);
+}
+
+BENCHMARK(redrawSelectedShape)->Apply(shapesAndLetters);
+BENCHMARK(dragAShape)->Apply(shapesAndLetters);
+BENCHMARK(drawAShape)->Apply(shapesAndLetters);
+BENCHMARK(hoverAShape)->Apply(shapesAndLetters);
+BENCHMARK(redrawLinesAndPoints)
+    ->ArgNames({"shapes", "letters"})
+    ->ArgsProduct({{100}, {0, 1}})
+    ->Unit(benchmark::kMicrosecond);
+
+}  // namespace
+}  // namespace tessary
+
+int main(int argc, char** argv) {
+  setenv("QT_QPA_PLATFORM", "offscreen", 0);
+  const QGuiApplication application(argc, argv);
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  benchmark::RunSpecifiedBenchmarks();
+  return 0;
+}

@@ -1,0 +1,42 @@
+#!/usr/bin/env bash
+# Installs what is missing of the packages that this project needs, as root or with sudo.
+#   tools/packages.sh [build] [test] [usb]     default: build
+set -euo pipefail
+
+build=(g++ cmake ninja-build pkg-config qt6-base-dev libqt6opengl6-dev libgl-dev libegl-dev
+  libepoxy-dev libturbojpeg0-dev libyuv-dev libpng-dev libavcodec-dev libavformat-dev
+  libavutil-dev libudev-dev libfmt-dev libgtest-dev libgmock-dev libbenchmark-dev
+  fonts-open-sans libqt6svg6 libgl1-mesa-dri libegl-mesa0)
+test=(xvfb xauth openbox xdotool imagemagick x11-utils libumockdev-dev umockdev dbus-x11 ffmpeg
+  clang-format python3)
+usb=(qemu-system-x86 busybox-static kmod cpio v4l-utils udev python3)
+
+wanted=()
+for group in "${@:-build}"; do
+  case $group in
+    build) wanted+=("${build[@]}") ;;
+    test) wanted+=("${test[@]}") ;;
+    usb) wanted+=("${usb[@]}") ;;
+    *) echo "tools/packages.sh: no group '$group' (build, test, usb)" >&2; exit 2 ;;
+  esac
+done
+
+missing=()
+for package in "${wanted[@]}"; do
+  [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] ||
+    missing+=("$package")
+done
+[ ${#missing[@]} -gt 0 ] || exit 0
+
+sudo=()
+if [ "$(id -u)" -ne 0 ]; then
+  command -v sudo >/dev/null || {
+    echo "These packages are missing and can only be installed as root or with sudo: ${missing[*]}" >&2
+    exit 1
+  }
+  sudo=(sudo)
+fi
+echo "Installing ${missing[*]}"
+"${sudo[@]}" apt-get update -qq
+"${sudo[@]}" env DEBIAN_FRONTEND=noninteractive \
+  apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
