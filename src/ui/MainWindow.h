@@ -10,7 +10,7 @@ class MainWindow final : public QMainWindow {
  public:
   MainWindow();
 
-  /// Whether any of it may be seen: not minimised, and exposed by the window system.
+  /// Whether nothing of it can be seen: minimised, or not exposed by the window system.
   bool isOccluded() const;
 
  signals:

@@ -6,8 +6,6 @@
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QSlider>
 
-#include "base/Number.h"
-
 namespace tessary {
 namespace {
 

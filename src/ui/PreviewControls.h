@@ -15,7 +15,7 @@ namespace tessary {
 class PreviewControls final : public QObject {
   Q_OBJECT
  public:
-  /// Both must outlive it. The controls are made hidden-sized: the first layout places them.
+  /// Both must outlive it. The controls have no size until the first layout places them.
   PreviewControls(QWidget& container, PreviewView& previewView);
 
   void previewViewLocationDidChange(Point location);
@@ -49,7 +49,6 @@ class PreviewControls final : public QObject {
   QSlider* zoomSlider = nullptr;
   QLabel* zoomText = nullptr;
   QLabel* fpsText = nullptr;
-  bool settingSliders_ = false;
 };
 
 }  // namespace tessary
