@@ -46,7 +46,9 @@ TEST(PencilShape, IsAChainOfLinesThatIsHeldByItsEnds) {
 
 TEST(PencilShape, OfTwoPointsIsOneLineOfOneOrNoneNothing) {
   Desk desk;
-  expectLines(desk, addStroke(desk, {{1, 2}, {3, 4}}).lineVertices, {{1, 2, 3, 4}});
+  const SHAPE& stroke = addStroke(desk, {{1, 2}, {3, 4}});
+  expectLines(desk, stroke.lineVertices, {{1, 2, 3, 4}});
+  EXPECT_THAT(stroke.hitRects, ElementsAre(handle({1, 2}), handle({3, 4}), kNoRect, kNoRect));
   SHAPE& dot = addStroke(desk, {{5, 6}});
   EXPECT_EQ(dot.lineVertices.count, 0);
   EXPECT_THAT(dot.hitRects, Each(kNoRect));

@@ -317,6 +317,18 @@ TEST(MouseInteraction, ADragBesideAllShapesPansAndTells) {
   EXPECT_EQ(desk.geometry.viewLocation(), (Point{230, 180}));
 }
 
+TEST(MouseInteraction, ADragAfterThePressThatSetAThirdPointPansFromThatPress) {
+  Desk desk({640, 480}, {400, 300});
+  desk.changeOperation(kOprAngle);
+  desk.press({10, 10});
+  desk.drag({50, 10});
+  desk.release({50, 10});
+  desk.mouse.mouseDown({50, 60}, {500, 500});
+  ASSERT_EQ(desk.geometry.viewLocation(), (Point{120, 90}));
+  desk.mouse.mouseDragged({60, 60}, {510, 500});
+  EXPECT_EQ(desk.geometry.viewLocation(), (Point{110, 90}));
+}
+
 TEST(MouseInteraction, AwayFrom100PercentItOnlyPans) {
   Desk desk({640, 480}, {400, 300});
   desk.draw(kOprLine, {100, 100}, {200, 100});

@@ -216,8 +216,25 @@ TEST_F(PreviewViewTest, StopForgetsThePictureAndTellsNobody) {
   EXPECT_EQ(view.bitmapWidth(), 0);
   EXPECT_EQ(view.bitmapHeight(), 0);
   EXPECT_EQ(view.viewLocation(), (Point{0, 0}));
+  EXPECT_EQ(view.pixelsPerUnit(), -1.0F);
   EXPECT_THAT(delegate.calls, IsEmpty());
   EXPECT_FALSE(draw());
+}
+
+TEST_F(PreviewViewTest, StopTakesTheCalibrationLineAway) {
+  show({640, 480});
+  view.changeScale(1);
+  draw();
+  const size_t uncalibrated = compositor.lineCount;
+  view.setCalibration(100.0F, 0);
+  view.startCalibration();
+  draw();
+  ASSERT_NE(compositor.lineCount, uncalibrated);
+  view.stopPreview();
+  show({640, 480});
+  view.changeScale(1);
+  draw();
+  EXPECT_EQ(compositor.lineCount, uncalibrated);
 }
 
 TEST_F(PreviewViewTest, ReticleAndShapesAreComposedOverTheFrame) {
@@ -267,6 +284,27 @@ TEST_F(PreviewViewTest, EveryToolReturnsToHundredPercentAndSaysSo) {
   EXPECT_EQ(view.getCurrOperation(), 0);
   EXPECT_EQ(view.zoom(), 2);
   EXPECT_THAT(delegate.calls, ElementsAre("frame", "zoom"));
+}
+
+TEST_F(PreviewViewTest, AToolPickedAtHundredPercentSaysSoTooForASliderThatStandsElsewhere) {
+  show({640, 480});
+  ASSERT_EQ(view.zoom(), 2);
+  for (const int32_t op : {1, 7}) {
+    delegate.calls.clear();
+    view.changeOperation(op);
+    EXPECT_THAT(delegate.calls, ElementsAre("zoom")) << op;
+  }
+}
+
+TEST_F(PreviewViewTest, TheCalibrationLineComesAndGoesAtHundredPercentWithoutSayingSo) {
+  show({640, 480});
+  for (const auto operation : {&PreviewView::startCalibration, &PreviewView::stopCalibration}) {
+    view.zoomTo(4);
+    delegate.calls.clear();
+    (view.*operation)();
+    EXPECT_EQ(view.zoom(), 2);
+    EXPECT_THAT(delegate.calls, ElementsAre("frame"));
+  }
 }
 
 TEST_F(PreviewViewTest, ACalibrationReturnsToHundredPercentAndDoesNotSaySo) {

@@ -1,10 +1,15 @@
 // Looks at the screen of an Xvfb that was started with -fbdir: FILE is its Xvfb_screen0.
 //
-//   screen number FILE                       "NUMBER LEFT BOTTOM" of the microscope's picture; 1:
-//   none screen moving FILE COUNT SECONDS         waits for COUNT different pictures, prints them;
-//   1: too few screen gone FILE SECONDS                 waits until there is no picture; 1: it
-//   stays screen plain FILE LEFT TOP WIDTH HEIGHT  0: the rectangle has one colour only; 1: it has
-//   several screen save FILE PPM                     a screenshot
+//   screen number FILE
+//       "NUMBER LEFT BOTTOM" of the microscope's picture; 1: there is none
+//   screen moving FILE COUNT SECONDS
+//       waits for COUNT different pictures, prints them; 1: too few
+//   screen gone FILE SECONDS
+//       waits until there is no picture; 1: it stays
+//   screen plain FILE LEFT TOP WIDTH HEIGHT
+//       0: the rectangle has one colour only; 1: it has several
+//   screen save FILE PPM
+//       a screenshot
 //
 // Exit status 2: FILE can't be read, or the command is not understood.
 #include <chrono>
