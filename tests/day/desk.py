@@ -7,7 +7,10 @@ import time
 
 from picture import Picture
 
-PATIENCE = 60  # seconds; a busy machine may be slow, so this says only when to give up
+# On an emulated machine everything takes long, and little fits into a second of a movie.
+SLOW = 'TESSARY_SLOW_MACHINE' in os.environ
+# Seconds; a busy machine may be slow, so this says only when to give up.
+PATIENCE = 300 if SLOW else 60
 
 
 class Failure(Exception):
@@ -75,8 +78,8 @@ class Program:
     """The program under test. `settings` is the file that it keeps its settings in."""
 
     def __init__(self, program, log, environment=None):
-        self.settings = os.path.join(os.environ['XDG_CONFIG_HOME'], 'tessary-demo',
-                                     'tessary-demo.ini')
+        name = os.path.basename(program)
+        self.settings = os.path.join(os.environ['XDG_CONFIG_HOME'], name, name + '.ini')
         self.log = open(log, 'a', encoding='utf-8')
         self.process = subprocess.Popen([program], stdout=self.log, stderr=self.log,
                                         env={**os.environ, **(environment or {})})

@@ -1,6 +1,7 @@
 # Sourced by the scenarios of the whole program, $TESSARY: a virtual screen with a window manager, a
 # microscope to plug in, and the program, judged by what is on screen and by what it says. What is on
-# screen is proven by reading the number in each picture's strip off the virtual screen.
+# screen is proven by reading the number in each picture's strip off the virtual screen, of
+# $screen_size.
 . "$(dirname "$0")/checks.sh"
 
 screen=/tmp/screen/Xvfb_screen0
@@ -71,7 +72,7 @@ ended_well() {
 [ -x "${TESSARY:-}" ] || { fails "TESSARY names the program"; finish; }
 
 mkdir -p /tmp/screen
-Xvfb :7 -screen 0 1024x768x24 -fbdir /tmp/screen +extension GLX -nolisten tcp >"$out/Xvfb.log" 2>&1 &
+Xvfb :7 -screen 0 "${screen_size:-1024x768}x24" -fbdir /tmp/screen +extension GLX -nolisten tcp >"$out/Xvfb.log" 2>&1 &
 export DISPLAY=:7 QT_QPA_PLATFORM=xcb LIBGL_ALWAYS_SOFTWARE=1 NO_AT_BRIDGE=1
 screen_is_up() { xdotool getdisplaygeometry >/dev/null 2>&1; }
 need "the virtual screen is up" wait_for $answer screen_is_up

@@ -45,7 +45,7 @@ gaps() {
 now() { echo $((${EPOCHREALTIME/./} / 1000)); }
 
 mkdir -p "$folder" "$HOME/.config/tessary"
-printf '[General]\nimagePath=%s\n' "$folder" >"$HOME/.config/tessary/tessary.ini"
+printf '[General]\nimagePath=%s\nmaxRecord=0\n' "$folder" >"$HOME/.config/tessary/tessary.ini"
 
 start_microscope microscope --sizes 640x480
 need "the microscope is plugged in" wait_for $answer video_node_is_there

@@ -113,9 +113,6 @@ struct GlCompositor::Resources {
                           offset(offsetof(PointVertex, color)));
     glEnableVertexAttribArray(0);
     glEnableVertexAttribArray(1);
-
-    overlay.use();
-    glUniform2f(overlay.uniform("halfTexel"), halfTexel(size.width), halfTexel(size.height));
   }
 
   void drawOverlay(std::span<const PointVertex> lines, std::span<const PointVertex> points) {
@@ -139,12 +136,15 @@ struct GlCompositor::Resources {
       // OpenGL leaves out one end of a line, and which one is a matter of its direction and the
       // last bit. The ends by themselves make closed figures closed; first, so that later lines lie
       // over them.
+      glUniform2f(overlayShift, halfTexel(size.width), halfTexel(size.height));
       glDrawArrays(GL_POINTS, 0, GLsizei(lines.size()));
       glDrawArrays(GL_LINES, 0, GLsizei(lines.size()));
     } else {
       glBufferSubData(GL_ARRAY_BUFFER, 0, GLsizeiptr(points.size_bytes()), points.data());
     }
-    if (!points.empty()) glDrawArrays(GL_POINTS, GLint(lines.size()), GLsizei(points.size()));
+    if (points.empty()) return;
+    glUniform2f(overlayShift, labelShift(size.width), labelShift(size.height));
+    glDrawArrays(GL_POINTS, GLint(lines.size()), GLsizei(points.size()));
   }
 
   void drawPicture(const Rect& picture, TextureSize surface) const {
@@ -183,6 +183,7 @@ struct GlCompositor::Resources {
   GlVertexArray overlayVertices;  // over vertexBuffer
   GlVertexArray noVertices;
   GlProgram overlay{GlTarget::kTexture, kOverlayVertexShader, kOverlayFragmentShader};
+  GLint overlayShift = overlay.uniform("shift");
   Presenter exactPresenter{kPresentExactFragmentShader};
   Presenter filteredPresenter{kPresentFilteredFragmentShader};
 };

@@ -14,22 +14,24 @@ namespace tessary {
 /// A vertex of pixel (x, y) arrives as (x - W/2) / (W/2.0) with the half in the numerator a whole
 /// number. That is the pixel's centre for an odd W. For an even W it is the corner between four
 /// pixels, where the rounding of the last bit would choose the pixel: `halfTexel` moves it to the
-/// centre.
+/// centre. Labels can stand at half a pixel, where the same would happen: `labelShift` is less,
+/// which decides for the pixel before.
 inline constexpr std::string_view kOverlayVertexShader = R"(
 layout(location = 0) in vec4 position;
 layout(location = 1) in vec4 color;
-uniform vec2 halfTexel;  // in clip space, 0 along an odd axis
+uniform vec2 shift;  // in clip space
 out vec4 vertexColor;
 void main() {
-  gl_Position = vec4(position.x + halfTexel.x * position.w,
-                     halfTexel.y * position.w - position.y, position.zw);
+  gl_Position = vec4(position.x + shift.x * position.w,
+                     shift.y * position.w - position.y, position.zw);
   gl_PointSize = 1.0;
   vertexColor = color;
 }
 )";
 
-/// The shader's `halfTexel` along an axis of `size` pixels.
+/// The shader's `shift` along an axis of `size` pixels, for lines and for labels.
 constexpr float halfTexel(int32_t size) { return size % 2 == 0 ? 1.0F / float(size) : 0.0F; }
+constexpr float labelShift(int32_t size) { return halfTexel(size) - 0.5F / float(size); }
 
 inline constexpr std::string_view kOverlayFragmentShader = R"(
 in vec4 vertexColor;

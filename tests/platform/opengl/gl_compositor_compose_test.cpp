@@ -89,6 +89,23 @@ TEST(HalfTexel, MovesEveryVertexToItsTexelsCentreFarFromAnyRounding) {
   }
 }
 
+TEST_F(GlCompose, ALabelAtHalfAPixelLightsThePixelBefore) {
+  for (const TextureSize size : kSizes) {
+    // A vertex of (x + 1/2, y + 1/2): halfway to the next one along each axis.
+    std::vector<PointVertex> points;
+    Places places;
+    for (int32_t i = 0; i < size.height; ++i) {
+      PointVertex point = vertexAt(size, i, i);
+      point.position[0] += 1.0F / float(size.width);
+      point.position[1] -= 1.0F / float(size.height);
+      points.push_back(point);
+      places.emplace(i, i);
+    }
+    const PixelBuffer frame = plainFrame(size, {{0, 0, 0, 255}});
+    EXPECT_EQ(differences(composed(frame, {}, points), frame), places) << size.width;
+  }
+}
+
 TEST_F(GlCompose, EveryColumnAndRowIsHitExactlyOnce) {
   for (const TextureSize size : kSizes) {
     std::vector<PointVertex> points;

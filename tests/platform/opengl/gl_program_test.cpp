@@ -35,7 +35,7 @@ TEST_F(GlProgramMade, AllShadersCompile) {
   const GlProgram overlay(GlTarget::kTexture, kOverlayVertexShader, kOverlayFragmentShader);
   const GlProgram exact(GlTarget::kScreen, kPresentVertexShader, kPresentExactFragmentShader);
   const GlProgram filtered(GlTarget::kScreen, kPresentVertexShader, kPresentFilteredFragmentShader);
-  EXPECT_GE(overlay.uniform("halfTexel"), 0);
+  EXPECT_GE(overlay.uniform("shift"), 0);
   EXPECT_GE(exact.uniform("texelsPerPixel"), 0);
   EXPECT_GE(filtered.uniform("textureSizeInTexels"), 0);
   EXPECT_EQ(exact.uniform("textureSizeInTexels"), -1);
