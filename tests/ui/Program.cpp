@@ -1,5 +1,7 @@
 #include "Program.h"
 
+#include <algorithm>
+
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QProcess>
 #include <QtGui/QScreen>
@@ -124,6 +126,11 @@ QWidget& Program::button(const char* identifier) {
 }
 
 bool Program::isEnabled(const char* identifier) { return button(identifier).isEnabled(); }
+
+int Program::enabledCommands() {
+  return int(std::ranges::count_if(
+      allCommands(), [this](const CommandInfo& info) { return isEnabled(info.identifier); }));
+}
 
 }  // namespace tessary::test
 

@@ -1,3 +1,5 @@
+#include <QtCore/QTemporaryDir>
+#include <QtWidgets/QColorDialog>
 #include <QtWidgets/QComboBox>
 #include <QtWidgets/QDialogButtonBox>
 #include <QtWidgets/QFileDialog>
@@ -145,9 +147,7 @@ TEST(Alerts, WithoutAFolderItsItemSaysSo) {
 TEST(Commands, WithoutASessionFourAreAvailableOnTheToolbarAndInTheMenuAlike) {
   Program program(Start{.remembered = false});
   ASSERT_TRUE(waitUntil([&] { return !program.isEnabled("Line Item Identifier"); }));
-  int enabled = 0;
-  for (const CommandInfo& info : allCommands()) enabled += program.isEnabled(info.identifier);
-  EXPECT_EQ(enabled, 4);
+  EXPECT_EQ(program.enabledCommands(), 4);
   for (const char* identifier :
        {"Help Item Identifier", kOptions, kMicroscope, "Folder Item Identifier"})
     EXPECT_TRUE(program.isEnabled(identifier)) << identifier;
@@ -157,6 +157,28 @@ TEST(Commands, WithoutASessionFourAreAvailableOnTheToolbarAndInTheMenuAlike) {
     const QAction* action = menus[entry.menu]->menu()->actions()[entry.position];
     EXPECT_EQ(action->objectName(), commandInfo(entry.command).identifier);
     EXPECT_EQ(action->isEnabled(), program.isEnabled(commandInfo(entry.command).identifier));
+  }
+}
+
+TEST(Commands, OneFromTheMenuAndFromTheToolbarIsTheSame) {
+  Program program;
+  ASSERT_TRUE(program.waitForPicture());
+  const auto grid = [&](bool shown) {
+    const QColor color = program.screenshot().pixelColor(420, 60);
+    return (color.red() < 20 && color.green() > 200) == shown;
+  };
+  for (const bool menuFirst : {true, false}) {
+    const auto fromMenu = [] {
+      key("alt+e");
+      ASSERT_TRUE(waitUntil([] { return QApplication::activePopupWidget() != nullptr; }));
+      for (const char* name : {"Down", "Down", "Return"}) key(name);
+      ASSERT_TRUE(waitUntil([] { return QApplication::activePopupWidget() == nullptr; }));
+    };
+    const auto fromToolbar = [&] { click(program.button("Grid Item Identifier")); };
+    menuFirst ? fromMenu() : fromToolbar();
+    EXPECT_TRUE(waitUntil([&] { return grid(true); }));
+    menuFirst ? fromToolbar() : fromMenu();
+    EXPECT_TRUE(waitUntil([&] { return grid(false); }));
   }
 }
 
@@ -247,6 +269,47 @@ TEST(OptionsWindow, CancelChangesNothing) {
   click(button(*gOptionsWindowController, QDialogButtonBox::Cancel));
   EXPECT_EQ(gPreferences->textSize, 26);
   EXPECT_EQ(program.store->storeCalls, 0);
+}
+
+TEST(OptionsWindow, AChosenColourIsTakenWithOkAndForgottenWithCancel) {
+  Program program(Start{.plugged = false});
+  const Color before = gPreferences->lineColor;
+  for (const auto which : {QDialogButtonBox::Cancel, QDialogButtonBox::Ok}) {
+    click(program.button(kOptions));
+    ASSERT_TRUE(waitForOptions());
+    const auto chooser = [] { return gOptionsWindowController->findChild<QColorDialog*>(); };
+    click(*gOptionsWindowController->findChild<QWidget*>("lineColorFld"));
+    ASSERT_TRUE(waitUntil([&] { return chooser() && chooser()->isActiveWindow(); }));
+    chooser()->setCurrentColor(QColor(255, 0, 51));
+    key("Return");
+    ASSERT_TRUE(waitUntil([&] { return !chooser(); }));
+    EXPECT_EQ(gPreferences->lineColor, before) << "not before OK";
+    click(button(*gOptionsWindowController, which));
+    ASSERT_TRUE(waitUntil([] { return !gOptionsWindowController; }));
+    EXPECT_EQ(gPreferences->lineColor == before, which == QDialogButtonBox::Cancel);
+  }
+  EXPECT_FLOAT_EQ(float(gPreferences->lineColor.red), 1.0F);
+  EXPECT_NEAR(gPreferences->lineColor.blue, 0.2, 1e-4);
+}
+
+TEST(OptionsWindow, AChosenFolderStaysAlthoughTheWindowIsCancelled) {
+  QTemporaryDir folder;
+  Program program(Start{.plugged = false});
+  click(program.button(kOptions));
+  ASSERT_TRUE(waitForOptions());
+  const auto chooser = [] { return gOptionsWindowController->findChild<QFileDialog*>(); };
+  auto* folderFld = gOptionsWindowController->findChild<QPushButton*>("folderFld");
+  click(*folderFld);
+  ASSERT_TRUE(waitUntil([&] { return chooser() && chooser()->isActiveWindow(); }));
+  EXPECT_EQ(chooser()->windowTitle(), "Choose path to save image and video files");
+  xdotool({"type", folder.path()});
+  key("Return");
+  ASSERT_TRUE(waitUntil([&] { return !chooser(); }));
+  EXPECT_TRUE(folderFld->text().contains(folder.path())) << folderFld->text().toStdString();
+  click(button(*gOptionsWindowController, QDialogButtonBox::Cancel));
+  ASSERT_TRUE(waitUntil([] { return !gOptionsWindowController; }));
+  EXPECT_EQ(gPreferences->url, folder.path().toStdString());
+  EXPECT_TRUE(program.store->values.contains("imagePath"));
 }
 
 TEST(OptionsWindow, WithoutAFolderItsButtonStaysEmpty) {

@@ -210,11 +210,12 @@ TEST(Texts, OneIsPlacedNearTheMiddleAndItsSpacesGoToTheSheet) {
   ASSERT_TRUE(rig.program.waitForPicture());
   click(rig.program.button(kText));
   ASSERT_TRUE(rig.waitFor<InputTextWindowController>());
-  EXPECT_TRUE(waitUntil([&] { return !rig.program.isEnabled(kLine); })) << "while the sheet is up";
+  EXPECT_TRUE(waitUntil([&] { return rig.program.enabledCommands() == 4; }))
+      << "while the sheet is up";
   xdotool({"type", "two words"});
   key("Return");
   ASSERT_TRUE(rig.waitForEnd<InputTextWindowController>());
-  EXPECT_TRUE(waitUntil([&] { return rig.program.isEnabled(kLine); }));
+  EXPECT_TRUE(waitUntil([&] { return rig.program.enabledCommands() == 20; }));
   EXPECT_TRUE(rig.files().isEmpty()) << "no still was saved by the space";
   EXPECT_TRUE(waitUntil([&] {
     const QImage image = rig.program.screenshot();
@@ -250,7 +251,7 @@ TEST(Calibrations, ALengthFillsTheSlotAndBringsTheCrosshair) {
   Rig rig;
   ASSERT_TRUE(rig.program.waitForPicture());
   ASSERT_NO_FATAL_FAILURE(beginCalibration(rig));
-  EXPECT_TRUE(waitUntil([&] { return !rig.program.isEnabled(kLine); })) << "while it is open";
+  EXPECT_TRUE(waitUntil([&] { return rig.program.enabledCommands() == 4; })) << "while it is open";
   xdotool({"type", "0.5"});
   key("Return");
   ASSERT_TRUE(rig.waitForEnd<CalibrationWindowController>());
@@ -262,7 +263,7 @@ TEST(Calibrations, ALengthFillsTheSlotAndBringsTheCrosshair) {
   EXPECT_EQ(slot.resolution, 640 + 480 * 65536);
   EXPECT_EQ(slot.name, "");
   EXPECT_EQ(gPreferences->calibration, 0);
-  EXPECT_TRUE(waitUntil([&] { return rig.program.isEnabled(kLine); }));
+  EXPECT_TRUE(waitUntil([&] { return rig.program.enabledCommands() == 20; }));
   EXPECT_TRUE(waitUntil([&] {
     return rig.program.screenshot().pixelColor(320, 60).red() == 0;  // the crosshair's axis
   }));
@@ -277,7 +278,7 @@ TEST(Calibrations, CancelChangesNeitherSlotNorCalibration) {
   ASSERT_TRUE(rig.waitForEnd<CalibrationWindowController>());
   EXPECT_EQ(gPreferences->calibrations[0], CalibrationRecord{});
   EXPECT_EQ(rig.program.store->storeCalls, stored);
-  EXPECT_TRUE(waitUntil([&] { return rig.program.isEnabled(kLine); }));
+  EXPECT_TRUE(waitUntil([&] { return rig.program.enabledCommands() == 20; }));
 }
 
 TEST(Calibrations, ASessionThatStartsEndsOneWithItsLine) {
@@ -290,7 +291,7 @@ TEST(Calibrations, ASessionThatStartsEndsOneWithItsLine) {
   rig.program.microscope->plug();
   EXPECT_TRUE(rig.waitForEnd<CalibrationWindowController>());
   ASSERT_TRUE(rig.program.waitForPicture());
-  EXPECT_TRUE(waitUntil([&] { return rig.program.isEnabled(kLine); }));
+  EXPECT_TRUE(waitUntil([&] { return rig.program.enabledCommands() == 20; }));
 }
 
 TEST(Calibrations, AStoredSlotThatIsNoneOpensTheListAtItsFirst) {
