@@ -407,7 +407,7 @@ class Day:
         seconds, frames = float(answer['format']['duration']), int(stream['nb_read_frames'])
         print(f'         movie: {seconds:.2f} s, {frames} frames', flush=True)
         # Frames are dropped where the machine can't encode them in time, and never shown late.
-        longest, fewest = (60, 1) if SLOW else (8, 12)
+        longest, fewest = (120, 0.2) if SLOW else (8, 12)
         check(4.5 < seconds < longest and fewest < frames / seconds < 31,
               f'{frames} frames in {seconds} s')
         frame = os.path.join(self.out, 'movie-frame.png')

@@ -26,11 +26,8 @@ constexpr qsizetype kLongestLine = 4096;
 constexpr qreal kWidestLine = 8e6;
 constexpr int32_t kLargestPixelSize = 480;
 
-/// One line of text as outlines, its baseline starting at 0, 0, with y downward.
-struct Line {
-  QPainterPath glyphs;
-  QRectF box;  // from ascent to descent, over the whole advance
-};
+/// More than a picture full of labels has, each up to some ten kilobytes of outlines.
+constexpr size_t kMostLinesKept = 512;
 
 QFont fontOf(const Font& font) {
   QFont result(kFamily);
@@ -52,7 +49,28 @@ QString oneLine(const std::string& text) {
   return line;
 }
 
-Line layOut(const std::string& text, const Font& font) {
+/// The smallest rectangle of whole pixels that holds `rect`. Filling works in sixty-fourths of a
+/// pixel, and so does this: what is smaller is noise.
+QRect wholePixels(const QRectF& rect) {
+  const auto low = [](qreal value) { return int(std::floor(std::round(value * 64.0) / 64.0)); };
+  const auto high = [](qreal value) { return int(std::ceil(std::round(value * 64.0) / 64.0)); };
+  const QPoint topLeft(low(rect.left()), low(rect.top()));
+  return {topLeft, QSize(high(rect.right()) - topLeft.x(), high(rect.bottom()) - topLeft.y())};
+}
+
+float component(double value) { return value > 0.0 ? float(std::min(value, 1.0)) : 0.0F; }
+
+}  // namespace
+
+/// One line of text as outlines, its baseline starting at 0, 0, with y downward.
+struct QtTextRasterizer::Line {
+  static Line of(const std::string& text, const Font& font);
+
+  QPainterPath glyphs;
+  QRectF box;  // from ascent to descent, over the whole advance
+};
+
+QtTextRasterizer::Line QtTextRasterizer::Line::of(const std::string& text, const Font& font) {
   QTextLayout layout(oneLine(text), fontOf(font));
   // From the left in every language: the line has no right edge to start from.
   QTextOption option(Qt::AlignLeft | Qt::AlignAbsolute);
@@ -82,26 +100,23 @@ Line layOut(const std::string& text, const Font& font) {
   return result;
 }
 
-/// The smallest rectangle of whole pixels that holds `rect`. Filling works in sixty-fourths of a
-/// pixel, and so does this: what is smaller is noise.
-QRect wholePixels(const QRectF& rect) {
-  const auto low = [](qreal value) { return int(std::floor(std::round(value * 64.0) / 64.0)); };
-  const auto high = [](qreal value) { return int(std::ceil(std::round(value * 64.0) / 64.0)); };
-  const QPoint topLeft(low(rect.left()), low(rect.top()));
-  return {topLeft, QSize(high(rect.right()) - topLeft.x(), high(rect.bottom()) - topLeft.y())};
-}
-
-float component(double value) { return value > 0.0 ? float(std::min(value, 1.0)) : 0.0F; }
-
-}  // namespace
-
 QtTextRasterizer::QtTextRasterizer() {
   if (QFontInfo(fontOf({})).family() != kFamily)
     log("The font {} is not installed; labels are drawn in another one.", kFamily.toStdString());
 }
 
+QtTextRasterizer::~QtTextRasterizer() = default;
+
+const QtTextRasterizer::Line& QtTextRasterizer::layOut(const std::string& text, const Font& font) {
+  const std::pair key(text, font.pixelSize);
+  const auto found = lines_.find(key);
+  if (found != lines_.end()) return *found->second;
+  if (lines_.size() >= kMostLinesKept) lines_.clear();
+  return *lines_.emplace(key, std::make_unique<Line>(Line::of(text, font))).first->second;
+}
+
 Size QtTextRasterizer::imageBounds(const std::string& text, const Font& font) {
-  const Line line = layOut(text, font);
+  const Line& line = layOut(text, font);
   if (line.glyphs.isEmpty()) return {};
   const QRect bounds = wholePixels(line.glyphs.boundingRect());
   return {double(bounds.width()), double(bounds.height())};
@@ -115,7 +130,7 @@ void QtTextRasterizer::drawLine(const std::string& text, const Font& font, const
   QImage image(bitmap.data, bitmap.width, bitmap.height, bitmap.bytesPerRow,
                QImage::Format_ARGB32_Premultiplied);
   if (image.isNull()) return;
-  const Line line = layOut(text, font);
+  const Line& line = layOut(text, font);
   const QPointF origin(x, bitmap.height - baseline);
 
   QPainter painter(&image);
