@@ -38,7 +38,7 @@ std::vector<std::shared_ptr<const PixelBuffer>> makePictures(TextureSize size) {
     for (size_t i = 0; i < picture->byteCount(); ++i) {
       const int x = int(i / 4 % size_t(size.width));
       const int base = (x + n * 8) % 160 < 80 ? 60 : 180;
-      picture->data()[i] = i % 4 == 3 ? 255 : uint8_t(base + int(random() >> 24U) % 32);
+      picture->data()[i] = i % 4 == 3 ? uint8_t{255} : uint8_t(base + int(random() >> 24U) % 32);
     }
     pictures.push_back(std::move(picture));
   }
