@@ -20,12 +20,13 @@ void* countedAllocation(size_t size) {
 
 }  // namespace
 
-void* operator new(size_t size) { return countedAllocation(size); }
-void* operator new[](size_t size) { return countedAllocation(size); }
-void operator delete(void* block) noexcept { std::free(block); }
-void operator delete[](void* block) noexcept { std::free(block); }
-void operator delete(void* block, size_t) noexcept { std::free(block); }
-void operator delete[](void* block, size_t) noexcept { std::free(block); }
+// Not inlined, so that the compiler does not take one half of a pair for foreign to the other.
+[[gnu::noinline]] void* operator new(size_t size) { return countedAllocation(size); }
+[[gnu::noinline]] void* operator new[](size_t size) { return countedAllocation(size); }
+[[gnu::noinline]] void operator delete(void* block) noexcept { std::free(block); }
+[[gnu::noinline]] void operator delete[](void* block) noexcept { std::free(block); }
+[[gnu::noinline]] void operator delete(void* block, size_t) noexcept { std::free(block); }
+[[gnu::noinline]] void operator delete[](void* block, size_t) noexcept { std::free(block); }
 
 namespace tessary::test {
 namespace {
