@@ -13,6 +13,7 @@ namespace {
 
 /// What both auxiliary windows do when they are asked for again: they come forward where they are.
 void showAgain(QWidget& window) {
+  window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
   window.show();
   window.raise();
   window.activateWindow();

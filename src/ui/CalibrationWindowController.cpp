@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include <QtGui/QScreen>
+#include <QtGui/QShortcut>
 #include <QtGui/QValidator>
 
 #include "base/Log.h"
@@ -43,6 +44,8 @@ CalibrationWindowController::CalibrationWindowController(QWidget* parent,
   connect(ui_->buttonBox, &QDialogButtonBox::accepted, this, &Self::okClicked);
   connect(ui_->buttonBox, &QDialogButtonBox::rejected, this, &Self::cancelClicked);
   connect(ui_->buttonBox, &QDialogButtonBox::helpRequested, this, &Self::helpClicked);
+  auto* helpKey = new QShortcut(QKeySequence::HelpContents, this);
+  connect(helpKey, &QShortcut::activated, this, &Self::helpClicked);
 }
 
 CalibrationWindowController::~CalibrationWindowController() = default;

@@ -72,7 +72,12 @@ void OptionsWindowController::folderClicked() {
 }
 
 void OptionsWindowController::showFolder() {
-  ui_->folderFld->setText(preferences_.url ? QString::fromStdString(*preferences_.url) : QString());
+  QString text;
+  if (preferences_.url) {
+    const QUrl url = QUrl::fromLocalFile(QString::fromStdString(*preferences_.url));
+    text = url.toString(QUrl::FullyEncoded);
+  }
+  ui_->folderFld->setText(text.replace('&', "&&"));  // one alone would underline what follows
 }
 
 }  // namespace tessary

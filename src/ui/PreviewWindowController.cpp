@@ -49,7 +49,7 @@ void PreviewWindowController::windowDidLoad() {
       surroundings_.captureSystem, surroundings_.catalogue, gCurrMicroscope,
       surroundings_.preferences, surroundings_.mainQueue, *this});
   capture_->setupCaptureSession();
-  window_.move(window_.x(), kTopMargin);
+  window_.move(window_.x(), window_.screen()->geometry().y() + kTopMargin);
   connect(containerView, &PreviewContainerView::frameDidChange, this,
           &PreviewWindowController::containerViewFrameDidChange);
   connect(&window_, &MainWindow::occlusionStateDidChange, this,
@@ -113,8 +113,8 @@ void PreviewWindowController::fpsTimerAct() {
     controls_->clearStatus();
     return;
   }
-  if (gCurrMicroscope->currResolution)
-    controls_->showStatus(*gCurrMicroscope->currResolution, previewView->videoFrameRate());
+  const auto& resolution = gCurrMicroscope->currResolution;
+  controls_->showStatus(resolution ? *resolution : Resolution{}, previewView->videoFrameRate());
 }
 
 void PreviewWindowController::keyDown(QKeyEvent& event) {

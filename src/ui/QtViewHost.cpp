@@ -9,14 +9,14 @@
 namespace tessary {
 namespace {
 
-/// Height of the primary screen, from whose bottom edge y counts upwards.
-double desktopHeight() {
+/// The primary screen's bottom edge, from which y counts upwards.
+double desktopBottom() {
   const QScreen* primary = QGuiApplication::primaryScreen();
-  return primary ? primary->geometry().height() : 0;
+  return primary ? primary->geometry().y() + primary->geometry().height() : 0;
 }
 
 Rect turned(const QRect& rect) {
-  return {{double(rect.x()), desktopHeight() - rect.y() - rect.height()},
+  return {{double(rect.x()), desktopBottom() - rect.y() - rect.height()},
           {double(rect.width()), double(rect.height())}};
 }
 
@@ -64,10 +64,10 @@ void QtViewHost::setContentSize(Size size) {
 
 void QtViewHost::setFrameOrigin(Point origin) {
   const QRect frame = window_.frameGeometry();
-  const QPoint topLeft(int(origin.x), int(desktopHeight() - origin.y - frame.height()));
+  const QPoint topLeft(int(origin.x), int(desktopBottom() - origin.y - frame.height()));
   if (topLeft != frame.topLeft()) window_.move(topLeft);
 }
 
-Point QtViewHost::screenPoint(Point global) { return {global.x, desktopHeight() - global.y}; }
+Point QtViewHost::screenPoint(Point global) { return {global.x, desktopBottom() - global.y}; }
 
 }  // namespace tessary

@@ -177,6 +177,13 @@ TEST_F(CalibrationWindow, HelpStandsBesideItsButtonUntilTheNextClick) {
   EXPECT_TRUE(completed.empty());
 }
 
+TEST_F(CalibrationWindow, TheHelpKeyShowsItsHelp) {
+  show();
+  key("F1");
+  EXPECT_TRUE(waitUntil([&] { return popover() != nullptr; }));
+  EXPECT_TRUE(completed.empty());
+}
+
 TEST_F(CalibrationWindow, HelpStandsAboveItsButtonAtTheLowerEdgeOfTheScreen) {
   show();
   const QRect screen = dialog->screen()->availableGeometry();

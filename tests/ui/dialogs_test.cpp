@@ -6,6 +6,8 @@
 #include <QtWidgets/QMenuBar>
 #include <QtWidgets/QMessageBox>
 #include <QtWidgets/QPushButton>
+#include <QtWidgets/QToolButton>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "Program.h"
@@ -105,6 +107,32 @@ TEST(MicroscopeSheet, AMicroscopeThatComesRebuildsBothLists) {
   EXPECT_EQ(box(dialog, "resolutionFld").currentIndex(), 1) << "back to the default";
 }
 
+TEST(MicroscopeSheet, SelectsTheMicroscopeInUseAndTheMiddleWhereNoneIsTheDefault) {
+  Program program;
+  ASSERT_TRUE(program.waitForPicture());
+  auto other = std::make_shared<MicroscopeInfo>();
+  other->name = "Other";
+  other->uniqueID = "other";
+  for (const int32_t width : {640, 800, 1280, 1920})
+    other->resolutions.push_back(std::make_shared<Resolution>(Resolution{1, width, 480}));
+  other->defResolution = std::make_shared<Resolution>(Resolution{1, 1024, 480});
+  gMicroscopes.insert(gMicroscopes.begin(), other);
+  click(program.button(kMicroscope));
+  ASSERT_TRUE(waitForSheet(program));
+  auto& dialog = *sheet<MicroscopeWindowController>(program);
+  EXPECT_EQ(box(dialog, "microscopeFld").currentIndex(), 1);
+  box(dialog, "microscopeFld").setFocus();
+  key("Up");
+  EXPECT_TRUE(waitUntil([&] { return box(dialog, "resolutionFld").count() == 4; }));
+  EXPECT_EQ(box(dialog, "resolutionFld").currentIndex(), 2);
+  EXPECT_THAT(program.log.lines(), ::testing::Contains("onSelMicroscope: 4 -1"));
+  // The last of four as the default.
+  other->defResolution = other->resolutions[3];
+  key("Down");
+  key("Up");
+  EXPECT_TRUE(waitUntil([&] { return box(dialog, "resolutionFld").currentIndex() == 3; }));
+}
+
 TEST(MicroscopeSheet, EndsWhenTheLastMicroscopeGoes) {
   Program program(Start{.remembered = false});
   key("ctrl+m");
@@ -182,16 +210,97 @@ TEST(Commands, OneFromTheMenuAndFromTheToolbarIsTheSame) {
   }
 }
 
+struct Shown {
+  const char* identifier;
+  const char* label;
+  const char* toolTip;
+  const char* image;
+};
+constexpr Shown kSpace{nullptr, nullptr, nullptr, nullptr};
+constexpr Shown kToolbar[] = {
+    {"Help Item Identifier", "Help", "How to measure with microscope...", "Help"},
+    {"Options Item Identifier", "Options", "Preferences...", "Cog"},
+    {"Microscope Item Identifier", "Microscope", "Open microscope, change resolution",
+     "Microscope"},
+    kSpace,
+    {"Shutter Item Identifier", "Shutter", "Snap image", "Shutter"},
+    {"Record Item Identifier", "Record", "Record video", "Record"},
+    {"Folder Item Identifier", "Folder", "Open folder of saved image and video files", "Folder"},
+    kSpace,
+    {"Calibration Item Identifier", "Calibration", "Manage calibration data", "Calibration"},
+    {"Crosshair Item Identifier", "Crosshair", "Show/hide crosshair", "Crosshair"},
+    {"Grid Item Identifier", "Grid", "Show/hide grid", "Grid"},
+    {"Concentric Item Identifier", "Concentric", "Show/hide concentric", "Concentric"},
+    kSpace,
+    {"Line Item Identifier", "Line", "Measure a line", "Line"},
+    {"Line2 Item Identifier", "Line2", "Measure parallel lines", "Line2"},
+    {"Circle Item Identifier", "Circle", "Measure a circle", "Circle"},
+    {"Rectangle Item Identifier", "Rectangle", "Measure a rectangle", "Rectangle"},
+    {"Angle Item Identifier", "Angle", "Measure an angle", "Angle"},
+    {"Pencil Item Identifier", "Pencil", "Draw with a pencil", "Pencil"},
+    {"Text Item Identifier", "Text", "Draw some text", "Text"},
+    {"Drag Item Identifier", "Stop measure", "Stop measure", "None"},
+    kSpace,
+    {"Delete Last Item Identifier", "Delete Last", "Delete last measure shape", "DelLast"},
+    {"Delet All Item Identifier", "Delete All", "Delete all measure shapes", "DelAll"},
+};
+
 TEST(Commands, TheToolbarHasItsTwentyFourEntriesInTheirOrder) {
   Program program(Start{.plugged = false});
   const auto actions = program.find<QToolBar>("TessaryToolbar")->actions();
-  ASSERT_EQ(actions.size(), 24);
-  for (int i = 0; i < 24; ++i) {
-    const ToolbarEntry& entry = toolbarDefaultItems()[size_t(i)];
-    EXPECT_EQ(actions[i]->objectName(),
-              entry.flexibleSpace ? "" : commandInfo(entry.command).identifier);
-    EXPECT_EQ(actions[i]->icon().isNull(), entry.flexibleSpace);
+  ASSERT_EQ(actions.size(), qsizetype(std::size(kToolbar)));
+  for (int i = 0; i < actions.size(); ++i) {
+    const Shown& shown = kToolbar[i];
+    SCOPED_TRACE(i);
+    EXPECT_EQ(actions[i]->objectName(), shown.identifier);
+    EXPECT_EQ(actions[i]->icon().isNull(), shown.identifier == nullptr);
+    if (!shown.identifier) continue;
+    auto& button = dynamic_cast<QToolButton&>(program.button(shown.identifier));
+    EXPECT_EQ(button.toolTip(), shown.toolTip);
+    EXPECT_EQ(button.toolButtonStyle(), Qt::ToolButtonIconOnly);
+    const auto infos = allCommands();
+    const auto info = std::ranges::find_if(infos, [&](const CommandInfo& candidate) {
+      return std::string_view(candidate.identifier) == shown.identifier;
+    });
+    ASSERT_NE(info, infos.end());
+    EXPECT_STREQ(info->label, shown.label);
+    EXPECT_STREQ(info->imageName, shown.image);
   }
+}
+
+TEST(Commands, TheMenuHasEighteenOfThemAtTheirPlaces) {
+  Program program(Start{.plugged = false});
+  const auto menus = program.window().menuBar()->actions();
+  ASSERT_EQ(menus.size(), 4);
+  const char* const microscope[] = {"Microscope Item Identifier", "Folder Item Identifier", nullptr,
+                                    "Shutter Item Identifier", "Record Item Identifier"};
+  const char* const measure[] = {"Calibration Item Identifier",
+                                 nullptr,
+                                 "Crosshair Item Identifier",
+                                 "Grid Item Identifier",
+                                 "Concentric Item Identifier",
+                                 nullptr,
+                                 "Line Item Identifier",
+                                 "Line2 Item Identifier",
+                                 "Circle Item Identifier",
+                                 "Rectangle Item Identifier",
+                                 "Angle Item Identifier",
+                                 "Pencil Item Identifier",
+                                 "Drag Item Identifier",
+                                 "Text Item Identifier",
+                                 nullptr,
+                                 "Delete Last Item Identifier",
+                                 "Delet All Item Identifier"};
+  const auto expectMenu = [&](int menu, std::span<const char* const> identifiers) {
+    const auto actions = menus[menu]->menu()->actions();
+    ASSERT_EQ(actions.size(), qsizetype(identifiers.size()));
+    for (int i = 0; i < actions.size(); ++i) {
+      EXPECT_EQ(actions[i]->isSeparator(), identifiers[size_t(i)] == nullptr) << menu << " " << i;
+      EXPECT_EQ(actions[i]->objectName(), identifiers[size_t(i)]) << menu << " " << i;
+    }
+  };
+  expectMenu(1, microscope);
+  expectMenu(2, measure);
 }
 
 TEST(Commands, AllTwentyButtonsFitTheSmallestWindow) {
@@ -305,7 +414,7 @@ TEST(OptionsWindow, AChosenFolderStaysAlthoughTheWindowIsCancelled) {
   xdotool({"type", folder.path()});
   key("Return");
   ASSERT_TRUE(waitUntil([&] { return !chooser(); }));
-  EXPECT_TRUE(folderFld->text().contains(folder.path())) << folderFld->text().toStdString();
+  EXPECT_EQ(folderFld->text(), "file://" + folder.path());
   click(button(*gOptionsWindowController, QDialogButtonBox::Cancel));
   ASSERT_TRUE(waitUntil([] { return !gOptionsWindowController; }));
   EXPECT_EQ(gPreferences->url, folder.path().toStdString());
@@ -317,6 +426,27 @@ TEST(OptionsWindow, WithoutAFolderItsButtonStaysEmpty) {
   click(program.button(kOptions));
   ASSERT_TRUE(waitForOptions());
   EXPECT_EQ(gOptionsWindowController->findChild<QPushButton*>("folderFld")->text(), "");
+}
+
+TEST(OptionsWindow, AFolderIsShownAsAnAddressWithoutUnderliningAnything) {
+  Program program(Start{.plugged = false});
+  gPreferences->url = "/tmp/a&b c";
+  click(program.button(kOptions));
+  ASSERT_TRUE(waitForOptions());
+  EXPECT_EQ(gOptionsWindowController->findChild<QPushButton*>("folderFld")->text(),
+            "file:///tmp/a&&b%20c");
+}
+
+TEST(OptionsWindow, MinimisedItComesBackWhenItIsAskedForAgain) {
+  Program program(Start{.plugged = false});
+  click(program.button(kOptions));
+  ASSERT_TRUE(waitForOptions());
+  gOptionsWindowController->showMinimized();
+  ASSERT_TRUE(waitUntil([] { return gOptionsWindowController->isMinimized(); }));
+  click(program.button(kOptions));
+  EXPECT_TRUE(waitUntil([] {
+    return !gOptionsWindowController->isMinimized() && gOptionsWindowController->isActiveWindow();
+  }));
 }
 
 TEST(OptionsWindow, AnUnknownPhotoFormatSelectsNothing) {

@@ -3,6 +3,7 @@
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QtEndian>
+#include <QtGui/QAccessible>
 #include <QtGui/QImage>
 #include <QtWidgets/QAbstractButton>
 #include <QtWidgets/QDialogButtonBox>
@@ -90,7 +91,9 @@ TEST(Stills, SpaceSavesOneAndTheNoticeNamesItForFourSeconds) {
   ASSERT_TRUE(rig.waitForFiles(1));
   auto* notice = rig.dialog<FileSavedWindowController>();
   ASSERT_TRUE(notice && waitUntil([&] { return notice->isVisible(); }));
-  EXPECT_EQ(notice->findChild<QLabel*>("fileNameFld")->text(), rig.files()[0]);
+  auto* name = notice->findChild<QLabel*>("fileNameFld");
+  EXPECT_EQ(name->text(), rig.files()[0]);
+  EXPECT_EQ(QAccessible::queryAccessibleInterface(name)->text(QAccessible::Name), rig.files()[0]);
   EXPECT_TRUE(rig.program.window().isActiveWindow()) << "the notice takes no focus";
   EXPECT_TRUE(waitUntil([&] { return !notice->isVisible(); }));
   EXPECT_GE(timer.elapsed(), 3700);
@@ -250,6 +253,7 @@ void beginCalibration(Rig& rig) {
 TEST(Calibrations, ALengthFillsTheSlotAndBringsTheCrosshair) {
   Rig rig;
   ASSERT_TRUE(rig.program.waitForPicture());
+  gPreferences->calibrations[0].name = "Objective 4x";
   ASSERT_NO_FATAL_FAILURE(beginCalibration(rig));
   EXPECT_TRUE(waitUntil([&] { return rig.program.enabledCommands() == 4; })) << "while it is open";
   xdotool({"type", "0.5"});
@@ -261,7 +265,8 @@ TEST(Calibrations, ALengthFillsTheSlotAndBringsTheCrosshair) {
   EXPECT_EQ(slot.ppu, slot.pixels / 0.5);
   EXPECT_EQ(slot.unit, 0);
   EXPECT_EQ(slot.resolution, 640 + 480 * 65536);
-  EXPECT_EQ(slot.name, "");
+  EXPECT_EQ(slot.date, QDate::currentDate().toString("yyyyMMdd").toInt());
+  EXPECT_EQ(slot.name, "Objective 4x");
   EXPECT_EQ(gPreferences->calibration, 0);
   EXPECT_TRUE(waitUntil([&] { return rig.program.enabledCommands() == 20; }));
   EXPECT_TRUE(waitUntil([&] {
@@ -269,28 +274,60 @@ TEST(Calibrations, ALengthFillsTheSlotAndBringsTheCrosshair) {
   }));
 }
 
-TEST(Calibrations, CancelChangesNeitherSlotNorCalibration) {
+TEST(Calibrations, CancelChangesNeitherSlotNorCalibrationAndBringsTheReticleBack) {
   Rig rig;
   ASSERT_TRUE(rig.program.waitForPicture());
+  PreviewView& view = gPreviewWindowController->getPreviewView();
+  view.setCalibration(50.0F, 1);
+  view.changeScale(2);
+  const auto gridShows = [&] { return rig.program.screenshot().pixelColor(320, 60).red() == 0; };
+  ASSERT_TRUE(waitUntil(gridShows));
   const int stored = rig.program.store->storeCalls;
   ASSERT_NO_FATAL_FAILURE(beginCalibration(rig));
+  EXPECT_TRUE(waitUntil([&] { return !gridShows(); }));
   key("Escape");
   ASSERT_TRUE(rig.waitForEnd<CalibrationWindowController>());
+  EXPECT_TRUE(waitUntil(gridShows));
+  EXPECT_EQ(view.pixelsPerUnit(), 50.0F);
   EXPECT_EQ(gPreferences->calibrations[0], CalibrationRecord{});
   EXPECT_EQ(rig.program.store->storeCalls, stored);
   EXPECT_TRUE(waitUntil([&] { return rig.program.enabledCommands() == 20; }));
+}
+
+TEST(Calibrations, WithoutASelectedSlotNothingIsCalibratedOrApplied) {
+  for (const char* name : {"calibrateBtn", "applyBtn"}) {
+    SCOPED_TRACE(name);
+    Rig rig;
+    ASSERT_TRUE(rig.program.waitForPicture());
+    PreviewView& view = gPreviewWindowController->getPreviewView();
+    view.setCalibration(50.0F, 1);
+    const int stored = rig.program.store->storeCalls;
+    click(rig.program.button(kCalibration));
+    ASSERT_TRUE(rig.waitFor<CalibrationListWindowController>());
+    auto& list = *rig.dialog<CalibrationListWindowController>();
+    list.findChild<QTableView*>()->setCurrentIndex({});
+    click(buttonOf(list, name));
+    ASSERT_TRUE(rig.waitForEnd<CalibrationListWindowController>());
+    EXPECT_FALSE(rig.dialog<CalibrationWindowController>());
+    EXPECT_EQ(view.pixelsPerUnit(), 50.0F);
+    EXPECT_EQ(rig.program.store->storeCalls, stored);
+  }
 }
 
 TEST(Calibrations, ASessionThatStartsEndsOneWithItsLine) {
   Rig rig;
   ASSERT_TRUE(rig.program.waitForPicture());
   ASSERT_NO_FATAL_FAILURE(beginCalibration(rig));
-  const auto lineShows = [&] { return rig.program.screenshot().pixelColor(320, 240).red() < 30; };
+  const auto lineShows = [&] {
+    const QColor color = rig.program.screenshot().pixelColor(320, 240);
+    return color.red() < 20 && color.green() > 200;
+  };
   EXPECT_TRUE(waitUntil(lineShows));
   rig.program.microscope->unplug();
   rig.program.microscope->plug();
   EXPECT_TRUE(rig.waitForEnd<CalibrationWindowController>());
   ASSERT_TRUE(rig.program.waitForPicture());
+  EXPECT_TRUE(waitUntil([&] { return !lineShows(); }));
   EXPECT_TRUE(waitUntil([&] { return rig.program.enabledCommands() == 20; }));
 }
 

@@ -92,9 +92,15 @@ TEST(MainWindow, AShrunkenWindowNeverShowsASliderBeyondItsRange) {
   ASSERT_TRUE(waitUntil([&] { return program.container().width() == 540; }));
   EXPECT_EQ(program.slider("horizontalSlider").maximum(), 960 - 540);
   EXPECT_EQ(program.slider("horizontalSlider").value(), 960 - 640) << "the pan stays";
+  // To the ends of both ranges, which are shorter in a larger window.
+  program.slider("horizontalSlider").setValue(960 - 540);
+  program.slider("verticalSlider").setValue(0);
   program.window().resize(program.window().size() + QSize(100, 60));
   ASSERT_TRUE(waitUntil([&] { return program.container().width() == 640; }));
-  EXPECT_LE(program.slider("horizontalSlider").value(), 960 - 640);
+  const PreviewView& view = gPreviewWindowController->getPreviewView();
+  EXPECT_EQ(view.viewLocation(), (Point{960 - 640, 720 - 480}));
+  EXPECT_EQ(program.slider("horizontalSlider").value(), 960 - 640);
+  EXPECT_EQ(program.slider("verticalSlider").value(), 0);
 }
 
 TEST(MainWindow, DraggingThePictureMovesTheSlidersWithIt) {
@@ -120,9 +126,19 @@ TEST(MainWindow, ToolsPutTheZoomBackToHundredPercent) {
 TEST(MainWindow, DeleteWithoutASelectionChangesNothing) {
   Program program;
   ASSERT_TRUE(program.waitForPicture());
-  click(program.container(), {320, 100});
+  click(program.button("Line Item Identifier"));
+  drag(program.container(), {200, 100}, {300, 100});
+  const auto lineShows = [&] {
+    const QColor color = program.screenshot().pixelColor(250, 100);
+    return color.red() < 20 && color.green() > 200;
+  };
+  ASSERT_TRUE(waitUntil(lineShows));
+  click(program.container(), {320, 300});
   key("Delete");
-  EXPECT_TRUE(program.window().isVisible());
+  EXPECT_TRUE(lineShows());
+  click(program.container(), {200, 100});
+  key("Delete");
+  EXPECT_TRUE(waitUntil([&] { return !lineShows(); })) << "with one it goes";
 }
 
 TEST(MainWindow, AMinimisedWindowPassesNoFramesOn) {
