@@ -1,5 +1,7 @@
 #include "app/Application.h"
 
+#include <csignal>
+
 #include <QtGui/QIcon>
 #include <QtGui/QSurfaceFormat>
 #include <QtWidgets/QApplication>
@@ -29,7 +31,10 @@ std::unique_ptr<QApplication> makeApplication(int& argc, char** argv, const std:
 }
 
 Application::Application(int& argc, char** argv, const std::string& name)
-    : application_(makeApplication(argc, argv, name)), platform_(name) {}
+    : application_(makeApplication(argc, argv, name)), platform_(name) {
+  // A file that may not grow further is an error like a full disk, and no reason to end.
+  std::signal(SIGXFSZ, SIG_IGN);
+}
 
 Application::~Application() = default;
 

@@ -25,9 +25,7 @@ Platform::Platform()
       compositor(std::make_unique<GlCompositor>()),
       jpegEncoder(std::make_unique<JpegImageEncoder>()),
       pngEncoder(std::make_unique<PngImageEncoder>()),
-      makeAssetWriter([](const std::string& path, std::string&) -> std::unique_ptr<AssetWriter> {
-        return std::make_unique<FfmpegAssetWriter>(path);
-      }) {}
+      makeAssetWriter(makeFfmpegAssetWriterFactory()) {}
 
 Platform::Platform(const std::string& name) : Platform() {
   store = std::make_unique<QtKeyValueStore>(name, name);

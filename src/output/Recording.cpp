@@ -145,6 +145,7 @@ void Recording::startFailed(const std::string& reason) {
 void Recording::appendMovieFrame(SampleBuffer frame) {
   if (++framesUnderWay_ > kFramesUnderWay) {
     --framesUnderWay_;
+    log("Dropping buffer");
     loseFrame();
     return;
   }

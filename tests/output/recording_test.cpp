@@ -245,6 +245,7 @@ TEST_F(RecordingTest, FramesThatPileUpAreLostAndCounted) {
     recording->appendMovieFrame({nullptr, MediaTime(i)});
   }
   EXPECT_EQ(recording->lostFrames(), 3U);
+  EXPECT_THAT(log.lines(), ElementsAre("Dropping buffer", "Dropping buffer", "Dropping buffer"));
   EXPECT_EQ(recordingQueue->runAll(), Recording::kFramesUnderWay);
   frame(100);  // there is room again
   EXPECT_THAT(journal.take(), Contains("1: frame 100"));
