@@ -38,7 +38,6 @@ class PreviewControls final : public QObject {
   void verticalSliderFrameDidChange();
   void zoomSliderFrameDidChange();
   void showZoom();
-  void showLocation();
   static int mapZoom100(int32_t zoom);
 
   QWidget& container_;
