@@ -1,6 +1,7 @@
 #include <QtCore/QDir>
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QFile>
+#include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QtEndian>
 #include <QtGui/QAccessible>
@@ -175,6 +176,28 @@ TEST(Movies, TheRecordSheetStartsAndStopsOne) {
     return boxes.value(0) == "ftyp" && boxes.contains("mdat") && boxes.contains("moov") &&
            !boxes.contains("moof");
   })) << topLevelBoxes(rig.path(rig.files()[0])).join(' ').toStdString();
+}
+
+TEST(Movies, OneMadeAtAnotherZoomHasTheFramesSize) {
+  Rig rig;
+  ASSERT_TRUE(rig.program.waitForPicture());
+  rig.program.slider("zoomSlider").setValue(4);
+  click(rig.program.button(kRecord));
+  ASSERT_TRUE(rig.waitFor<RecordWindowController>());
+  auto& sheet = *rig.dialog<RecordWindowController>();
+  click(buttonOf(sheet, "startBtn"));
+  auto* seconds = sheet.findChild<QLabel*>("secondsFld");
+  ASSERT_TRUE(waitUntil([&] { return seconds->text().toDouble() >= 0.5; }));
+  click(buttonOf(sheet, "closeBtn"));
+  ASSERT_TRUE(rig.waitForEnd<RecordWindowController>());
+  ASSERT_TRUE(waitUntil([&] {
+    return rig.files().size() == 1 && topLevelBoxes(rig.path(rig.files()[0])).contains("mdat");
+  }));
+  QProcess probe;
+  probe.start("ffprobe", {"-v", "error", "-show_entries", "stream=width,height", "-of", "csv=p=0",
+                          rig.path(rig.files()[0])});
+  ASSERT_TRUE(probe.waitForFinished());
+  EXPECT_EQ(probe.readAllStandardOutput().trimmed(), "640,480");
 }
 
 TEST(Movies, CloseBeforeTheStartTouchesNothing) {
