@@ -156,15 +156,21 @@ TEST(Stills, WithoutAFolderOneIsAskedForOnceAndKept) {
   EXPECT_TRUE(program.store->values.contains("imagePath"));
 }
 
-TEST(Movies, TheRecordSheetStartsAndStopsOne) {
-  Rig rig;
-  ASSERT_TRUE(rig.program.waitForPicture());
+/// Starts a movie in the record sheet, and waits until the sheet shows so many seconds.
+void record(Rig& rig, double seconds) {
   click(rig.program.button(kRecord));
   ASSERT_TRUE(rig.waitFor<RecordWindowController>());
   auto& sheet = *rig.dialog<RecordWindowController>();
   click(buttonOf(sheet, "startBtn"));
-  auto* seconds = sheet.findChild<QLabel*>("secondsFld");
-  ASSERT_TRUE(waitUntil([&] { return seconds->text().toDouble() >= 1.5; }));
+  const auto* shown = sheet.findChild<QLabel*>("secondsFld");
+  ASSERT_TRUE(waitUntil([&] { return shown->text().toDouble() >= seconds; }));
+}
+
+TEST(Movies, TheRecordSheetStartsAndStopsOne) {
+  Rig rig;
+  ASSERT_TRUE(rig.program.waitForPicture());
+  ASSERT_NO_FATAL_FAILURE(record(rig, 1.5));
+  auto& sheet = *rig.dialog<RecordWindowController>();
   EXPECT_EQ(buttonOf(sheet, "closeBtn").text(), "Stop");
   click(buttonOf(sheet, "closeBtn"));
   EXPECT_TRUE(rig.waitForEnd<RecordWindowController>());
@@ -182,12 +188,8 @@ TEST(Movies, OneMadeAtAnotherZoomHasTheFramesSize) {
   Rig rig;
   ASSERT_TRUE(rig.program.waitForPicture());
   rig.program.slider("zoomSlider").setValue(4);
-  click(rig.program.button(kRecord));
-  ASSERT_TRUE(rig.waitFor<RecordWindowController>());
+  ASSERT_NO_FATAL_FAILURE(record(rig, 0.5));
   auto& sheet = *rig.dialog<RecordWindowController>();
-  click(buttonOf(sheet, "startBtn"));
-  auto* seconds = sheet.findChild<QLabel*>("secondsFld");
-  ASSERT_TRUE(waitUntil([&] { return seconds->text().toDouble() >= 0.5; }));
   click(buttonOf(sheet, "closeBtn"));
   ASSERT_TRUE(rig.waitForEnd<RecordWindowController>());
   ASSERT_TRUE(waitUntil([&] {
@@ -213,12 +215,9 @@ TEST(Movies, CloseBeforeTheStartTouchesNothing) {
 TEST(Movies, AMicroscopeThatGoesAndComesBackGoesOnInTheSameOne) {
   Rig rig;
   ASSERT_TRUE(rig.program.waitForPicture());
-  click(rig.program.button(kRecord));
-  ASSERT_TRUE(rig.waitFor<RecordWindowController>());
+  ASSERT_NO_FATAL_FAILURE(record(rig, 0.5));
   auto& sheet = *rig.dialog<RecordWindowController>();
-  click(buttonOf(sheet, "startBtn"));
-  auto* seconds = sheet.findChild<QLabel*>("secondsFld");
-  ASSERT_TRUE(waitUntil([&] { return seconds->text().toDouble() >= 0.5; }));
+  const auto* seconds = sheet.findChild<QLabel*>("secondsFld");
   rig.program.microscope->unplug();
   ASSERT_TRUE(waitUntil([&] { return !gCurrMicroscope; }));
   EXPECT_TRUE(sheet.isVisible());
