@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "base/Executor.h"
+#include "base/Failures.h"
 #include "base/SerialQueue.h"
 #include "capture/CaptureHost.h"
 #include "capture/CaptureSession.h"
@@ -35,6 +36,7 @@ class CaptureController final : private CaptureVideoDataOutputSampleBufferDelega
     Preferences& preferences;
     Executor& mainQueue;
     CaptureHost& host;
+    FailureListener& failures;
   };
 
   explicit CaptureController(Surroundings surroundings);

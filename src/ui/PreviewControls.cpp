@@ -6,6 +6,8 @@
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QSlider>
 
+#include "ui/OverPicture.h"
+
 namespace tessary {
 namespace {
 
@@ -64,9 +66,7 @@ void PreviewControls::setupTextFields() {
     text->setObjectName(QString::fromLatin1(name));
     text->setAlignment(alignment | Qt::AlignVCenter);
     text->setGeometry(0, 0, 0, 0);
-    // The picture below may be light or dark.
-    text->setStyleSheet(QStringLiteral("color: white; background: rgba(0, 0, 0, 90);"));
-    text->setAttribute(Qt::WA_TransparentForMouseEvents);
+    styleOverPicture(*text);
     text->hide();
     return text;
   };

@@ -1,5 +1,6 @@
 #include "ui/PreviewWindowController.h"
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -9,6 +10,7 @@
 #include <QtGui/QKeyEvent>
 #include <QtGui/QScreen>
 #include <QtWidgets/QMessageBox>
+#include <fmt/format.h>
 
 namespace tessary {
 namespace {
@@ -45,9 +47,10 @@ void PreviewWindowController::windowDidLoad() {
   window_.setWindowTitle(QString());
   setupPreviewView();
   controls_ = std::make_unique<PreviewControls>(*containerView, *previewView);
+  new FailureLine(*containerView, failures_);  // owned by the container
   capture_ = std::make_unique<CaptureController>(CaptureController::Surroundings{
       surroundings_.captureSystem, surroundings_.catalogue, gCurrMicroscope,
-      surroundings_.preferences, surroundings_.mainQueue, *this});
+      surroundings_.preferences, surroundings_.mainQueue, *this, failures_});
   capture_->setupCaptureSession();
   window_.move(window_.x(), window_.screen()->geometry().y() + kTopMargin);
   connect(containerView, &PreviewContainerView::frameDidChange, this,
@@ -82,7 +85,7 @@ void PreviewWindowController::setupPreviewView() {
   calibration_ = std::make_unique<CalibrationFlow>(window_, *previewView, surroundings_.preferences,
                                                    surroundings_.clock);
   saving_ = std::make_unique<SavingFlow>(window_, *previewView, surroundings_.preferences,
-                                         surroundings_.clock);
+                                         surroundings_.clock, failures_);
   previewView->setCalibration(-1.0F, 0);
   previewView->setLocationDelegate(this);
   previewWidget_->setPreviewView(previewView.get());
@@ -101,7 +104,25 @@ void PreviewWindowController::windowDidResize() {
 }
 
 void PreviewWindowController::windowDidChangeOcclusionState() {
-  capture_->wndExposed = !window_.isOccluded();
+  const bool exposed = !window_.isOccluded();
+  capture_->wndExposed = exposed;
+  tellOfGapInMovie(exposed);
+}
+
+void PreviewWindowController::tellOfGapInMovie(bool exposed) {
+  const auto now = std::chrono::steady_clock::now();
+  if (!exposed) {
+    if (!hiddenWhileRecording_ && recordingTakesFrames(previewView->recordingStatus()))
+      hiddenWhileRecording_ = now;
+    return;
+  }
+  const auto since = std::exchange(hiddenWhileRecording_, std::nullopt);
+  if (!since) return;
+  const auto seconds = std::chrono::round<std::chrono::seconds>(now - *since).count();
+  failures_.failed(Failure::NothingRecorded,
+                   fmt::format("Nothing was recorded for {} s, while the window was hidden. Leave "
+                               "it visible while recording.",
+                               std::max<int64_t>(seconds, 1)));
 }
 
 void PreviewWindowController::containerViewFrameDidChange() {

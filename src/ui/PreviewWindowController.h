@@ -1,14 +1,18 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include <QtCore/QObject>
 #include <QtCore/QPointer>
 #include <QtCore/QTimer>
 
 #include "capture/CaptureController.h"
+#include "dialogs/FailureMessages.h"
 #include "ui/CalibrationFlow.h"
+#include "ui/FailureLine.h"
 #include "ui/InputTextWindowController.h"
 #include "ui/MainWindow.h"
 #include "ui/MicroscopeWindowController.h"
@@ -56,6 +60,9 @@ class PreviewWindowController final : public QObject,
   PreviewView& getPreviewView() { return *previewView; }
   /// Whether frames are passed on: false while nothing of the window can be seen.
   bool wndExposed() const { return capture_ && capture_->wndExposed; }
+  /// Tells the user, on a line over the picture. What is told before the window is loaded shows
+  /// with it.
+  FailureListener& failures() { return failures_; }
   /// Settings were changed in the options window.
   void preferencesDidChange();
 
@@ -68,6 +75,8 @@ class PreviewWindowController final : public QObject,
   void windowWillClose();
   void windowDidResize();
   void windowDidChangeOcclusionState();
+  /// A hidden window records nothing; the user is told once it can be seen again.
+  void tellOfGapInMovie(bool exposed);
   void containerViewFrameDidChange();
   void fpsTimerAct();
   void keyDown(QKeyEvent& event);
@@ -106,10 +115,12 @@ class PreviewWindowController final : public QObject,
   void showAlert(int icon, const QString& message, const QString& information);
 
   Surroundings surroundings_;
+  FailureMessages failures_;
   MainWindow window_;
   bool loaded_ = false;
   PreviewContainerView* containerView = nullptr;  // owned by the window
   PreviewWidget* previewWidget_ = nullptr;        // owned by the container
+  std::optional<std::chrono::steady_clock::time_point> hiddenWhileRecording_;
   std::unique_ptr<QtViewHost> viewHost_;
   std::unique_ptr<PreviewView> previewView;
   std::unique_ptr<PreviewControls> controls_;

@@ -6,6 +6,7 @@
 #include <QtCore/QObject>
 #include <QtCore/QPointer>
 
+#include "base/Failures.h"
 #include "output/FileNames.h"
 #include "settings/Preferences.h"
 #include "ui/FileSavedWindowController.h"
@@ -20,7 +21,8 @@ namespace tessary {
 class SavingFlow final : public QObject, private RecordWindowDelegate {
  public:
   /// All must outlive it; `window` carries the sheets.
-  SavingFlow(QWidget& window, PreviewView& previewView, Preferences& preferences, Clock& clock);
+  SavingFlow(QWidget& window, PreviewView& previewView, Preferences& preferences, Clock& clock,
+             FailureListener& failures);
 
   /// Saves a still, after asking for the folder if there is none.
   void getPathAndSaveImage();
@@ -39,6 +41,7 @@ class SavingFlow final : public QObject, private RecordWindowDelegate {
   QWidget& window_;
   PreviewView& previewView_;
   Preferences& preferences_;
+  FailureListener& failures_;
   FileNames fileNames_;
   QPointer<RecordWindowController> recordWindowController;        // while the sheet is up
   QPointer<FileSavedWindowController> fileSavedWindowController;  // kept after its first use

@@ -115,6 +115,8 @@ class PreviewView {
   void startRecord(const std::string& file, std::weak_ptr<PreviewViewRecordDelegate> delegate);
   /// Returns at once.
   void stopRecord() { recording_.stopRecord(); }
+  /// One of the values of output/RecordingStatus.h. Any thread.
+  int64_t recordingStatus() const { return recording_.recordingStatus(); }
 
   // Ticks, with the graphics context current.
   /// Draws to the framebuffer that is bound, `surface` device pixels large and covering the

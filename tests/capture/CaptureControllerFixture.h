@@ -8,6 +8,7 @@
 
 #include "FakeCaptureHost.h"
 #include "FakeCaptureSystem.h"
+#include "FakeFailureListener.h"
 #include "LogCapture.h"
 #include "ManualExecutor.h"
 #include "capture/CaptureController.h"
@@ -108,12 +109,13 @@ class CaptureControllerFixture : public testing::Test {
   Preferences preferences{defaults, grants};
   ManualExecutor mainQueue;
   FakeCaptureHost host{callLog};
+  FakeFailureListener failures;
   MicroscopeList microscopes;
   std::shared_ptr<MicroscopeInfo> currMicroscope;
   MicroscopeCatalogue catalogue{system, microscopes};
   std::unique_ptr<CaptureController> controller =
       std::make_unique<CaptureController>(CaptureController::Surroundings{
-          system, catalogue, currMicroscope, preferences, mainQueue, host});
+          system, catalogue, currMicroscope, preferences, mainQueue, host, failures});
 };
 
 }  // namespace tessary::test
