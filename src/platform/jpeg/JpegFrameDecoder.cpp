@@ -13,6 +13,8 @@ namespace {
 /// that is the rest of a picture whose decoding went astray.
 constexpr int32_t kPaddingAllowed = 16;
 
+using Handle = std::unique_ptr<void, int (*)(void*)>;
+
 constexpr std::string_view kDamage = "Corrupt JPEG data: ";
 constexpr std::string_view kEarlyEnd = "Premature end";
 constexpr std::string_view kBytesBeforeEnd = " extraneous bytes before marker 0xd9";
@@ -35,12 +37,6 @@ bool isAboutHeader(std::string_view warning) {
 
 }  // namespace
 
-void JpegFrameDecoder::Destroy::operator()(void* handle) const { tjDestroy(handle); }
-
-JpegFrameDecoder::Handle JpegFrameDecoder::makeHandle() { return Handle(tjInitDecompress()); }
-
-JpegFrameDecoder::JpegFrameDecoder() : handle_(makeHandle()) {}
-
 std::shared_ptr<PixelBuffer> JpegFrameDecoder::decode(std::span<const uint8_t> bytes,
                                                       TextureSize announced, size_t /*bytesPerRow*/,
                                                       PixelBufferPool& pool) {
@@ -49,11 +45,6 @@ std::shared_ptr<PixelBuffer> JpegFrameDecoder::decode(std::span<const uint8_t> b
       !canHold(bytes.size(), announced)) {
     return nullptr;
   }
-  // The library falls back to the standard tables only where it holds none.
-  if (handleHoldsTables_ && !header->hasHuffmanTables) handle_ = makeHandle();
-  handleHoldsTables_ = header->hasHuffmanTables;
-  if (!handle_) return nullptr;
-
   std::shared_ptr<PixelBuffer> picture = pool.take(announced);
   Outcome outcome = decompress(bytes, *picture);
   if (outcome == Outcome::oddHeader) {
@@ -70,13 +61,17 @@ JpegFrameDecoder::Outcome JpegFrameDecoder::decompress(std::span<const uint8_t> 
   uint8_t& lastAlpha = picture.data()[picture.byteCount() - 1];
   lastAlpha = 0;
   const TextureSize size = picture.size();
+  // A handle keeps every table that it has read, and a frame that lacks one would take it from
+  // there. A new one costs microseconds, and falls back to the standard Huffman tables.
+  const Handle handle(tjInitDecompress(), tjDestroy);
+  if (!handle) return Outcome::bad;
   const int result =
-      tjDecompress2(handle_.get(), bytes.data(), bytes.size(), picture.data(), size.width,
+      tjDecompress2(handle.get(), bytes.data(), bytes.size(), picture.data(), size.width,
                     int(picture.bytesPerRow()), size.height, TJPF_BGRA, TJFLAG_STOPONWARNING);
   const bool allLines = lastAlpha == 255;
   if (result == 0) return allLines ? Outcome::good : Outcome::bad;
-  if (tjGetErrorCode(handle_.get()) != TJERR_WARNING) return Outcome::bad;
-  const std::string_view warning = tjGetErrorStr2(handle_.get());
+  if (tjGetErrorCode(handle.get()) != TJERR_WARNING) return Outcome::bad;
+  const std::string_view warning = tjGetErrorStr2(handle.get());
   if (allLines) return isPaddingBeforeEnd(warning) ? Outcome::good : Outcome::bad;
   return isAboutHeader(warning) ? Outcome::oddHeader : Outcome::bad;
 }

@@ -14,27 +14,20 @@ namespace tessary {
 ///
 /// A frame is good when every line of it was decoded without a complaint and its end was found. The
 /// few bytes that some cameras leave between the coded picture and its end marker are no damage,
-/// nor are odd values in parts of the header that have no say in the picture.
+/// nor are odd values in parts of the header that have no say in the picture. A frame is decoded
+/// with its own tables alone, or the standard Huffman tables in place of those that it leaves out;
+/// nothing of an earlier one is in the picture.
 class JpegFrameDecoder final : public FrameDecoder {
  public:
-  JpegFrameDecoder();
-
   std::shared_ptr<PixelBuffer> decode(std::span<const uint8_t> bytes, TextureSize announced,
                                       size_t bytesPerRow, PixelBufferPool& pool) override;
 
  private:
   enum class Outcome { good, oddHeader, bad };
-  struct Destroy {
-    void operator()(void* handle) const;
-  };
-  using Handle = std::unique_ptr<void, Destroy>;
 
-  static Handle makeHandle();
-  Outcome decompress(std::span<const uint8_t> bytes, PixelBuffer& picture);
+  static Outcome decompress(std::span<const uint8_t> bytes, PixelBuffer& picture);
 
-  Handle handle_;
-  bool handleHoldsTables_ = false;  // Huffman tables of an earlier frame, which outlive it
-  std::vector<uint8_t> plain_;      // the last frame that had an odd header
+  std::vector<uint8_t> plain_;  // the last frame that had an odd header
 };
 
 }  // namespace tessary

@@ -59,13 +59,13 @@ std::optional<JpegFrameHeader> readJpegFrameHeader(std::span<const uint8_t> byte
         components = payload[5];
         if (components == 0 || payload.size() != 6 + 3 * components) return std::nullopt;
         break;
-      case kHuffmanTables: header.hasHuffmanTables = true; break;
       case kQuantisationTables: hasQuantisationTables = true; break;
       case kStartOfScan: {
         const bool whole = components != 0 && hasQuantisationTables && !payload.empty() &&
                            payload[0] == components && payload.size() == 4 + 2 * components;
         return whole ? std::optional(header) : std::nullopt;
       }
+      case kHuffmanTables:
       case kRestartInterval:
       case kComment: break;
       default:

@@ -13,9 +13,6 @@ namespace tessary {
 /// What stands before the coded picture in one frame of an MJPEG stream.
 struct JpegFrameHeader {
   TextureSize size;
-  /// Whether the frame brings Huffman tables of its own; one without is coded with the standard
-  /// ones.
-  bool hasHuffmanTables = false;
 };
 
 /// Reads the header without trusting it. Nothing for bytes that don't begin with a whole header of

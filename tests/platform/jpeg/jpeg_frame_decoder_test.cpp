@@ -94,6 +94,34 @@ TEST_F(JpegFrameDecoderTest, TablesOfAnEarlierFrameAreNotUsedAgain) {
   }
 }
 
+// The frame before, which has another quality and Huffman tables of its own, leaves nothing behind.
+TEST_F(JpegFrameDecoderTest, ATableThatAFrameLacksIsNotTakenFromAnEarlierOne) {
+  setenv("TJ_OPTIMIZE", "1", 1);
+  const Bytes earlier = test::encode(kSmall, TJSAMP_422);
+  unsetenv("TJ_OPTIMIZE");
+  const Bytes whole = test::encode(kSmall, TJSAMP_422);
+  const auto withoutOne = [&](uint8_t marker, size_t index) {
+    const test::Found table = test::segments(whole, marker).at(index);
+    Bytes frame = whole;
+    const auto start = frame.begin() + ptrdiff_t(table.position);
+    frame.erase(start, start + ptrdiff_t(table.size));
+    return frame;
+  };
+
+  ASSERT_EQ(test::segments(whole, 0xDB).size(), 2U);
+  for (size_t i = 0; i < 2; ++i) {
+    ASSERT_TRUE(decode(earlier));
+    EXPECT_FALSE(decode(withoutOne(0xDB, i))) << "quantisation table " << i;
+  }
+  ASSERT_EQ(test::segments(whole, 0xC4).size(), 4U);
+  for (size_t i = 0; i < 4; ++i) {
+    ASSERT_TRUE(decode(earlier));
+    const auto picture = decode(withoutOne(0xC4, i));
+    ASSERT_TRUE(picture) << "Huffman table " << i;
+    EXPECT_EQ(difference(*picture, reference(whole, kSmall)), 0) << "Huffman table " << i;
+  }
+}
+
 TEST_F(JpegFrameDecoderTest, WhatFollowsTheEndIsIgnored) {
   const Bytes frame = test::encode(kSmall, TJSAMP_422);
   Bytes tail(5000);
