@@ -135,7 +135,7 @@ void TextPrimitives::add3TextToPointVector(MyDataArray<PointVertex>& target,
   }
 
   if (up) {
-    y += -totalH + y - 4 > 0 ? 2.0 : totalH + 8;
+    y = -totalH + y - 4 > 0 ? y + 2 : y + totalH + 8;
   } else if (y + totalH + size1.height - 12 > cvTextureSize_.height) {
     y -= totalH - size1.height - 4;
   } else {

@@ -287,6 +287,24 @@ TEST_F(TextPrimitivesTest, BlockWidthAndHeightAreSinglePrecision) {
   }
 }
 
+// A totalH just below 256 loses its last bit when 8 is added to it in single precision; the line
+// ends up near the middle of the picture, where a vertex tells even that.
+TEST_F(TextPrimitivesTest, ABlockBelowItsAnchorIsPlacedInDoublePrecision) {
+  const double high = 80.1;
+  rasterizer.bounds = [&](const std::string&) { return Size{30, high}; };
+  size = {1279, 719};
+  target.count = 0;
+  text.add3TextToPointVector(target, "a", "b", "c", {100, 123.4}, true, kWhite);
+
+  const auto totalH = static_cast<float>(high + high + high + 12.0);
+  ASSERT_NE(static_cast<double>(totalH + 8), static_cast<double>(totalH) + 8);
+  const double y = 123.4 + totalH + 8;
+  ASSERT_EQ(target.count, 600);
+  const VertexColor white{255.0f / 256, 255.0f / 256, 255.0f / 256, 255.0f / 256};
+  const PointVertex wanted = vertexAt(102 + 2 - 639, -y - 231 + 256.0 + 359, size, white);
+  EXPECT_TRUE(sameBits(target.data[0], wanted)) << describe(target.data[0]) << describe(wanted);
+}
+
 TEST_F(TextPrimitivesTest, TextSizesHaveEightAddedToThem) {
   preferences.font = {48};
   EXPECT_EQ(text.getTextSize("abc"), (Size{38, 28}));
