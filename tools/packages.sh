@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what is missing of the packages that this project needs, as root or with sudo.
-#   tools/packages.sh [build] [test] [usb]     default: build
+#   tools/packages.sh [build] [test] [usb] [abuse]     default: build
 set -euo pipefail
 
 build=(g++ cmake ninja-build pkg-config qt6-base-dev libqt6opengl6-dev libgl-dev libegl-dev
@@ -9,6 +9,7 @@ build=(g++ cmake ninja-build pkg-config qt6-base-dev libqt6opengl6-dev libgl-dev
   fonts-open-sans libqt6svg6 libgl1-mesa-dri libegl-mesa0)
 test=(xvfb xauth openbox xdotool imagemagick x11-utils libumockdev-dev umockdev dbus-x11 ffmpeg
   clang-format python3 desktop-file-utils)
+abuse=(strace python3-fusepy)
 usb=(qemu-system-x86 busybox-static kmod cpio v4l-utils udev python3)
 
 wanted=()
@@ -16,8 +17,9 @@ for group in "${@:-build}"; do
   case $group in
     build) wanted+=("${build[@]}") ;;
     test) wanted+=("${test[@]}") ;;
+    abuse) wanted+=("${abuse[@]}") ;;
     usb) wanted+=("${usb[@]}") ;;
-    *) echo "tools/packages.sh: no group '$group' (build, test, usb)" >&2; exit 2 ;;
+    *) echo "tools/packages.sh: no group '$group' (build, test, usb, abuse)" >&2; exit 2 ;;
   esac
 done
 
