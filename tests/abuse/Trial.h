@@ -23,8 +23,8 @@ namespace tessary {
 /// `--seed N` (default: from the clock) and `--count N`.
 class Trial {
  public:
-  /// Prints the seed at once, so that it is known however the trial ends. Ends the process with 2 on
-  /// an option that it doesn't know.
+  /// Prints the seed at once, so that it is known however the trial ends. Ends the process with 2
+  /// on an option that it doesn't know.
   Trial(std::string_view name, int argc, char** argv, int64_t defaultCount)
       : name_(name),
         begin_(std::chrono::steady_clock::now()),
