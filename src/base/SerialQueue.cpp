@@ -1,56 +1,120 @@
 #include "base/SerialQueue.h"
 
-#include <future>
-#include <memory>
-#include <utility>
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <mutex>
 
 #include <pthread.h>
 
 namespace tessary {
+namespace {
 
-SerialQueue::SerialQueue(std::string label) : label_(std::move(label)), thread_([this] { run(); }) {
+std::atomic<int> s_abandonedThreads{0};
+
+}  // namespace
+
+/// What the queue and its thread share; the thread may outlive the queue.
+struct SerialQueue::State {
+  struct Piece {
+    uint64_t number = 0;
+    std::function<void()> work;
+  };
+
+  std::mutex mutex;  // guards all below
+  std::condition_variable changed;
+  std::deque<Piece> queue;
+  uint64_t lastPosted = 0;
+  uint64_t running = 0;  // 0 for none
+  bool stopping = false;
+  bool abandoned = false;
+
+  void run() {
+    std::unique_lock lock(mutex);
+    for (;;) {
+      changed.wait(lock, [this] { return stopping || !queue.empty(); });
+      if (queue.empty()) break;
+      Piece piece = std::move(queue.front());
+      queue.pop_front();
+      running = piece.number;
+      lock.unlock();
+      piece.work();
+      piece.work = nullptr;  // what it holds is let go before the next wait, and outside the lock
+      lock.lock();
+      running = 0;
+      changed.notify_all();
+    }
+    if (abandoned) --s_abandonedThreads;
+  }
+
+  /// With the mutex held. Its number.
+  uint64_t add(std::function<void()> work) {
+    queue.push_back({++lastPosted, std::move(work)});
+    changed.notify_all();
+    return lastPosted;
+  }
+  bool isIdle() const { return running == 0 && queue.empty(); }
+  /// Whether all up to this one have run or were given up.
+  bool isDone(uint64_t number) const {
+    return (running == 0 || running > number) && (queue.empty() || queue.front().number > number);
+  }
+};
+
+SerialQueue::SerialQueue(std::string label, std::optional<std::chrono::milliseconds> endLimit)
+    : label_(std::move(label)), endLimit_(endLimit), state_(std::make_shared<State>()) {
+  thread_ = std::thread([state = state_] { state->run(); });
   // The kernel keeps 15 characters of a thread's name; the end of a label tells queues apart.
   const std::string name = label_.size() > 15 ? label_.substr(label_.size() - 15) : label_;
   pthread_setname_np(thread_.native_handle(), name.c_str());
 }
 
 SerialQueue::~SerialQueue() {
-  {
-    const std::lock_guard lock(mutex_);
-    stopping_ = true;
+  std::deque<State::Piece> dropped;  // ends outside the lock
+  std::unique_lock lock(state_->mutex);
+  state_->stopping = true;
+  state_->changed.notify_all();
+  const bool ends = !endLimit_ || (thread_.get_id() != std::this_thread::get_id() &&
+                                   state_->changed.wait_for(lock, *endLimit_,
+                                                            [this] { return state_->isIdle(); }));
+  if (!ends) {
+    dropped.swap(state_->queue);
+    state_->abandoned = true;
+    ++s_abandonedThreads;
   }
-  wakeUp_.notify_one();
-  thread_.join();
+  lock.unlock();
+  if (ends)
+    thread_.join();
+  else
+    thread_.detach();
 }
 
 void SerialQueue::post(std::function<void()> work) {
-  {
-    const std::lock_guard lock(mutex_);
-    queue_.push_back(std::move(work));
-  }
-  wakeUp_.notify_one();
+  const std::lock_guard lock(state_->mutex);
+  state_->add(std::move(work));
 }
 
 void SerialQueue::drain() {
-  // Shared, because the wait may be over while the queue is still inside set_value().
-  const auto reached = std::make_shared<std::promise<void>>();
-  const std::future<void> future = reached->get_future();
-  post([reached] { reached->set_value(); });
-  future.wait();
+  std::unique_lock lock(state_->mutex);
+  const uint64_t last = state_->lastPosted;
+  state_->changed.wait(lock, [&] { return state_->isDone(last); });
 }
 
-void SerialQueue::run() {
-  std::unique_lock lock(mutex_);
-  for (;;) {
-    wakeUp_.wait(lock, [this] { return stopping_ || !queue_.empty(); });
-    if (queue_.empty()) return;
-    auto work = std::move(queue_.front());
-    queue_.pop_front();
-    lock.unlock();
-    work();
-    work = nullptr;  // what it holds is let go before the next wait, and outside the lock
-    lock.lock();
+bool SerialQueue::runWithin(std::chrono::milliseconds limit, std::function<void()> work) {
+  State::Piece givenUp;  // ends outside the lock
+  std::unique_lock lock(state_->mutex);
+  const uint64_t number = state_->add(std::move(work));
+  const auto done = [&] { return state_->isDone(number); };
+  if (state_->changed.wait_for(lock, limit, done)) return true;
+  const auto waiting = std::ranges::find(state_->queue, number, &State::Piece::number);
+  if (waiting != state_->queue.end()) {
+    givenUp = std::move(*waiting);
+    state_->queue.erase(waiting);
   }
+  return false;
 }
+
+int SerialQueue::abandonedThreads() { return s_abandonedThreads; }
 
 }  // namespace tessary

@@ -1,7 +1,11 @@
 #include "base/SerialQueue.h"
 
+#include <atomic>
+#include <chrono>
+#include <functional>
 #include <future>
 #include <memory>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -9,6 +13,9 @@
 
 namespace tessary {
 namespace {
+
+constexpr std::chrono::seconds kLong(60);
+constexpr std::chrono::milliseconds kShort(20);
 
 TEST(SerialQueue, RunsWorkInTheOrderOfPosting) {
   std::vector<int> order;
@@ -100,6 +107,122 @@ TEST(SerialQueue, DrainingOverAndOverIsSafe) {
     queue.drain();
     ASSERT_EQ(ran, i + 1);
   }
+}
+
+/// Work that does not come back until it is let go.
+class StuckWork {
+ public:
+  std::function<void()> function() {
+    return [begun = begun_, letGo = letGo_] {
+      begun->set_value();
+      letGo->get_future().wait();
+    };
+  }
+  void waitUntilBegun() { begun_->get_future().wait(); }
+  void letGo() { letGo_->set_value(); }
+
+ private:
+  std::shared_ptr<std::promise<void>> begun_ = std::make_shared<std::promise<void>>();
+  std::shared_ptr<std::promise<void>> letGo_ = std::make_shared<std::promise<void>>();
+};
+
+void waitForNoAbandonedThreads() {
+  while (SerialQueue::abandonedThreads() > 0) std::this_thread::yield();
+}
+
+TEST(SerialQueue, ACallReturnsWhatItsWorkDid) {
+  SerialQueue queue("test");
+  std::vector<int> order;
+  queue.post([&] { order.push_back(1); });
+  const auto answer = queue.call(kLong, [&] {
+    order.push_back(2);
+    return std::string("answer");
+  });
+  EXPECT_EQ(answer, "answer");
+  EXPECT_EQ(order, (std::vector{1, 2}));
+}
+
+TEST(SerialQueue, ACallThatTakesTooLongIsGivenUpAndGoesOn) {
+  SerialQueue queue("test");
+  StuckWork stuck;
+  const auto ended = std::make_shared<std::promise<void>>();
+  EXPECT_EQ(queue.call(kShort,
+                       [work = stuck.function(), ended] {
+                         work();
+                         ended->set_value();
+                         return 1;
+                       }),
+            std::nullopt);
+  stuck.letGo();
+  ended->get_future().wait();
+  EXPECT_EQ(queue.call(kLong, [] { return 2; }), 2);
+}
+
+TEST(SerialQueue, ACallThatIsGivenUpBeforeItBeganNeverRuns) {
+  SerialQueue queue("test");
+  StuckWork stuck;
+  queue.post(stuck.function());
+  bool ran = false;
+  EXPECT_EQ(queue.call(kShort, [&ran] { return ran = true; }), std::nullopt);
+  stuck.letGo();
+  queue.drain();
+  EXPECT_FALSE(ran);
+}
+
+TEST(SerialQueue, WithAnEndLimitAStuckThreadIsLeftToItself) {
+  StuckWork stuck;
+  const auto behind = std::make_shared<std::atomic<bool>>(false);
+  {
+    SerialQueue queue("test", kShort);
+    queue.post(stuck.function());
+    queue.post([behind] { *behind = true; });
+    stuck.waitUntilBegun();
+  }
+  EXPECT_EQ(SerialQueue::abandonedThreads(), 1);
+  EXPECT_EQ(behind.use_count(), 1) << "what is behind is dropped";
+  stuck.letGo();
+  waitForNoAbandonedThreads();
+  EXPECT_FALSE(*behind);
+}
+
+TEST(SerialQueue, WithAnEndLimitWhatIsQueuedStillRuns) {
+  int ran = 0;
+  {
+    SerialQueue queue("test", kLong);
+    for (int i = 0; i < 100; ++i) queue.post([&] { ++ran; });
+  }
+  EXPECT_EQ(ran, 100);
+  EXPECT_EQ(SerialQueue::abandonedThreads(), 0);
+}
+
+TEST(SerialQueue, WithAnEndLimitItMayEndOnItsOwnThread) {
+  auto queue = std::make_unique<SerialQueue>("test", kLong);
+  std::promise<void> ended;
+  SerialQueue& posting = *queue;
+  posting.post([&] {
+    queue.reset();
+    ended.set_value();
+  });
+  ended.get_future().wait();
+  waitForNoAbandonedThreads();
+}
+
+TEST(CallWithin, ReturnsWhatTheWorkDid) {
+  EXPECT_EQ(callWithin(kLong, [] { return 7; }), 7);
+  EXPECT_EQ(SerialQueue::abandonedThreads(), 0) << "its thread has ended with it";
+}
+
+TEST(CallWithin, DoesNotWaitForWorkThatIsStuck) {
+  StuckWork stuck;
+  EXPECT_EQ(callWithin(kShort,
+                       [work = stuck.function()] {
+                         work();
+                         return 7;
+                       }),
+            std::nullopt);
+  EXPECT_EQ(SerialQueue::abandonedThreads(), 1);
+  stuck.letGo();
+  waitForNoAbandonedThreads();
 }
 
 }  // namespace
