@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 
 namespace tessary {
 
@@ -15,6 +16,9 @@ struct CalendarTime {
   int32_t second = 0;
   friend bool operator==(const CalendarTime&, const CalendarTime&) = default;
 };
+
+/// The time by a clock that is never set: std::chrono::steady_clock::now, or what a test says.
+using MonotonicNow = std::function<std::chrono::steady_clock::time_point()>;
 
 /// What the program asks of the clock on the wall, so that tests can set it.
 class Clock {

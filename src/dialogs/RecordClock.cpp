@@ -1,5 +1,7 @@
 #include "dialogs/RecordClock.h"
 
+#include <algorithm>
+
 #include <fmt/format.h>
 
 #include "output/RecordingStatus.h"
@@ -19,15 +21,28 @@ size_t recordLimitIndex(int32_t maxRecord) noexcept {
   return 0;
 }
 
-void RecordClock::recordStatusDidChange(int64_t status) {
-  if (status == kRecordingRunning) elapsed_ = 0;
+int32_t recordLimit(int32_t maxRecord) noexcept {
+  return maxRecord >= kShortestLimit ? maxRecord : 0;
 }
 
-RecordClock::Tick RecordClock::tick(int32_t maxRecord) noexcept {
-  if (elapsed_ < 0) return Tick::AtRest;
-  const int32_t now = ++elapsed_;
-  if (maxRecord >= kShortestLimit && now > int64_t(maxRecord) * kTenths) return Tick::LimitPassed;
-  return Tick::Counted;
+void RecordClock::recordStatusDidChange(int64_t status) {
+  if (status != kRecordingRunning) return;
+  ticks_.restart();
+  elapsed_ = 0;
+}
+
+RecordClock::Tick RecordClock::tick(int32_t maxRecord) {
+  const int32_t before = elapsed_;
+  if (before < 0) return Tick::AtRest;
+  const int32_t now = ticks_.afterOneMore(before);
+  const int64_t limit = int64_t(recordLimit(maxRecord)) * kTenths;
+  if (limit == 0 || now <= limit) {
+    elapsed_ = now;
+    return Tick::Counted;
+  }
+  // The first tick past the limit ends it, be it one that was missed.
+  elapsed_ = int32_t(std::max(int64_t(before), limit) + 1);
+  return Tick::LimitPassed;
 }
 
 std::string RecordClock::fmtSeconds() const {

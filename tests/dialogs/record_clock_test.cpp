@@ -4,12 +4,14 @@
 
 #include <gtest/gtest.h>
 
+#include "ManualTime.h"
 #include "dialogs/RecordClock.h"
 #include "output/RecordingStatus.h"
 
 namespace tessary {
 namespace {
 
+using namespace std::chrono_literals;
 using Tick = RecordClock::Tick;
 
 constexpr int32_t kNoLimit = 0;
@@ -41,7 +43,8 @@ TEST(RecordLimits, AValueThatIsNotInTheTableSelectsTheFirst) {
 }
 
 TEST(RecordClock, StandsStillUntilTheFirstFrameIsWritten) {
-  RecordClock clock;
+  test::ManualTime time;
+  RecordClock clock(time.now());
   EXPECT_EQ(clock.elapsed(), -1);
   for (const int64_t status : {kRecordingNone, kRecordingStartFailed, kRecordingStopping,
                                kRecordingFinished, kRecordingWaiting, int64_t(6), int64_t(-5)}) {
@@ -54,14 +57,16 @@ TEST(RecordClock, StandsStillUntilTheFirstFrameIsWritten) {
 }
 
 TEST(RecordClock, TheFirstTimeShownIsATenth) {
-  RecordClock clock;
+  test::ManualTime time;
+  RecordClock clock(time.now());
   clock.recordStatusDidChange(kRecordingRunning);
   EXPECT_EQ(clock.tick(kNoLimit), Tick::Counted);
   EXPECT_EQ(clock.fmtSeconds(), "0.1");
 }
 
 TEST(RecordClock, ALaterStatusDoesNotStopIt) {
-  RecordClock clock;
+  test::ManualTime time;
+  RecordClock clock(time.now());
   advance(clock, 7);
   clock.recordStatusDidChange(kRecordingStopping);
   EXPECT_EQ(clock.tick(kNoLimit), Tick::Counted);
@@ -79,7 +84,8 @@ TEST(RecordClock, TheFormChangesJustPastOneMinute) {
                            {1200, "2:00.0"},   {6005, "10:00.5"},  {36000, "60:00.0"},
                            {59999, "99:59.9"}, {60000, "100:00.0"}};
   for (const Row& row : kRows) {
-    RecordClock clock;
+    test::ManualTime time;
+    RecordClock clock(time.now());
     advance(clock, row.tenths);
     ASSERT_EQ(clock.elapsed(), row.tenths);
     EXPECT_EQ(clock.fmtSeconds(), row.text) << row.tenths;
@@ -108,7 +114,8 @@ TEST(RecordClock, TheLimitIsPassedAtTheFirstTickBeyondIt) {
                            // Ten times this is more than 32 bits hold.
                            {std::numeric_limits<int32_t>::max(), 5000, Tick::Counted}};
   for (const Row& row : kRows) {
-    RecordClock clock;
+    test::ManualTime time;
+    RecordClock clock(time.now());
     advance(clock, row.elapsed);
     EXPECT_EQ(clock.tick(row.maxRecord), row.expected) << row.maxRecord << " " << row.elapsed;
     EXPECT_EQ(clock.elapsed(), row.elapsed + 1);
@@ -116,7 +123,8 @@ TEST(RecordClock, TheLimitIsPassedAtTheFirstTickBeyondIt) {
 }
 
 TEST(RecordClock, ThirtySecondsEndAtTheTickNumbered301) {
-  RecordClock clock;
+  test::ManualTime time;
+  RecordClock clock(time.now());
   clock.recordStatusDidChange(kRecordingRunning);
   int32_t ticks = 1;
   while (clock.tick(30) == Tick::Counted) ++ticks;
@@ -125,14 +133,16 @@ TEST(RecordClock, ThirtySecondsEndAtTheTickNumbered301) {
 }
 
 TEST(RecordClock, ALimitShortenedBelowTheTimePassedEndsAtTheNextTick) {
-  RecordClock clock;
+  test::ManualTime time;
+  RecordClock clock(time.now());
   advance(clock, 400);
   EXPECT_EQ(clock.tick(60), Tick::Counted);
   EXPECT_EQ(clock.tick(30), Tick::LimitPassed);
 }
 
 TEST(RecordClock, MayBeStartedByAnotherThreadWhileItTicks) {
-  RecordClock clock;
+  test::ManualTime time;
+  RecordClock clock(time.now());
   std::thread recordingQueue([&] {
     clock.recordStatusDidChange(kRecordingWaiting);
     clock.recordStatusDidChange(kRecordingRunning);
@@ -141,6 +151,49 @@ TEST(RecordClock, MayBeStartedByAnotherThreadWhileItTicks) {
   recordingQueue.join();
   EXPECT_GE(clock.elapsed(), 0);
   EXPECT_EQ(clock.tick(kNoLimit), Tick::Counted);
+}
+
+TEST(RecordClock, TicksThatWereMissedAreCountedWithTheNext) {
+  test::ManualTime time;
+  RecordClock clock(time.now());
+  clock.recordStatusDidChange(kRecordingRunning);
+  time.passes(199ms);
+  clock.tick(kNoLimit);
+  EXPECT_EQ(clock.elapsed(), 1) << "the second tenth is not over";
+  time.passes(2101ms);
+  clock.tick(kNoLimit);
+  EXPECT_EQ(clock.elapsed(), 23);
+  clock.tick(kNoLimit);
+  EXPECT_EQ(clock.elapsed(), 24) << "a tick counts, however soon it comes";
+}
+
+TEST(RecordClock, TheTimeBeforeTheFirstFrameIsNotMissed) {
+  test::ManualTime time;
+  RecordClock clock(time.now());
+  time.passes(5s);
+  clock.tick(kNoLimit);
+  clock.recordStatusDidChange(kRecordingRunning);
+  clock.tick(kNoLimit);
+  EXPECT_EQ(clock.elapsed(), 1);
+}
+
+TEST(RecordClock, AMissedTickPastTheLimitEndsIt) {
+  test::ManualTime time;
+  RecordClock clock(time.now());
+  clock.recordStatusDidChange(kRecordingRunning);
+  time.passes(30s);
+  EXPECT_EQ(clock.tick(30), Tick::Counted);
+  EXPECT_EQ(clock.elapsed(), 300);
+  time.passes(15s);
+  EXPECT_EQ(clock.tick(30), Tick::LimitPassed);
+  EXPECT_EQ(clock.elapsed(), 301);
+  EXPECT_EQ(clock.tick(30), Tick::LimitPassed);
+  EXPECT_EQ(clock.elapsed(), 302);
+}
+
+TEST(RecordLimits, LessThanTenSecondsIsNoLimit) {
+  constexpr std::pair<int32_t, int32_t> kRows[] = {{-1, 0}, {0, 0}, {9, 0}, {10, 10}, {3600, 3600}};
+  for (const auto& [maxRecord, limit] : kRows) EXPECT_EQ(recordLimit(maxRecord), limit);
 }
 
 }  // namespace
