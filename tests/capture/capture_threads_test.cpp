@@ -3,6 +3,7 @@
 #include <condition_variable>
 
 #include "CaptureControllerFixture.h"
+#include "Patience.h"
 
 namespace tessary {
 namespace {
@@ -28,13 +29,28 @@ class CaptureThreadsTest : public test::CaptureControllerFixture {
     return system.plug(device);
   }
   /// Waits until `count` more frames were shown.
-  void awaitFrames(int count) {
+  testing::AssertionResult awaitFrames(int count) {
     std::unique_lock lock(mutex_);
-    changed_.wait(lock, [&, goal = shown_ + count] { return shown_ >= goal; });
+    const auto shown = [this, goal = shown_ + count] { return shown_ >= goal; };
+    if (changed_.wait_for(lock, test::kPatience, shown)) return testing::AssertionSuccess();
+    return test::neverCame("a frame of the running session");
   }
-  void awaitFrameOf(TextureSize size) {
+  testing::AssertionResult awaitFrameOf(TextureSize size) {
     std::unique_lock lock(mutex_);
-    changed_.wait(lock, [&] { return last_ == size; });
+    const auto shown = [&] { return last_ == size; };
+    if (changed_.wait_for(lock, test::kPatience, shown)) return testing::AssertionSuccess();
+    return test::neverCame(fmt::format("a frame of {} by {}", size.width, size.height));
+  }
+  /// Runs the main queue until something was posted to it.
+  testing::AssertionResult awaitMainQueue() {
+    const auto end = std::chrono::steady_clock::now() + test::kPatience;
+    while (mainQueue.runAll() == 0) {
+      if (std::chrono::steady_clock::now() > end) {
+        return test::neverCame("anything for the main queue");
+      }
+      std::this_thread::yield();
+    }
+    return testing::AssertionSuccess();
   }
   int shown() const {
     const std::lock_guard lock(mutex_);
@@ -56,7 +72,7 @@ TEST_F(CaptureThreadsTest, ChangesSizeWhileItStreams) {
     for (size_t i = 0; i < 3; ++i) {
       start(0, i);
       const Resolution wanted = *microscopes[0]->resolutions[i];
-      awaitFrameOf({wanted.width, wanted.height});
+      ASSERT_TRUE(awaitFrameOf({wanted.width, wanted.height}));
     }
   }
   EXPECT_EQ(state(), State::Running);
@@ -67,7 +83,7 @@ TEST_F(CaptureThreadsTest, NoFrameIsShownAfterTheSessionHasStopped) {
   preferences.uniqueID = "m1";
   launch();
   for (int round = 0; round < 10; ++round) {
-    awaitFrames(2);
+    ASSERT_TRUE(awaitFrames(2));
     controller->stopCaptureSession();
     const int atStop = shown();
     const uint32_t counted = controller->framesCaptured;
@@ -84,7 +100,7 @@ TEST_F(CaptureThreadsTest, IsPulledAndReturnsWhileItStreams) {
   preferences.uniqueID = "m1";
   launch();
   for (int round = 0; round < 10; ++round) {
-    awaitFrames(2);
+    ASSERT_TRUE(awaitFrames(2));
     system.pull("m1");
     system.tellDisconnected();
     EXPECT_EQ(state(), State::Idle);
@@ -95,7 +111,7 @@ TEST_F(CaptureThreadsTest, IsPulledAndReturnsWhileItStreams) {
     system.tellConnected();
     EXPECT_EQ(state(), State::Running);
   }
-  awaitFrames(1);
+  ASSERT_TRUE(awaitFrames(1));
 }
 
 TEST_F(CaptureThreadsTest, MayBeCoveredAtAnyMoment) {
@@ -105,7 +121,7 @@ TEST_F(CaptureThreadsTest, MayBeCoveredAtAnyMoment) {
   for (int round = 0; round < 50; ++round) {
     controller->wndExposed = false;
     controller->wndExposed = true;
-    awaitFrames(1);
+    ASSERT_TRUE(awaitFrames(1));
   }
   controller->windowWillClose();
   EXPECT_EQ(controller->capSession, nullptr);
@@ -116,7 +132,7 @@ TEST_F(CaptureThreadsTest, IsPulledAndPutBackInOneTurnWhileItStreams) {
   preferences.uniqueID = "m1";
   launch();
   for (int round = 0; round < 10; ++round) {
-    awaitFrames(2);
+    ASSERT_TRUE(awaitFrames(2));
     system.pull("m1");
     const auto returned = plugStreaming("m1");
     system.tellDisconnected();
@@ -124,7 +140,7 @@ TEST_F(CaptureThreadsTest, IsPulledAndPutBackInOneTurnWhileItStreams) {
     EXPECT_EQ(state(), State::Running);
     EXPECT_EQ(controller->capDevice, returned);
   }
-  awaitFrames(1);
+  ASSERT_TRUE(awaitFrames(1));
 }
 
 TEST_F(CaptureThreadsTest, FailsWhileItStreamsAndStartsAgain) {
@@ -132,7 +148,7 @@ TEST_F(CaptureThreadsTest, FailsWhileItStreamsAndStartsAgain) {
   preferences.uniqueID = "m1";
   launch();
   for (int round = 0; round < 10; ++round) {
-    while (mainQueue.runAll() == 0) std::this_thread::yield();
+    ASSERT_TRUE(awaitMainQueue());
     EXPECT_EQ(state(), State::Failed);
     EXPECT_EQ(std::ranges::count(lines(), "!!!AVCaptureSessionRuntimeErrorNotification!!!"),
               round + 1);
@@ -145,7 +161,7 @@ TEST_F(CaptureThreadsTest, ClosesWhileItStreams) {
   plugStreaming("m1");
   preferences.uniqueID = "m1";
   launch();
-  awaitFrames(1);
+  ASSERT_TRUE(awaitFrames(1));
   calls();
   controller = nullptr;
   EXPECT_THAT(calls(), testing::ElementsAre("m1.stopStreaming", "m1.close"));

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "FakeCaptureSystem.h"
+#include "Patience.h"
 #include "capture/CaptureVideoDataOutput.h"
 
 namespace tessary {
@@ -40,7 +41,7 @@ class CaptureVideoDataOutputTest : public testing::Test {
   /// Delivers frame 0 and waits until the delegate is busy with it.
   void holdTheQueueUp() {
     output.deliver(frameOf(1, 1, 0));
-    delegate.begun.get_future().wait();
+    ASSERT_TRUE(test::comes(delegate.begun.get_future(), "the delivered frame"));
   }
   void letTheQueueGo() {
     delegate.letGo.set_value();

@@ -13,6 +13,7 @@
 
 #include "LogCapture.h"
 #include "ManualExecutor.h"
+#include "Patience.h"
 #include "base/SerialQueue.h"
 #include "output/Recording.h"
 
@@ -117,13 +118,15 @@ class FrameSource {
   std::jthread thread_;
 };
 
-/// Runs the main queue until `condition` holds.
-template <typename Condition>
-void runMainQueueUntil(ManualExecutor& mainQueue, Condition condition) {
-  while (!condition()) {
+/// Runs the main queue until `counter` was told that its movie is finished.
+testing::AssertionResult awaitFinished(ManualExecutor& mainQueue, const Counter& counter) {
+  const auto end = std::chrono::steady_clock::now() + test::kPatience;
+  while (counter.told[kRecordingFinished] == 0) {
+    if (std::chrono::steady_clock::now() > end) return test::neverCame("the end of a recording");
     mainQueue.runAll();
     std::this_thread::yield();
   }
+  return testing::AssertionSuccess();
 }
 
 TEST(RecordingThreads, FramesFromOneThreadStartAndStopFromAnother) {
@@ -136,9 +139,10 @@ TEST(RecordingThreads, FramesFromOneThreadStartAndStopFromAnother) {
     for (int i = 0; i < 50; ++i) {
       const auto counter = std::make_shared<Counter>();
       recording.startRecord("/none/a.mp4", counter, kVga);
-      counter->running.get_future().wait();
+      ASSERT_TRUE(test::comes(counter->running.get_future(), "a recording that runs"));
       recording.stopRecord();
-      runMainQueueUntil(mainQueue, [&] { return counter->told[kRecordingFinished] == 1; });
+      ASSERT_TRUE(awaitFinished(mainQueue, *counter));
+      EXPECT_EQ(counter->told[kRecordingFinished], 1);
       EXPECT_EQ(counter->told[kRecordingWaiting], 1);
       EXPECT_EQ(counter->told[kRecordingStopping], 1);
       EXPECT_EQ(recording.recordingStatus(), kRecordingFinished);
@@ -165,9 +169,10 @@ TEST(RecordingThreads, StartsAndStopsThatDoNotWaitForEachOther) {
     }
     const auto counter = std::make_shared<Counter>();
     recording.startRecord("/none/b.mp4", counter, kVga);
-    counter->running.get_future().wait();
+    ASSERT_TRUE(test::comes(counter->running.get_future(), "a recording that runs"));
     recording.stopRecord();
-    runMainQueueUntil(mainQueue, [&] { return counter->told[kRecordingFinished] == 1; });
+    ASSERT_TRUE(awaitFinished(mainQueue, *counter));
+    EXPECT_EQ(counter->told[kRecordingFinished], 1);
   }
   EXPECT_EQ(totals.made, 301);
   EXPECT_EQ(totals.destroyed, 301);
@@ -185,7 +190,7 @@ TEST(RecordingThreads, TheEndWaitsForAMovieToBeFinished) {
     recording.startRecord("/none/a.mp4", counter, kVga);
     {
       const FrameSource frames(recording);
-      counter->running.get_future().wait();
+      ASSERT_TRUE(test::comes(counter->running.get_future(), "a recording that runs"));
     }
     // No stop: the program is closed in the middle of a recording.
   }
