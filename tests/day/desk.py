@@ -83,7 +83,11 @@ class Program:
         self.log = open(log, 'a', encoding='utf-8')
         self.process = subprocess.Popen([program], stdout=self.log, stderr=self.log,
                                         env={**os.environ, **(environment or {})})
-        self.main = self.window('$')  # the one window without a title of its own
+        try:
+            self.main = self.window('$')  # the one window without a title of its own
+        except Failure:
+            self.end()
+            raise
 
     # What is on screen.
 

@@ -1,6 +1,10 @@
-"""What the scripts of this folder know about movies: how to read one with ffprobe and ffmpeg."""
+"""What the scripts know about movies: how to read one with ffprobe and ffmpeg, and how to kill a
+recorder in the middle of one."""
 
+import signal
 import subprocess
+import threading
+import time
 
 
 def frame_times(path):
@@ -42,3 +46,45 @@ def boxes(path):
             found.append(kind)
             at += size
     return found
+
+
+def record_and_kill(command, after):
+    """Runs a recorder that prints "frame TIME" with the time stamp of every frame that it has
+    appended. The time stamps that were appended before the kill, `after` seconds into the recording."""
+    process = subprocess.Popen(command, stdout=subprocess.PIPE, text=True)
+    appended = []
+    first = threading.Event()
+
+    def listen():
+        for line in process.stdout:
+            word, _, rest = line.strip().partition(" ")
+            if word == "frame":
+                appended.append(int(rest))
+                first.set()
+
+    listener = threading.Thread(target=listen)
+    listener.start()
+    try:
+        if not first.wait(20):
+            raise AssertionError("the recorder did not start")
+        time.sleep(after)
+    finally:
+        process.send_signal(signal.SIGKILL)
+        process.wait()
+        listener.join()
+    return appended
+
+
+def missing_at_end(path, appended):
+    """How many microseconds the killed recorder's movie misses at its end. What there is has to play."""
+    if not path.exists():
+        return appended[-1]
+    times = frame_times(path)
+    if not times:
+        raise AssertionError(f"{path} holds no frame")
+    # A frame may have got into the file and its line not out of the dying process.
+    known = [t for t in times if t <= appended[-1]]
+    if known != appended[:len(known)] or len(times) - len(known) > 1:
+        raise AssertionError(f"{path} holds other frames than were recorded")
+    decode(path)
+    return appended[-1] - times[-1]

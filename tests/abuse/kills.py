@@ -1,0 +1,81 @@
+"""Kills recordings at random moments, small and large ones, on an idle and on a loaded machine, on
+disks with and without files that have no name yet: each time a movie is left that plays and that
+misses no more than its last half second, and never an empty one.
+
+    kills.py RECORDER MIRROR_DISK [--seed N] [--count N]     N kills; MIRROR_DISK may be missing
+"""
+
+import os
+import pathlib
+import subprocess
+import sys
+
+from trial import Trial, wait_for
+
+import movies
+
+HALF_SECOND = 500_000  # microseconds
+LATEST = 3.0           # seconds of recording before the kill
+SIZES = {'640x480': (640, 480, 1_244_160), '1280x720': (1280, 720, 9_308_160)}
+BUSY = 4               # processes that want a core each, where the machine is loaded
+
+
+def mirrored(trial):
+    """A folder without nameless files; None where that can't be had."""
+    if not os.path.exists(trial.mirror_disk) or not os.access('/dev/fuse', os.W_OK):
+        return None
+    real, shown = (os.path.join(trial.folder, name) for name in ('real', 'shown'))
+    os.mkdir(real)
+    os.mkdir(shown)
+    trial.start([trial.mirror_disk, real, shown])
+    trial.at_end.callback(subprocess.run, ['umount', '-l', shown], check=False,
+                          stderr=subprocess.DEVNULL)
+    wait_for('the mirror', lambda: os.path.ismount(shown))
+    return shown
+
+
+def kill(trial, path, size):
+    """How many seconds into the recording, and the time stamps of what had been appended."""
+    after = trial.random.uniform(0, LATEST) ** 2 / LATEST  # early ones more often
+    command = [trial.recorder, path, '60', *map(str, SIZES[size])]
+    return after, movies.record_and_kill(command, after)
+
+
+def judge(trial, path, after, appended):
+    """How many microseconds are lost; None where the movie does not play."""
+    try:
+        missing = movies.missing_at_end(path, appended)
+    except AssertionError as failure:
+        trial.fail(f'killed after {after:.3f} s: {failure}')
+        return None
+    trial.expect(missing <= HALF_SECOND,
+                 f'{path.name}, killed after {after:.3f} s, misses {missing / 1000:.0f} ms')
+    return missing
+
+
+def kill_all(trial):
+    plain = os.path.join(trial.folder, 'plain')
+    os.mkdir(plain)
+    disks = {'': plain}
+    mirror = mirrored(trial)
+    if mirror:
+        disks[' without nameless files'] = mirror
+    kinds = [(size, load, disk) for load in (False, True) for size in SIZES for disk in disks]
+    figures = []
+    for number, (size, load, disk) in enumerate(kinds):
+        share = trial.count * (number + 1) // len(kinds) - trial.count * number // len(kinds)
+        if not share:
+            continue
+        paths = [pathlib.Path(disks[disk]) / f'{number}-{i}.mp4' for i in range(share)]
+        with trial.load(BUSY if load else 0):
+            killed = [kill(trial, path, size) for path in paths]
+        lost = [judge(trial, path, *one) for path, one in zip(paths, killed)]
+        lost = [missing for missing in lost if missing is not None]
+        figures.append(f'{size}{" loaded" if load else ""}{disk}: {len(lost)} of {share} play, '
+                       f'{max(lost, default=0) / 1000:.0f} ms lost at the most')
+    return '; '.join(figures)
+
+
+if __name__ == '__main__':
+    trial = Trial(['recorder', 'mirror_disk'], limit=900)
+    sys.exit(trial.run(kill_all))
