@@ -21,8 +21,8 @@ class MicroscopeCatalogue {
   void InitializeMicroscopes();
   /// Adds all microscopes that are new. The last of them, or null if there is none.
   std::shared_ptr<MicroscopeInfo> onMicroscopeConnected();
-  /// Removes all microscopes that are gone, also those that were gone and are back. The one of them
-  /// nearest the start of the list, or null if there is none.
+  /// Removes all microscopes that are gone. The one of them nearest the start of the list, or null
+  /// if there is none.
   std::shared_ptr<MicroscopeInfo> onMicroscopeDisconnected();
 
  private:

@@ -9,8 +9,6 @@
 
 namespace tessary {
 
-class CaptureDevice;
-
 /// One connected microscope, identified by `uniqueID`. A microscope that stays connected keeps its
 /// object; one that leaves and returns gets a new one. Main thread.
 class MicroscopeInfo {
@@ -26,10 +24,6 @@ class MicroscopeInfo {
   /// The resolution in use. Set by the capture controller, which may share the object with the
   /// settings.
   std::shared_ptr<Resolution> currResolution;
-
-  /// The connection that this entry describes; empty where nothing is known of it. It tells a
-  /// device that was pulled and is back already from one that never went.
-  std::weak_ptr<CaptureDevice> device_;
 };
 
 using MicroscopeList = std::vector<std::shared_ptr<MicroscopeInfo>>;

@@ -53,7 +53,6 @@ void getAllDevices(CaptureSystem& system, MicroscopeList& array) {
     info->name = device->localizedName();
     getDeviceResolutions(*device, info->resolutions);
     info->defResolution = getDefResolution(info->resolutions);
-    info->device_ = device;
     array.push_back(info);
   }
 }

@@ -92,7 +92,9 @@ class CaptureSystem {
   /// what is wrong and, where there is something to do, what to do.
   virtual std::unique_ptr<CaptureDeviceInput> makeDeviceInput(
       const std::shared_ptr<CaptureDevice>& device, std::string& error) = 0;
-  /// Told on the main thread after any camera came or went. Empty functions end it.
+  /// Told on the main thread of each camera that came or went, one by one: `devices` has then
+  /// changed by that camera alone. One that left and came back is told to have gone first. Empty
+  /// functions end it.
   virtual void setHotPlugHandlers(std::function<void()> deviceWasConnected,
                                   std::function<void()> deviceWasDisconnected) = 0;
 };

@@ -127,22 +127,6 @@ TEST_F(CaptureThreadsTest, MayBeCoveredAtAnyMoment) {
   EXPECT_EQ(controller->capSession, nullptr);
 }
 
-TEST_F(CaptureThreadsTest, IsPulledAndPutBackInOneTurnWhileItStreams) {
-  plugStreaming("m1");
-  preferences.uniqueID = "m1";
-  launch();
-  for (int round = 0; round < 10; ++round) {
-    ASSERT_TRUE(awaitFrames(2));
-    system.pull("m1");
-    const auto returned = plugStreaming("m1");
-    system.tellDisconnected();
-    system.tellConnected();
-    EXPECT_EQ(state(), State::Running);
-    EXPECT_EQ(controller->capDevice, returned);
-  }
-  ASSERT_TRUE(awaitFrames(1));
-}
-
 TEST_F(CaptureThreadsTest, FailsWhileItStreamsAndStartsAgain) {
   plugStreaming("m1")->failsAfter_ = 3;
   preferences.uniqueID = "m1";

@@ -108,28 +108,5 @@ TEST_F(MicroscopeCatalogueTest, AMicroscopeThatReturnsGetsANewObjectAtTheEnd) {
   EXPECT_THAT(ids(), ElementsAre("m2", "m1"));
 }
 
-TEST_F(MicroscopeCatalogueTest, AMicroscopeThatIsBackBeforeItWasMissedHasNeverthelessGone) {
-  system.plug("m1");
-  catalogue.InitializeMicroscopes();
-  const auto before = list[0];
-  system.pull("m1");
-  system.plug("m1");
-  EXPECT_EQ(catalogue.onMicroscopeDisconnected(), before);
-  EXPECT_THAT(ids(), IsEmpty());
-  const auto after = catalogue.onMicroscopeConnected();
-  EXPECT_EQ(idOf(after), "m1");
-  EXPECT_NE(after, before);
-  EXPECT_EQ(idOf(catalogue.onMicroscopeDisconnected()), "-");
-}
-
-TEST_F(MicroscopeCatalogueTest, AnEntryOfUnknownConnectionGoesByItsIdentifierAlone) {
-  system.plug("m1");
-  list.push_back(std::make_shared<MicroscopeInfo>());
-  list[0]->uniqueID = "m1";
-  EXPECT_EQ(idOf(catalogue.onMicroscopeDisconnected()), "-");
-  system.pull("m1");
-  EXPECT_EQ(idOf(catalogue.onMicroscopeDisconnected()), "m1");
-}
-
 }  // namespace
 }  // namespace tessary

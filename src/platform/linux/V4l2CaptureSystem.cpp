@@ -105,30 +105,30 @@ void V4l2CaptureSystem::apply(const Survey& survey) {
   if (survey.number <= applied_) return;
   applied_ = survey.number;
 
-  const size_t before = present_.size();
-  std::erase_if(present_, [&](const Present& camera) {
-    return std::none_of(survey.cameras.begin(), survey.cameras.end(),
-                        [&](const Sighting& seen) { return seen.sameCamera(camera.sighting); });
-  });
-  if (present_.size() != before) {
-    // Told before arrivals are listed: a camera that left and came back must be seen to be gone.
+  // Each change is listed and told alone, as if it had come alone: a hub takes all its cameras away
+  // and brings them back at once. Departures come first, so that a camera that left and came back
+  // is seen to be gone. A handler may run the main queue, and with it a newer survey, which has
+  // then told the rest.
+  const auto isSeen = [&](const Present& camera) {
+    return std::ranges::any_of(
+        survey.cameras, [&](const Sighting& seen) { return seen.sameCamera(camera.sighting); });
+  };
+  for (;;) {
+    const auto gone = std::ranges::find_if_not(present_, isSeen);
+    if (gone == present_.end()) break;
+    present_.erase(gone);
     if (const auto handler = deviceWasDisconnected_) handler();
-    if (survey.number != applied_) return;  // the handler ran the main queue
+    if (survey.number != applied_) return;
   }
-
-  bool arrived = false;
   for (const Sighting& seen : survey.cameras) {
-    if (std::any_of(present_.begin(), present_.end(),
-                    [&](const Present& camera) { return camera.sighting.sameCamera(seen); }))
-      continue;
+    const auto isIt = [&](const Present& camera) { return camera.sighting.sameCamera(seen); };
+    if (std::ranges::any_of(present_, isIt)) continue;
     present_.push_back({seen, makeDevice(seen)});
-    arrived = true;
+    std::ranges::sort(present_, {},
+                      [](const Present& camera) { return camera.device->uniqueID(); });
+    if (const auto handler = deviceWasConnected_) handler();
+    if (survey.number != applied_) return;
   }
-  if (!arrived) return;
-  std::sort(present_.begin(), present_.end(), [](const Present& a, const Present& b) {
-    return a.device->uniqueID() < b.device->uniqueID();
-  });
-  if (const auto handler = deviceWasConnected_) handler();
 }
 
 std::shared_ptr<V4l2CaptureDevice> V4l2CaptureSystem::makeDevice(const Sighting& sighting) const {

@@ -9,24 +9,26 @@ namespace tessary {
 SimulatedCaptureSystem::SimulatedCaptureSystem(Executor& mainQueue, FrameDecoderFactory makeDecoder)
     : mainQueue_(mainQueue),
       makeDecoder_(std::move(makeDecoder)),
-      microscope_(std::make_shared<SimulatedMicroscope>()) {}
+      plugged_(std::make_shared<SimulatedMicroscope>()) {
+  seen_->microscope = plugged_;
+}
 
 SimulatedCaptureSystem::~SimulatedCaptureSystem() = default;
 
 std::vector<std::shared_ptr<CaptureDevice>> SimulatedCaptureSystem::devices() {
-  if (!microscope_) return {};
-  return {microscope_};
+  if (!seen_->microscope) return {};
+  return {seen_->microscope};
 }
 
 std::shared_ptr<CaptureDevice> SimulatedCaptureSystem::deviceWithUniqueID(
     const std::string& uniqueID) {
-  if (!microscope_ || microscope_->uniqueID() != uniqueID) return nullptr;
-  return microscope_;
+  if (!seen_->microscope || seen_->microscope->uniqueID() != uniqueID) return nullptr;
+  return seen_->microscope;
 }
 
 std::unique_ptr<CaptureDeviceInput> SimulatedCaptureSystem::makeDeviceInput(
     const std::shared_ptr<CaptureDevice>& device, std::string& error) {
-  if (!device || device != microscope_) {
+  if (!device || device != plugged_) {
     error = "The microscope is no longer connected. Plug it in again.";
     return nullptr;
   }
@@ -34,46 +36,53 @@ std::unique_ptr<CaptureDeviceInput> SimulatedCaptureSystem::makeDeviceInput(
     error = std::exchange(openFailure_, {});
     return nullptr;
   }
-  return std::make_unique<SimulatedDeviceInput>(microscope_, makeDecoder_);
+  return std::make_unique<SimulatedDeviceInput>(plugged_, makeDecoder_);
 }
 
 void SimulatedCaptureSystem::setHotPlugHandlers(std::function<void()> deviceWasConnected,
                                                 std::function<void()> deviceWasDisconnected) {
-  *handlers_ = {std::move(deviceWasConnected), std::move(deviceWasDisconnected)};
+  seen_->deviceWasConnected = std::move(deviceWasConnected);
+  seen_->deviceWasDisconnected = std::move(deviceWasDisconnected);
 }
 
 void SimulatedCaptureSystem::plug() {
-  if (microscope_) return;
-  microscope_ = std::make_shared<SimulatedMicroscope>();
-  post(&HotPlugHandlers::deviceWasConnected);
+  if (plugged_) return;
+  plugged_ = std::make_shared<SimulatedMicroscope>();
+  tell();
 }
 
 void SimulatedCaptureSystem::unplug() {
-  if (!microscope_) return;
-  microscope_->disconnect();
-  microscope_.reset();
-  post(&HotPlugHandlers::deviceWasDisconnected);
+  if (!plugged_) return;
+  plugged_->disconnect();
+  plugged_.reset();
+  tell();
 }
 
-void SimulatedCaptureSystem::post(std::function<void()> HotPlugHandlers::*handler) {
-  mainQueue_.post([handlers = std::weak_ptr(handlers_), handler] {
-    const std::shared_ptr<HotPlugHandlers> alive = handlers.lock();
-    if (!alive) return;
+void SimulatedCaptureSystem::tell() {
+  if (!seen_->deviceWasConnected && !seen_->deviceWasDisconnected) {
+    seen_->microscope = plugged_;
+    return;
+  }
+  mainQueue_.post([weak = std::weak_ptr(seen_), microscope = plugged_] {
+    const std::shared_ptr<Seen> seen = weak.lock();
+    if (!seen) return;
+    seen->microscope = microscope;
     // A copy: the handler may set new ones.
-    if (const std::function<void()> run = (*alive).*handler) run();
+    const auto handler = microscope ? seen->deviceWasConnected : seen->deviceWasDisconnected;
+    if (handler) handler();
   });
 }
 
 void SimulatedCaptureSystem::damageNext(int frames) {
-  if (microscope_) microscope_->damageNext(frames);
+  if (plugged_) plugged_->damageNext(frames);
 }
 
 void SimulatedCaptureSystem::freeze(std::chrono::milliseconds time) {
-  if (microscope_) microscope_->freeze(time);
+  if (plugged_) plugged_->freeze(time);
 }
 
 uint64_t SimulatedCaptureSystem::droppedFrames() const {
-  return microscope_ ? microscope_->droppedFrames() : 0;
+  return plugged_ ? plugged_->droppedFrames() : 0;
 }
 
 }  // namespace tessary

@@ -25,7 +25,8 @@ class SimulatedCaptureSystem final : public CaptureSystem {
   void setHotPlugHandlers(std::function<void()> deviceWasConnected,
                           std::function<void()> deviceWasDisconnected) override;
 
-  /// Plugging in makes a new device object with the same uniqueID. Twice the same does nothing.
+  /// Plugging in makes a new device object with the same uniqueID. Twice the same does nothing. The
+  /// list follows when it is told; while nobody is told of it, at once.
   void plug();
   void unplug();
 
@@ -40,18 +41,21 @@ class SimulatedCaptureSystem final : public CaptureSystem {
   uint64_t droppedFrames() const;
 
  private:
-  struct HotPlugHandlers {
+  /// What the program sees.
+  struct Seen {
+    std::shared_ptr<SimulatedMicroscope> microscope;  // null without one
     std::function<void()> deviceWasConnected;
     std::function<void()> deviceWasDisconnected;
   };
-  void post(std::function<void()> HotPlugHandlers::*handler);
+  /// Lists what is plugged in now and tells of it.
+  void tell();
 
   Executor& mainQueue_;
   const FrameDecoderFactory makeDecoder_;
-  std::shared_ptr<SimulatedMicroscope> microscope_;  // null while unplugged
+  std::shared_ptr<SimulatedMicroscope> plugged_;  // null while unplugged
   std::string openFailure_;
   // Shared with what is posted, which may run after this object's end.
-  const std::shared_ptr<HotPlugHandlers> handlers_ = std::make_shared<HotPlugHandlers>();
+  const std::shared_ptr<Seen> seen_ = std::make_shared<Seen>();
 };
 
 }  // namespace tessary

@@ -8,6 +8,7 @@
 #include "FakeVideoDriver.h"
 #include "ManualExecutor.h"
 #include "base/FourCharCode.h"
+#include "capture/MicroscopeCatalogue.h"
 #include "platform/linux/V4l2CaptureSystem.h"
 
 namespace tessary {
@@ -18,6 +19,7 @@ using test::ManualExecutor;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
 
 /// Nodes that a test lays out; news goes out on the test's own thread.
 class FakeNodes final : public NodeSource {
@@ -170,12 +172,45 @@ TEST_F(CaptureSystemTest, NewsWithoutChangeIsNotTold) {
   EXPECT_THAT(events, IsEmpty());
 }
 
-TEST_F(CaptureSystemTest, TwoAtOnceAreOneEvent) {
+TEST_F(CaptureSystemTest, TwoAtOnceAreToldOneByOne) {
   start({});
   becomes({microscope(0, "port1"), microscope(2, "port2")});
   becomes({microscope(0, "port1"), microscope(2, "port2")});
   mainQueue.runAll();
-  EXPECT_THAT(events, ElementsAre("connected, port1 port2 "));
+  EXPECT_THAT(events, ElementsAre("connected, port1 ", "connected, port1 port2 "));
+  becomes({});
+  mainQueue.runAll();
+  EXPECT_THAT(events, ElementsAre("connected, port1 ", "connected, port1 port2 ",
+                                  "disconnected, port2 ", "disconnected, "));
+}
+
+TEST_F(CaptureSystemTest, AHubPulledAndPutBackBetweenTwoLooksIsToldCameraByCamera) {
+  start({microscope(0, "port1"), microscope(2, "port2")});
+  becomes({microscope(0, "port1", "2"), microscope(2, "port2", "2")});
+  mainQueue.runAll();
+  EXPECT_THAT(events, ElementsAre("disconnected, port2 ", "disconnected, ", "connected, port1 ",
+                                  "connected, port1 port2 "));
+}
+
+TEST_F(CaptureSystemTest, OfAHubPulledAndPutBackTheCatalogueReportsEveryMicroscope) {
+  // Both at once, and seen only when they were back.
+  for (const bool isMissed : {false, true}) {
+    SCOPED_TRACE(isMissed);
+    start({microscope(0, "port1"), microscope(2, "port2")});
+    MicroscopeList list;
+    MicroscopeCatalogue catalogue(*system, list);
+    catalogue.InitializeMicroscopes();
+    std::vector<std::string> reports;
+    const auto report = [&](const char* what, const std::shared_ptr<MicroscopeInfo>& microscope) {
+      reports.push_back(what + (microscope ? microscope->uniqueID.substr(0, 5) : "nothing"));
+    };
+    system->setHotPlugHandlers([&] { report("+", catalogue.onMicroscopeConnected()); },
+                               [&] { report("-", catalogue.onMicroscopeDisconnected()); });
+    if (!isMissed) becomes({});
+    becomes({microscope(0, "port1", "2"), microscope(2, "port2", "2")});
+    mainQueue.runAll();
+    EXPECT_THAT(reports, UnorderedElementsAre("-port1", "-port2", "+port1", "+port2"));
+  }
 }
 
 TEST_F(CaptureSystemTest, OneForAnotherIsADepartureAndThenAnArrival) {
@@ -318,6 +353,24 @@ TEST_F(CaptureSystemTest, AHandlerThatRunsTheMainQueueLeavesTheNewestListStandin
   becomes({microscope(2, "port3")});
   mainQueue.runAll();
   EXPECT_THAT(events, ElementsAre("disconnected, ", "connected, port3 "));
+}
+
+TEST_F(CaptureSystemTest, AHandlerThatRunsTheMainQueueInTheMiddleHasEachChangeToldOnce) {
+  start({microscope(0, "port1"), microscope(1, "port2")});
+  system->setHotPlugHandlers(
+      [this] {
+        events.push_back("connected, " + listed());
+        mainQueue.runAll();
+      },
+      [this] {
+        events.push_back("disconnected, " + listed());
+        mainQueue.runAll();
+      });
+  becomes({microscope(0, "port1", "2"), microscope(1, "port2", "2")});
+  becomes({microscope(1, "port2", "2"), microscope(2, "port3")});
+  mainQueue.runAll();
+  EXPECT_THAT(events, ElementsAre("disconnected, port2 ", "disconnected, ", "connected, port2 ",
+                                  "connected, port2 port3 "));
 }
 
 TEST_F(CaptureSystemTest, NewsThatIsStillQueuedWhenItEndsIsForgotten) {

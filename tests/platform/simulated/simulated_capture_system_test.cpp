@@ -86,10 +86,11 @@ TEST(SimulatedCaptureSystem, HotPlugIsToldOnTheMainQueue) {
 
   rig.system.unplug();
   EXPECT_THAT(told, IsEmpty());
-  EXPECT_THAT(rig.system.devices(), IsEmpty());
-  EXPECT_FALSE(rig.system.deviceWithUniqueID(uniqueID));
+  EXPECT_THAT(rig.system.devices(), ElementsAre(before));
   rig.mainQueue.runAll();
   EXPECT_THAT(told, ElementsAre("disconnected"));
+  EXPECT_THAT(rig.system.devices(), IsEmpty());
+  EXPECT_FALSE(rig.system.deviceWithUniqueID(uniqueID));
 
   rig.system.plug();
   rig.mainQueue.runAll();
@@ -103,6 +104,19 @@ TEST(SimulatedCaptureSystem, HotPlugIsToldOnTheMainQueue) {
   rig.system.unplug();  // it is
   rig.mainQueue.runAll();
   EXPECT_EQ(told.size(), 2U);
+}
+
+TEST(SimulatedCaptureSystem, AMicroscopePulledAndPutBackInOneTurnIsSeenToBeGone) {
+  SimulatedRig rig;
+  const auto before = rig.microscope();
+  std::vector<size_t> present;
+  const auto count = [&] { present.push_back(rig.system.devices().size()); };
+  rig.system.setHotPlugHandlers(count, count);
+  rig.system.unplug();
+  rig.system.plug();
+  rig.mainQueue.runAll();
+  EXPECT_THAT(present, ElementsAre(0U, 1U));
+  EXPECT_NE(rig.microscope(), before);
 }
 
 TEST(SimulatedCaptureSystem, ANoticeThatComesAfterItsEndIsHarmless) {
