@@ -7,10 +7,9 @@ misses no more than its last half second, and never an empty one.
 
 import os
 import pathlib
-import subprocess
 import sys
 
-from trial import Trial, wait_for
+from trial import Trial, has_fuse, mirror
 
 import movies
 
@@ -18,20 +17,6 @@ HALF_SECOND = 500_000  # microseconds
 LATEST = 3.0           # seconds of recording before the kill
 SIZES = {'640x480': (640, 480, 1_244_160), '1280x720': (1280, 720, 9_308_160)}
 BUSY = 4               # processes that want a core each, where the machine is loaded
-
-
-def mirrored(trial):
-    """A folder without nameless files; None where that can't be had."""
-    if not os.path.exists(trial.mirror_disk) or not os.access('/dev/fuse', os.W_OK):
-        return None
-    real, shown = (os.path.join(trial.folder, name) for name in ('real', 'shown'))
-    os.mkdir(real)
-    os.mkdir(shown)
-    trial.start([trial.mirror_disk, real, shown])
-    trial.at_end.callback(subprocess.run, ['umount', '-l', shown], check=False,
-                          stderr=subprocess.DEVNULL)
-    wait_for('the mirror', lambda: os.path.ismount(shown))
-    return shown
 
 
 def kill(trial, path, size):
@@ -57,9 +42,10 @@ def kill_all(trial):
     plain = os.path.join(trial.folder, 'plain')
     os.mkdir(plain)
     disks = {'': plain}
-    mirror = mirrored(trial)
-    if mirror:
-        disks[' without nameless files'] = mirror
+    if has_fuse(trial.mirror_disk):
+        disks[' without nameless files'] = os.path.join(trial.folder, 'shown')
+        mirror(trial, trial.mirror_disk, os.path.join(trial.folder, 'real'),
+               disks[' without nameless files'])
     kinds = [(size, load, disk) for load in (False, True) for size in SIZES for disk in disks]
     figures = []
     for number, (size, load, disk) in enumerate(kinds):

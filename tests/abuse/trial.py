@@ -12,6 +12,7 @@ import tempfile
 import time
 
 TESTS = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+# Import this one before desk and movies: it knows where they are.
 sys.path += [os.path.join(TESTS, 'day'), os.path.join(TESTS, 'movie')]
 
 from desk import Failure, Program, key, wait_for  # noqa: E402
@@ -137,6 +138,22 @@ def end(process):
         process.kill()
     with contextlib.suppress(subprocess.TimeoutExpired):  # it may be stuck in a disk that hangs
         process.wait(10)
+
+
+def has_fuse(mirror_disk):
+    """Whether `mirror_disk`, that program's path, has been built and can be used."""
+    return os.path.exists(mirror_disk) and os.access('/dev/fuse', os.W_OK)
+
+
+def mirror(trial, mirror_disk, real, shown):
+    """Makes both folders and shows the one as the other until the trial ends; the process to stop."""
+    os.mkdir(real)
+    os.mkdir(shown)
+    process = trial.start([mirror_disk, real, shown])
+    trial.at_end.callback(subprocess.run, ['umount', '-l', shown], check=False,
+                          stderr=subprocess.DEVNULL)
+    wait_for('the mirror', lambda: os.path.ismount(shown))
+    return process
 
 
 def start_recording(program):
