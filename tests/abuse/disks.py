@@ -122,9 +122,11 @@ class Watcher:
 
 
 def line_shown(program):
-    """Whether there is white text over the top of the picture, where the specimen has no white."""
-    band = screen().cut(*program.origin(), SIZE[0], 40)
-    return sum(min(band.at(x, y)) >= 250 for y in range(band.height) for x in range(band.width)) > 40
+    """Whether there is white text at the left of the picture's upper half, where neither the specimen
+    has white nor a sheet lies."""
+    x, y = program.origin()
+    place = screen().cut(x + 15, y + 5, 100, SIZE[1] // 2)
+    return sum(min(place.at(x, y)) >= 253 for y in range(place.height) for x in range(place.width)) > 20
 
 
 class Case:

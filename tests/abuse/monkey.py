@@ -1,0 +1,231 @@
+"""Somebody who presses everything: random clicks, drags, keys, menus, sheets and sizes of the window.
+Afterwards, with everything closed again, the program answers, and has not grown.
+
+    monkey.py PROGRAM HEAP_REPORT [--seed N] [--count N]     on a display; N events
+"""
+
+import os
+import signal
+import subprocess
+import sys
+import time
+
+from trial import Trial, begun_movie, start_recording
+
+from desk import Failure, key, wait_for, xdotool
+
+SIZE = (1280, 720)
+HEAP = 3_000_000       # bytes in use that may come; what one frame takes at this size
+RESIDENT = 20_000_000  # bytes
+SETTLING = 60          # seconds until threads that are no longer needed have gone
+CHOOSER = 'Choose path'
+
+# Not here: what quits, and Delete, which in a folder chooser is meant for the user's files.
+KEYS = ['space', 'ctrl+s', 'ctrl+1', 'ctrl+2', 'ctrl+3', 'ctrl+z', 'ctrl+comma', 'ctrl+m', 'ctrl+r',
+        'ctrl+k', 'ctrl+t', 'ctrl+o', 'F1', 'Escape', 'Escape', 'Return', 'Return', 'Tab', 'Up', 'Down',
+        'Left', 'Right', 'Home', 'End', 'Page_Up', '1', '7', 'a', 'period', 'comma', 'alt+b', 'alt+r',
+        'alt+l', 'alt+a', 'alt+p', 'alt+t', 'shift+Left']
+WHERE = [(0, 28), (28, 70), (70, None), (70, None), (70, None)]  # menus, toolbar, picture: rows
+
+
+class Monkey:
+    def __init__(self, trial):
+        self.trial, self.random = trial, trial.random
+        self.report = os.path.join(trial.folder, 'heap')
+        stills = os.path.join(trial.folder, 'stills')
+        os.mkdir(stills)
+        os.environ['HOME'] = trial.folder
+        # What opens folders: nothing.
+        opener = os.path.join(trial.folder, 'xdg-open')
+        with open(opener, 'w', encoding='utf-8') as file:
+            file.write('#!/bin/sh\n')
+        os.chmod(opener, 0o755)
+        os.environ['PATH'] = trial.folder + os.pathsep + os.environ['PATH']
+        trial.write_settings(trial.program, imagePath=stills, width=SIZE[0], height=SIZE[1])
+        self.stills = stills
+        self.program = trial.launch(trial.program, SIZE, environment={
+            'LD_PRELOAD': trial.heap_report, 'TESSARY_HEAP_REPORT': self.report})
+        self.done = {}
+
+    # Events.
+
+    def place(self, rows=None):
+        main = self.program.main.measure()
+        top, bottom = rows or self.random.choice(WHERE)
+        return (main.x + self.random.randrange(main.width),
+                main.y + self.random.randrange(top, bottom or main.height))
+
+    def click(self):
+        xdotool('mousemove', *self.place(), 'click', self.random.choice([1, 1, 1, 1, 3, 4, 5]))
+        if self.random.random() < 0.2:
+            xdotool('click', '--repeat', 2, '--delay', 5, 1)
+
+    def drag(self):
+        steps = [self.place((70, None)) for _ in range(self.random.randint(2, 5))]
+        xdotool('mousemove', *steps[0], 'mousedown', 1)
+        for step in steps[1:]:
+            xdotool('mousemove', *step)
+        xdotool('mouseup', 1)
+
+    def press(self):
+        key(*[self.random.choice(KEYS) for _ in range(self.random.randint(1, 3))])
+
+    def menu(self):
+        """A random item of the tools' menu. The others are only looked at: one of theirs quits."""
+        letter = self.random.choice('temh')
+        downs = ['Down'] * self.random.randint(0, 8)
+        key(f'alt+{letter}', *downs, 'Return' if letter == 'e' else 'Escape')
+
+    def sheet(self):
+        """Opens one, does a little in it, and ends it, often twice as impatient people do."""
+        opens = self.random.choice(['ctrl+comma', 'ctrl+m', 'ctrl+k', 'ctrl+t', 'ctrl+r', 'F1'])
+        inside = [self.random.choice(['Tab', 'Down', 'Up', '3', 'alt+b']) for _ in range(3)]
+        ends = self.random.choice(['Return', 'Escape'])
+        key(opens, *inside, *[ends] * self.random.randint(1, 2))
+
+    def resize(self):
+        xdotool('windowsize', self.program.main.number, self.random.randint(400, 1700),
+                self.random.randint(300, 1000))
+
+    def zoom(self):
+        main = self.program.main.measure()
+        y = main.y + main.height - 18
+        xdotool('mousemove', main.x + main.width - self.random.randint(20, 120), y, 'click', 1)
+
+    def tool(self):
+        """Measures something, as a user does most."""
+        key('alt+e', *['Down'] * self.random.randint(3, 9), 'Return')
+        self.drag()
+        xdotool('mousemove', *self.place((70, None)), 'click', 1)
+
+    def one(self):
+        events = [(self.click, 30), (self.drag, 15), (self.press, 20), (self.menu, 5), (self.sheet, 12),
+                  (self.resize, 3), (self.zoom, 5), (self.tool, 10)]
+        event, = self.random.choices([e for e, _ in events], [weight for _, weight in events])
+        if self.program.windows(CHOOSER):
+            key('Escape')  # it could rename what it shows
+        else:
+            event()
+        self.done[event.__name__] = self.done.get(event.__name__, 0) + 1
+
+    # Before and after.
+
+    def others(self):
+        """The program's windows beside the main one."""
+        return [number for number in self.program.windows('') if number != self.program.main.number]
+
+    @staticmethod
+    def active():
+        return subprocess.run(['xdotool', 'getactivewindow'], text=True, check=False,
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout.strip()
+
+    def close_one(self):
+        """One step towards the main window alone; whether nothing is left to do."""
+        others, main = self.others(), self.program.main.number
+        if not others and self.active() == main:
+            return True
+        top = others[-1] if others else main
+        if self.active() not in others:
+            # A menu has the keyboard without being active.
+            key('Escape')
+            subprocess.run(['xdotool', 'windowactivate', top], check=False, stderr=subprocess.DEVNULL)
+        for keys in ('Escape', 'alt+F4'):
+            if self.active() not in others:
+                break
+            key(keys)
+            end = time.monotonic() + 1
+            while len(self.others()) >= len(others) and time.monotonic() < end:
+                time.sleep(0.05)
+        return False
+
+    def close_all(self):
+        """Until the main window is alone."""
+        try:
+            wait_for('the main window to be alone', self.close_one)
+        except Failure as failure:
+            names = [subprocess.run(['xdotool', 'getwindowname', number], text=True, check=False,
+                                    stdout=subprocess.PIPE).stdout.strip() for number in self.others()]
+            raise Failure(f'{failure}; beside it: {names}') from None
+
+    def settle(self):
+        """Everything closed, and a picture and a window as they were at first: another size and back."""
+        self.close_all()
+        for size, downs in (((640, 480), []), (SIZE, ['Down'])):
+            key('ctrl+m')
+            self.program.dialog('Microscope')
+            key('alt+r', 'Home', *downs, 'Return')
+            self.program.no_dialog('Microscope')
+            self.program.wait_for_picture(*size)
+
+    def still(self):
+        before = set(os.listdir(self.stills))
+        key('space')
+        wait_for('a still', lambda: set(os.listdir(self.stills)) - before, patience=15)
+
+    def measure(self):
+        """Heap in use and resident memory in bytes, descriptors, threads."""
+        process = self.program.process
+
+        def proc(name):
+            return f'/proc/{process.pid}/{name}'
+        if os.path.exists(self.report):
+            os.unlink(self.report)
+        process.send_signal(signal.SIGRTMIN)
+        wait_for('the heap', lambda: os.path.exists(self.report), patience=10)
+        with open(self.report, encoding='utf-8') as file:
+            heap = int(file.read())
+        with open(proc('smaps_rollup'), encoding='utf-8') as file:
+            resident, = [int(line.split()[1]) * 1024 for line in file if line.startswith('Rss:')]
+        return heap, resident, len(os.listdir(proc('fd'))), len(os.listdir(proc('task')))
+
+    def warm_up(self):
+        """Everything once, so that what is made once is there: dialogs, a movie, both kinds of size."""
+        self.program.main.measure()
+        for opens in ('ctrl+comma', 'ctrl+k', 'ctrl+t', 'ctrl+m', 'F1'):
+            key(opens)
+            wait_for('a window', self.others)
+            self.close_all()
+        start_recording(self.program)
+        begun_movie(self.stills)
+        key('Return')
+        self.program.no_dialog('Record')
+        for _ in range(20):
+            self.tool()
+        self.resize()
+        self.close_all()
+        self.still()
+        self.settle()
+
+
+def press_everything(trial):
+    monkey = Monkey(trial)
+    monkey.warm_up()
+    before = monkey.measure()
+    for _ in range(trial.count):
+        monkey.one()
+    monkey.settle()
+    monkey.still()
+    # Threads end by themselves when they have not been needed for a while.
+    try:
+        wait_for('descriptors and threads', lambda: all(
+            now <= then for now, then in zip(monkey.measure()[2:], before[2:])), patience=SETTLING)
+    except Failure:
+        pass
+    after = monkey.measure()
+    grown = [now - then for now, then in zip(after, before)]
+    trial.expect(grown[0] <= HEAP, f'the heap has grown by {grown[0]} bytes')
+    trial.expect(grown[1] <= RESIDENT, f'resident memory has grown by {grown[1]} bytes')
+    trial.expect(grown[2] <= 0, f'{grown[2]} more descriptors')
+    trial.expect(grown[3] <= 0, f'{grown[3]} more threads')
+    key('ctrl+q')
+    status = monkey.program.wait_for_end()
+    trial.expect(status == 0, f'the program ended with {status}')
+    events = ', '.join(f'{count} {name}' for name, count in sorted(monkey.done.items()))
+    return (f'heap {before[0] / 1e6:.1f} to {after[0] / 1e6:.1f} MB, '
+            f'resident {before[1] / 1e6:.0f} to {after[1] / 1e6:.0f} MB, '
+            f'descriptors {before[2]} to {after[2]}, threads {before[3]} to {after[3]}; {events}')
+
+
+if __name__ == '__main__':
+    trial = Trial(['program', 'heap_report'], limit=900)
+    sys.exit(trial.run(press_everything))
