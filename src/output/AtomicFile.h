@@ -4,7 +4,7 @@
 #include <span>
 #include <string>
 
-#include "output/FileDescriptor.h"
+#include "base/FileDescriptor.h"
 #include "output/FileSync.h"
 
 namespace tessary {

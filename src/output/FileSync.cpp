@@ -10,8 +10,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/FileDescriptor.h"
 #include "base/Log.h"
-#include "output/FileDescriptor.h"
 
 namespace tessary {
 namespace {

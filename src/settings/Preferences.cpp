@@ -1,6 +1,8 @@
 #include "settings/Preferences.h"
 
-#include <array>
+#include <algorithm>
+#include <iterator>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -62,6 +64,10 @@ Preferences::Preferences(UserDefaults& defaults, const FolderGrants& grants)
   calibration = narrowed(defaults_.integerForKey("calibration"));
   CalibrationsFromString(defaults_.stringForKey("calibrations"));
 
+  lastEntries_ = entries(textOfCalibrations(calibrations));
+  lastCalibrations_ = calibrations;
+  for (const auto& [key, value] : lastEntries_) ownTexts_[key] = defaults_.storedText(key);
+
   // Not written back: the repair lasts until the next save.
   if (textSize < kSmallestTextSize || textSize > kLargestTextSize) textSize = kDefaultTextSize;
   font = Font{textSize};
@@ -76,8 +82,8 @@ void Preferences::loadURL() {
   log("filePath: {}", url ? std::string_view(*url) : kNil);
 }
 
-void Preferences::save() {
-  const UserDefaults::Entry entries[] = {
+Preferences::Entries Preferences::entries(std::string calibrationsText) const {
+  return {
       {"gridColor", ColoToString(gridColor)},
       {"lineColor", ColoToString(lineColor)},
       {"textColor", ColoToString(textColor)},
@@ -89,10 +95,54 @@ void Preferences::save() {
       {"width", resolution->width},
       {"height", resolution->height},
       {"calibration", calibration},
-      {"calibrations", CalibrationsToString()},
+      {"calibrations", std::move(calibrationsText)},
   };
-  defaults_.setObjects(entries);
+}
+
+void Preferences::save() {
+  defaults_.synchronize();
+  Entries now = entries(CalibrationsToString());
+  const Entries stored = merged(now);
+  defaults_.setObjects(stored);
+  for (const auto& [key, value] : stored) {
+    // Of a merged text the slots of others stay theirs.
+    const auto own = std::ranges::find(now, key, &UserDefaults::Entry::first);
+    ownTexts_[key] = KeyValueStore::textOf(own->second);
+  }
+  lastEntries_ = std::move(now);
+  lastCalibrations_ = calibrations;
   font = Font{textSize};  // as it stands: the range is repaired on loading only
+}
+
+Preferences::Entries Preferences::merged(const Entries& now) const {
+  const auto isChanged = [&](const std::string& key) {
+    const auto at = std::ranges::find(now, key, &UserDefaults::Entry::first) - now.begin();
+    return now[size_t(at)].second != lastEntries_[size_t(at)].second;
+  };
+  // A microscope and its resolution are one choice.
+  constexpr const char* kChoice[] = {"uniqueID", "videoType", "width", "height"};
+  const bool choiceIsChanged = std::ranges::any_of(kChoice, isChanged);
+  Entries result;
+  for (const auto& [key, value] : now) {
+    const std::optional<std::string> stored = defaults_.storedText(key);
+    const bool isOthers = stored && stored != ownTexts_.at(key);
+    if (!isOthers) {
+      result.emplace_back(key, value);
+    } else if (key == "calibrations") {
+      result.emplace_back(key, mergedCalibrations(*stored));
+    } else if (std::ranges::find(kChoice, key) != std::end(kChoice) ? choiceIsChanged
+                                                                    : isChanged(key)) {
+      result.emplace_back(key, value);
+    }
+  }
+  return result;
+}
+
+std::string Preferences::mergedCalibrations(std::string_view text) const {
+  CalibrationSlots slots = calibrationsOfText(text);
+  for (size_t i = 0; i < slots.size(); ++i)
+    if (calibrations[i] != lastCalibrations_[i]) slots[i] = calibrations[i];
+  return textOfCalibrations(slots);
 }
 
 void Preferences::saveURL() {

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/Color.h"
 #include "base/Resolution.h"
@@ -30,7 +32,9 @@ class Preferences {
   Preferences(const Preferences&) = delete;
   Preferences& operator=(const Preferences&) = delete;
 
-  /// Stores every field except `url`, and makes `font` follow `textSize`.
+  /// Stores every field except `url`, and makes `font` follow `textSize`. What another run has
+  /// stored meanwhile stays, except for what was changed here since the last load or `save`; of the
+  /// calibrations each slot counts by itself. The fields keep their values either way.
   void save();
   /// Stores `url`. Does nothing without one; a folder that can't be granted is logged, stays in
   /// force for this run, and leaves the stored one as it was.
@@ -63,10 +67,22 @@ class Preferences {
   Font font;  ///< Of `textSize` at the last load or `save`.
 
  private:
+  using Entries = std::vector<UserDefaults::Entry>;
+
   void loadURL();
+  Entries entries(std::string calibrationsText) const;
+  /// The entries to store beside what another run has stored.
+  Entries merged(const Entries& now) const;
+  /// Those of `text`, with the slots that were changed here.
+  std::string mergedCalibrations(std::string_view text) const;
 
   UserDefaults& defaults_;
   const FolderGrants& grants_;
+  // As of the last load or `save`, which tells what was changed here.
+  Entries lastEntries_;
+  CalibrationSlots lastCalibrations_;
+  /// What this run has read or stored under each key; something else is another run's.
+  std::map<std::string, std::optional<std::string>> ownTexts_;
 };
 
 /// The settings, from launch to the end of the process.

@@ -44,6 +44,12 @@ std::optional<UserDefaults::Bytes> UserDefaults::dataForKey(const std::string& k
   return std::nullopt;
 }
 
+std::optional<std::string> UserDefaults::storedText(const std::string& key) const {
+  const std::optional<Value> stored = store_.value(key);
+  if (!stored) return std::nullopt;
+  return KeyValueStore::textOf(*stored);
+}
+
 void UserDefaults::setObject(const std::string& key, Value value) {
   const Entry entry(key, std::move(value));
   store_.store({&entry, 1});

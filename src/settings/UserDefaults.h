@@ -32,6 +32,11 @@ class UserDefaults {
   /// A text is given as its bytes, so that a value edited by hand counts too.
   std::optional<Bytes> dataForKey(const std::string& key) const;
 
+  /// What is stored, whatever the default is, as text.
+  std::optional<std::string> storedText(const std::string& key) const;
+
+  /// Takes note of what another run has stored meanwhile.
+  void synchronize() { store_.refresh(); }
   void setObject(const std::string& key, Value value);
   /// Stores all entries in one go. Like all writing here, it has reached the store on return.
   void setObjects(std::span<const Entry> entries);

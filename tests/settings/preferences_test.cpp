@@ -397,5 +397,82 @@ TEST_F(PreferencesTest, WhateverIsStoredNeverFails) {
   }
 }
 
+TEST_F(PreferencesTest, TwoRunsKeepWhatTheOtherCalibrated) {
+  const CalibrationRecord lens{"lens", 0, 853, 0.5, 47187200, 20250115, 1706.0};
+  const CalibrationRecord wide{"wide", 1, 100, 2.0, 31457920, 20250116, 50.0};
+  const auto one = load();
+  const auto two = load();
+  one->calibrations[0] = lens;
+  one->save();
+  two->calibrations[1] = wide;
+  two->save();
+  EXPECT_EQ(load()->calibrations[0], lens);
+  EXPECT_EQ(load()->calibrations[1], wide);
+  // What a run holds stays as it is, and is not taken for a change.
+  EXPECT_EQ(two->calibrations[0], CalibrationRecord{});
+  for (const auto& run : {one.get(), two.get(), two.get(), one.get()}) {
+    run->maxRecord += 1;
+    run->save();
+    EXPECT_EQ(load()->calibrations[0], lens);
+    EXPECT_EQ(load()->calibrations[1], wide);
+  }
+  // A slot that is emptied is a change like any other.
+  one->calibrations[0] = {};
+  one->save();
+  EXPECT_EQ(load()->calibrations[0], CalibrationRecord{});
+  EXPECT_EQ(load()->calibrations[1], wide);
+  // Of two changes to one slot the later counts.
+  one->calibrations[1] = lens;
+  one->save();
+  EXPECT_EQ(load()->calibrations[1], lens);
+}
+
+TEST_F(PreferencesTest, TwoRunsKeepWhatTheOtherSet) {
+  load()->save();
+  const auto one = load();
+  const auto two = load();
+  one->gridColor = {1.0, 0.0, 0.0, 1.0};
+  one->textSize = 40;
+  one->save();
+  two->imagePNG = 1;
+  two->save();
+  two->save();
+  const auto both = load();
+  EXPECT_EQ(both->gridColor, (Color{1.0, 0.0, 0.0, 1.0}));
+  EXPECT_EQ(both->textSize, 40);
+  EXPECT_EQ(both->imagePNG, 1);
+  EXPECT_EQ(two->textSize, 26);
+  two->textSize = 12;
+  two->save();
+  EXPECT_EQ(load()->textSize, 12);
+}
+
+TEST_F(PreferencesTest, AMicroscopeKeepsTheResolutionItWasChosenWith) {
+  load()->save();
+  const auto one = load();
+  const auto two = load();
+  one->uniqueID = "one";
+  *one->resolution = {0x646d6231, 1280, 960};
+  one->save();
+  two->uniqueID = "two";
+  two->resolution->height = 600;  // the rest is as it was
+  two->save();
+  const auto after = load();
+  EXPECT_EQ(after->uniqueID, "two");
+  EXPECT_EQ(*after->resolution, (Resolution{0, 640, 600}));
+}
+
+TEST_F(PreferencesTest, ASingleRunWritesEveryField) {
+  store_.values["textSize"] = "5";
+  store_.values["gridColor"] = "red";
+  store_.values["calibrations"] = "a,b,0,1,2,3,4;lens,0,1,2,3,4;";
+  load()->save();
+  EXPECT_EQ(store_.values["textSize"], UserDefaults::Value(26));
+  EXPECT_EQ(store_.values["gridColor"], UserDefaults::Value("0.000000,0.000000,1.000000"));
+  std::string empty;
+  for (int i = 0; i < 10; ++i) empty += ",0,0,0.000000,0,0;";
+  EXPECT_EQ(store_.values["calibrations"], UserDefaults::Value(empty));
+}
+
 }  // namespace
 }  // namespace tessary

@@ -79,66 +79,76 @@ std::string lineOf(std::string_view key, std::string_view value) {
   return fmt::format("{}={}", key, plain ? std::string(value) : quoted(value));
 }
 
+/// Walks over the lines of a text that ends with a line end.
+class Lines {
+ public:
+  explicit Lines(std::string_view text) : text_(text) {}
+
+  bool next() {
+    begin_ = end_;
+    if (begin_ == text_.size()) return false;
+    end_ = text_.find('\n', begin_) + 1;
+    const std::string_view name = trimmed(line());
+    isSectionName_ = name.starts_with('[');
+    if (isSectionName_) isGeneral_ = name == kSection;
+    return true;
+  }
+  /// Without its end.
+  std::string_view line() const { return text_.substr(begin_, end_ - begin_ - 1); }
+  size_t begin() const { return begin_; }
+  size_t end() const { return end_; }
+  /// Lines before any section are the section's too.
+  bool isGeneral() const { return isGeneral_; }
+  bool isSectionName() const { return isSectionName_; }
+
+ private:
+  std::string_view text_;
+  size_t begin_ = 0;
+  size_t end_ = 0;
+  bool isGeneral_ = true;
+  bool isSectionName_ = false;
+};
+
 }  // namespace
 
 IniText::IniText(std::string_view text) {
   if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
-  while (!text.empty()) {
-    const size_t end = std::min(text.find('\n'), text.size());
-    lines_.emplace_back(text.substr(0, end));
-    text.remove_prefix(std::min(end + 1, text.size()));
-  }
-}
-
-std::vector<IniText::Range> IniText::general() const {
-  std::vector<Range> ranges{{0, 0}};
-  bool inside = true;
-  for (size_t i = 0; i < lines_.size(); ++i) {
-    const std::string_view line = trimmed(lines_[i]);
-    if (line.starts_with('[')) {
-      inside = line == kSection;
-      if (inside) ranges.push_back({i, i});
-    }
-    if (inside) ranges.back().end = i + 1;
-  }
-  return ranges;
+  text_ = text;
+  if (!text_.empty() && !text_.ends_with('\n')) text_ += '\n';
 }
 
 std::optional<std::string> IniText::value(std::string_view key) const {
-  std::optional<std::string> found;
-  for (const Range& range : general())
-    for (size_t i = range.begin; i < range.end; ++i)
-      if (keyOf(lines_[i]) == key) found = valueOf(lines_[i]);
-  return found;
+  std::optional<std::string_view> found;
+  for (Lines lines(text_); lines.next();)
+    if (lines.isGeneral() && keyOf(lines.line()) == key) found = lines.line();
+  if (!found) return std::nullopt;
+  return valueOf(*found);
 }
 
 void IniText::setValue(std::string_view key, std::string_view value) {
-  std::vector<size_t> places;
-  std::vector<Range> ranges = general();
-  for (const Range& range : ranges)
-    for (size_t i = range.begin; i < range.end; ++i)
-      if (keyOf(lines_[i]) == key) places.push_back(i);
-  if (!places.empty()) {
-    lines_[places.back()] = lineOf(key, value);
+  std::optional<size_t> found;
+  size_t foundSize = 0;
+  bool hasSection = false;
+  size_t place = 0;  // behind the last line of the section that is not empty
+  for (Lines lines(text_); lines.next();) {
+    if (!lines.isGeneral()) continue;
+    // Lines before any section are the section's, but a new key goes where it has its name.
+    if (lines.isSectionName()) hasSection = true;
+    if (!trimmed(lines.line()).empty() || !hasSection) place = lines.end();
+    if (keyOf(lines.line()) != key) continue;
+    found = lines.begin();
+    foundSize = lines.line().size();
+  }
+  if (found) {
+    text_.replace(*found, foundSize, lineOf(key, value));
     return;
   }
-
-  if (ranges.size() == 1) {
+  std::string added = lineOf(key, value) + '\n';
+  if (!hasSection) {
     // In front of the other sections, behind what stands in none.
-    const size_t place = ranges.back().end;
-    if (place < lines_.size()) lines_.insert(lines_.begin() + ptrdiff_t(place), std::string());
-    lines_.insert(lines_.begin() + ptrdiff_t(place), std::string(kSection));
-    ranges.push_back({place, place + 1});
+    added = fmt::format("{}\n{}{}", kSection, added, place < text_.size() ? "\n" : "");
   }
-  size_t place = ranges.back().end;
-  while (trimmed(lines_[place - 1]).empty()) --place;  // before the gap to the next section
-  lines_.insert(lines_.begin() + ptrdiff_t(place), lineOf(key, value));
-}
-
-std::string IniText::text() const {
-  std::string text;
-  for (const std::string& line : lines_) (text += line) += '\n';
-  return text;
+  text_.insert(place, added);
 }
 
 }  // namespace tessary

@@ -1,10 +1,7 @@
 #include "platform/qt/QtKeyValueStore.h"
 
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
-#include <QSaveFile>
 #include <QStandardPaths>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -18,60 +15,67 @@ std::string userPath(const std::string& organisation, const std::string& applica
   return fmt::format("{}/{}/{}.ini", folder.toStdString(), organisation, application);
 }
 
-/// No file is an empty one; nothing if there is one that can't be read.
-std::optional<IniText> read(const std::string& path) {
-  QFile file(QString::fromStdString(path));
-  if (!file.exists()) return IniText();
-  if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
-  const QByteArray text = file.readAll();
-  if (file.error() != QFileDevice::NoError) return std::nullopt;
-  return IniText({text.data(), size_t(text.size())});
-}
-
-bool write(const std::string& path, const std::string& text) {
-  const QString name = QString::fromStdString(path);
-  QDir().mkpath(QFileInfo(name).path());
-  QSaveFile file(name);
-  // Unbuffered, because what a full disk cuts off inside the buffer goes unnoticed by commit().
-  if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) return false;
-  if (file.write(text.data(), qint64(text.size())) != qint64(text.size())) return false;
-  return file.commit();
-}
-
-std::string textOf(const KeyValueStore::Value& value) {
-  if (const auto* number = std::get_if<int64_t>(&value)) return fmt::format("{}", *number);
-  if (const auto* text = std::get_if<std::string>(&value)) return *text;
-  const auto& bytes = std::get<KeyValueStore::Bytes>(value);
-  return {bytes.begin(), bytes.end()};
-}
-
 }  // namespace
 
 QtKeyValueStore::QtKeyValueStore(const std::string& path)
-    : path_(path), ini_(read(path).value_or(IniText())) {}
+    : QtKeyValueStore(std::make_unique<SettingsFile>(path)) {}
 
 QtKeyValueStore::QtKeyValueStore(const std::string& organisation, const std::string& application)
     : QtKeyValueStore(userPath(organisation, application)) {}
+
+QtKeyValueStore::QtKeyValueStore(std::unique_ptr<SettingsFile> file) : file_(std::move(file)) {
+  if (std::optional<IniText> ini = read()) {
+    ini_ = std::move(*ini);
+    return;
+  }
+  log("Settings could not be read from {}: {}", path(), file_->error());
+  noteProblem(fmt::format("The settings can't be read: {}. See to {}, then start again.",
+                          file_->error(), path()));
+}
+
+std::optional<IniText> QtKeyValueStore::read() {
+  const std::optional<std::string> text = file_->read();
+  if (!text) return std::nullopt;
+  return IniText(*text);
+}
 
 std::optional<KeyValueStore::Value> QtKeyValueStore::value(const std::string& key) {
   if (const auto found = unwritten_.find(key); found != unwritten_.end()) return found->second;
   return ini_.value(key);
 }
 
+void QtKeyValueStore::refresh() {
+  if (std::optional<IniText> ini = read()) ini_ = std::move(*ini);
+}
+
 void QtKeyValueStore::store(std::span<const Entry> entries) {
   for (const auto& [key, value] : entries) unwritten_[key] = textOf(value);
   // Read anew: another run, or a hand, may have set other keys meanwhile. Two runs that store in
   // the same millisecond can still lose one of the two changes; no lock is worth that.
-  std::optional<IniText> ini = read(path_);
+  std::optional<IniText> ini = read();
   if (ini) {
     for (const auto& [key, text] : unwritten_) ini->setValue(key, text);
-    if (write(path_, ini->text())) {
+    if (file_->replace(ini->text())) {
       ini_ = std::move(*ini);
       unwritten_.clear();
+      noteProblem({});
       return;
     }
   }
-  log("Settings could not be written to {}; they hold until the program ends.", path_);
+  log("Settings could not be written to {}; they hold until the program ends.", path());
+  noteProblem(fmt::format("The settings can't be kept: {}. They hold until the program ends.",
+                          file_->error()));
+}
+
+void QtKeyValueStore::setProblemHandler(ProblemHandler handler) {
+  problemHandler_ = std::move(handler);
+  if (problemHandler_ && !problem_.empty()) problemHandler_(problem_);
+}
+
+void QtKeyValueStore::noteProblem(std::string problem) {
+  if (problem.empty() && problem_.empty()) return;
+  problem_ = std::move(problem);
+  if (problemHandler_) problemHandler_(problem_);
 }
 
 }  // namespace tessary

@@ -3,6 +3,7 @@
 #include <random>
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 namespace tessary {
 namespace {
@@ -92,6 +93,20 @@ TEST(IniText, AKnownKeyKeepsItsPlace) {
   IniText ini("; mine\n k = 1 \nb=2\n[Other]\nk=3");
   ini.setValue("k", "9");
   EXPECT_EQ(ini.text(), "; mine\nk=9\nb=2\n[Other]\nk=3\n");
+}
+
+TEST(IniText, ManyShortLinesTakeLittleMemory) {
+  constexpr size_t kBytes = 1'000'000;
+  for (const char* line : {"\n", "[\n", "k=\n", "[General]\n"}) {
+    std::string text;
+    while (text.size() < kBytes) text += line;
+    const size_t before = mallinfo2().uordblks + mallinfo2().hblkhd;
+    if (before == 0) GTEST_SKIP() << "a sanitizer's memory is not counted";
+    IniText ini(text);
+    ini.setValue("l", "1");
+    EXPECT_LT(mallinfo2().uordblks + mallinfo2().hblkhd - before, 3 * kBytes) << line;
+    EXPECT_EQ(ini.value("l"), "1");
+  }
 }
 
 TEST(IniText, WhateverTheTextIsAValueThatIsSetComesBack) {

@@ -5,13 +5,16 @@
 #include <QTemporaryDir>
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <limits>
 #include <random>
 #include <sstream>
+#include <thread>
 
 #include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "LogCapture.h"
@@ -209,14 +212,141 @@ TEST_F(QtKeyValueStoreTest, WhatCannotBeWrittenHoldsForThisRunAndIsTriedAgain) {
   EXPECT_EQ(after.value("b"), Value("2"));
 }
 
-TEST_F(QtKeyValueStoreTest, AFolderInPlaceOfTheFileIsLeftAlone) {
+TEST_F(QtKeyValueStoreTest, WhatIsNoSettingsFileIsPutAsideAndTheDefaultsHold) {
+  struct Row {
+    const char* what;
+    std::function<void(const std::string& path)> make;
+    std::function<bool(const std::string& path)> isIt;
+  };
+  const auto isLineEnds = [](const std::string& path) {
+    return fs::file_size(path) == 100'000'000;
+  };
+  const Row rows[] = {
+      {"a pipe", [](const std::string& path) { ASSERT_EQ(mkfifo(path.c_str(), 0666), 0); },
+       [](const std::string& path) { return fs::is_fifo(path); }},
+      {"a link to a device without end",
+       [](const std::string& path) { fs::create_symlink("/dev/zero", path); },
+       [](const std::string& path) { return fs::read_symlink(path) == "/dev/zero"; }},
+      {"a folder", [](const std::string& path) { fs::create_directory(path); },
+       [](const std::string& path) { return fs::is_directory(path); }},
+      {"100 MB of line ends",
+       [](const std::string& path) {
+         std::ofstream(path, std::ios::binary) << std::string(100'000'000, '\n');
+       },
+       isLineEnds},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.what);
+    fs::remove_all(path());
+    fs::remove_all(path("settings.ini.aside"));
+    const test::LogCapture log;
+    row.make(path());
+    QtKeyValueStore store(path());
+    EXPECT_EQ(store.value("k"), std::nullopt);
+    EXPECT_TRUE(row.isIt(path("settings.ini.aside")));
+    ASSERT_EQ(log.lines().size(), 1U);
+    EXPECT_THAT(log.lines()[0], EndsWith("settings.ini.aside, and the defaults hold."));
+    this->store(store, "k", "1");
+    EXPECT_EQ(read(), "[General]\nk=1\n");
+    EXPECT_EQ(filesInFolder(), 2U);
+  }
+}
+
+TEST_F(QtKeyValueStoreTest, WhatWasPutAsideBeforeStays) {
+  write("mine", "settings.ini.aside");
   fs::create_directory(path());
+  const QtKeyValueStore store(path());
+  EXPECT_TRUE(fs::is_regular_file(path("settings.ini.aside")));
+  EXPECT_TRUE(fs::is_directory(path("settings.ini.aside-2")));
+}
+
+TEST_F(QtKeyValueStoreTest, SettingsOfAMegabyteAreReadAndOneByteMoreIsNot) {
+  const std::string settings = "k=1\n";
+  const std::string filler(SettingsFile::kMostBytes - settings.size(), '\n');
+  write(settings + filler);
+  EXPECT_EQ(QtKeyValueStore(path()).value("k"), Value("1"));
+  write(settings + filler + "\n");
+  EXPECT_EQ(QtKeyValueStore(path()).value("k"), std::nullopt);
+  EXPECT_TRUE(fs::exists(path("settings.ini.aside")));
+}
+
+TEST_F(QtKeyValueStoreTest, ALinkLeadsToTheFileAndStaysALink) {
+  write("k=1\n", "elsewhere.ini");
+  fs::permissions(path("elsewhere.ini"), fs::perms::owner_read | fs::perms::owner_write);
+  fs::create_symlink("elsewhere.ini", path());
   QtKeyValueStore store(path());
-  EXPECT_EQ(store.value("k"), std::nullopt);
-  this->store(store, "k", "1");
   EXPECT_EQ(store.value("k"), Value("1"));
-  EXPECT_EQ(log_.lines().size(), 1U);
-  EXPECT_TRUE(fs::is_directory(path()));
+  this->store(store, "k", "2");
+  EXPECT_TRUE(fs::is_symlink(path()));
+  EXPECT_EQ(QtKeyValueStore(path("elsewhere.ini")).value("k"), Value("2"));
+  EXPECT_EQ(fs::status(path("elsewhere.ini")).permissions(),
+            fs::perms::owner_read | fs::perms::owner_write);
+}
+
+TEST_F(QtKeyValueStoreTest, NobodyWaitsForTheDiskToHaveWhatIsStored) {
+  std::promise<void> goOn;
+  std::atomic<int> flushed = 0;
+  SettingsFile::Disk disk;
+  disk.flush = [wait = goOn.get_future().share(), &flushed](int) {
+    wait.wait();
+    ++flushed;
+    return 0;
+  };
+  auto file = std::make_unique<SettingsFile>(path(), disk);
+  SettingsFile& sameFile = *file;
+  QtKeyValueStore store(std::move(file));
+  this->store(store, "k", "1");
+  this->store(store, "l", "2");  // also while the first is not down
+  EXPECT_EQ(read(), "[General]\nk=1\nl=2\n");
+  EXPECT_EQ(flushed, 0);
+  goOn.set_value();
+  sameFile.drain();
+  EXPECT_EQ(flushed, 4);  // each time the file and its folder
+  EXPECT_THAT(log_.lines(), IsEmpty());
+}
+
+TEST_F(QtKeyValueStoreTest, ADiskThatDoesNotAnswerIsToldAndForgivenWhenItDoes) {
+  write("[General]\nk=1\nother=5\n");
+  std::promise<void> answer;
+  SettingsFile::Disk disk;
+  disk.patience = disk.patienceAfterSilence = std::chrono::milliseconds(20);
+  disk.touch = [wait = answer.get_future().share()] { wait.wait(); };
+  QtKeyValueStore store(std::make_unique<SettingsFile>(path(), disk));
+  EXPECT_EQ(store.value("k"), std::nullopt);
+
+  std::vector<std::string> problems;
+  store.setProblemHandler([&](const std::string& problem) { problems.push_back(problem); });
+  ASSERT_EQ(problems.size(), 1U);
+  EXPECT_THAT(problems[0], StartsWith("The settings can't be read: the disk does not answer."));
+  this->store(store, "l", "2");
+  EXPECT_EQ(store.value("l"), Value("2"));
+  ASSERT_EQ(problems.size(), 2U);
+  EXPECT_THAT(problems[1], StartsWith("The settings can't be kept: the disk does not answer."));
+  EXPECT_THAT(log_.lines(), ElementsAre(StartsWith("Settings could not be read from " + path()),
+                                        "Settings could not be written to " + path() +
+                                            "; they hold until the program ends."));
+  EXPECT_EQ(read(), "[General]\nk=1\nother=5\n");
+
+  answer.set_value();
+  // The disk may take a while to come back; each call asks it anew.
+  for (int round = 0; round < 1000 && !problems.back().empty(); ++round)
+    this->store(store, "l", "3");
+  EXPECT_EQ(problems.back(), "");
+  EXPECT_EQ(read(), "[General]\nk=1\nother=5\nl=3\n");
+}
+
+TEST_F(QtKeyValueStoreTest, ADiskThatNeverAnswersHoldsUpNoEnd) {
+  const int before = SerialQueue::abandonedThreads();
+  const auto answer = std::make_shared<std::promise<void>>();
+  {
+    SettingsFile::Disk disk;
+    disk.patience = std::chrono::milliseconds(20);
+    disk.touch = [answer, wait = answer->get_future().share()] { wait.wait(); };
+    const QtKeyValueStore store(std::make_unique<SettingsFile>(path(), disk));
+  }
+  EXPECT_EQ(SerialQueue::abandonedThreads(), before + 1);
+  answer->set_value();
+  while (SerialQueue::abandonedThreads() != before) std::this_thread::yield();
 }
 
 TEST_F(QtKeyValueStoreTest, AFullDiskLeavesTheFileAsItWas) {
