@@ -8,8 +8,8 @@ build=(g++ cmake ninja-build pkg-config qt6-base-dev libqt6opengl6-dev libgl-dev
   libavutil-dev libudev-dev libfmt-dev libgtest-dev libgmock-dev libbenchmark-dev
   fonts-open-sans libqt6svg6 libgl1-mesa-dri libegl-mesa0)
 test=(xvfb xauth openbox xdotool imagemagick x11-utils libumockdev-dev umockdev dbus-x11 ffmpeg
-  clang-format python3 desktop-file-utils)
-abuse=(strace fuse3 libfuse3-dev)
+  clang-format python3 desktop-file-utils strace)
+abuse=(fuse3 libfuse3-dev)
 usb=(qemu-system-x86 busybox-static kmod cpio v4l-utils udev python3)
 
 wanted=()
