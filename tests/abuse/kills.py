@@ -16,7 +16,7 @@ import movies
 HALF_SECOND = 500_000  # microseconds
 LATEST = 3.0           # seconds of recording before the kill
 SIZES = {'640x480': (640, 480, 1_244_160), '1280x720': (1280, 720, 9_308_160)}
-BUSY = 4               # processes that want a core each, where the machine is loaded
+BUSY = 8               # processes that want a core each, where the machine is loaded
 
 
 def kill(trial, path, size):
