@@ -92,7 +92,10 @@ void CaptureController::windowWillClose() {
 void CaptureController::startCaptureSession(std::shared_ptr<MicroscopeInfo> microscope,
                                             std::shared_ptr<Resolution> resolution) {
   if (!capSession || !microscope) return;  // before the window is set up and after it has closed
-  if (surroundings_.currMicroscope) stopCaptureSession();
+  if (surroundings_.currMicroscope)
+    stopCaptureSession();
+  else
+    endCalibration();  // one may have begun while no microscope was there
   surroundings_.currMicroscope = microscope;
   // The object and not a copy: the remembered resolution and the one in use may be the same.
   microscope->currResolution = std::move(resolution);
@@ -139,9 +142,12 @@ bool CaptureController::addInputAndOutput() {
   return true;
 }
 
-void CaptureController::stopCaptureSession() {
-  // A session that ends takes a calibration with it, so that no line stays without its window.
+void CaptureController::endCalibration() {
   if (surroundings_.host.closeCalibrationWindow()) surroundings_.host.stopCalibration();
+}
+
+void CaptureController::stopCaptureSession() {
+  endCalibration();
   surroundings_.host.closeInputTextWindow();
   if (capSession) {
     if (capSession->isRunning()) capSession->stopRunning();

@@ -102,6 +102,9 @@ class CaptureController final : private CaptureVideoDataOutputSampleBufferDelega
   /// The part of a start that needs the device: input and output onto the session. False when the
   /// device can't be used.
   bool addInputAndOutput();
+  /// A session that starts or ends takes a calibration with it: its line belongs to the picture
+  /// that it was laid over. The window and the line go together.
+  void endCalibration();
   void rememberChoice(const MicroscopeInfo& microscope);
 
   Surroundings surroundings_;

@@ -30,11 +30,11 @@ TEST_F(CaptureControllerTest, StartsInItsOrder) {
   launch();
   start(0, 2);
   EXPECT_EQ(state(), State::Running);
-  EXPECT_THAT(
-      calls(),
-      ElementsAre("deviceWithUniqueID m1", "m1.open", "m1.startStreaming", "m1.lock",
-                  "m1.setActiveFormat 1920x1080 646D6231", "m1.setActiveVideoMinFrameDuration 1/30",
-                  "m1.unlock", "changeScale 0", "setCalibration -1 0", "removeAllShapes", "save"));
+  EXPECT_THAT(calls(),
+              ElementsAre("closeCalibrationWindow", "deviceWithUniqueID m1", "m1.open",
+                          "m1.startStreaming", "m1.lock", "m1.setActiveFormat 1920x1080 646D6231",
+                          "m1.setActiveVideoMinFrameDuration 1/30", "m1.unlock", "changeScale 0",
+                          "setCalibration -1 0", "removeAllShapes", "save"));
   EXPECT_THAT(lines(), ElementsAre("matchDeviceFormat OK: 646D6231, 1920x1080",
                                    "Config device OK: dmb1 1920x1080"));
   EXPECT_EQ(currMicroscope, microscopes[0]);
@@ -84,6 +84,20 @@ TEST_F(CaptureControllerTest, ASessionStartEndsACalibrationThatIsGoingOn) {
   ASSERT_GE(order.size(), 3u);
   EXPECT_THAT(std::vector(order.begin(), order.begin() + 3),
               ElementsAre("closeCalibrationWindow", "stopCalibration", "closeInputTextWindow"));
+}
+
+TEST_F(CaptureControllerTest, AStartEndsACalibrationThatBeganWithoutAMicroscope) {
+  preferences.uniqueID = "m1";
+  launch();
+  host.calibrationWindowIsUp = true;
+  system.plug("m1");
+  system.tellConnected();
+  EXPECT_EQ(state(), State::Running);
+  EXPECT_FALSE(host.calibrationWindowIsUp);
+  const auto order = calls();
+  ASSERT_GE(order.size(), 3u);
+  EXPECT_THAT(std::vector(order.begin(), order.begin() + 3),
+              ElementsAre("closeCalibrationWindow", "stopCalibration", "deviceWithUniqueID m1"));
 }
 
 TEST_F(CaptureControllerTest, AChangeOfMicroscopeLeavesThePictureAlone) {
@@ -302,7 +316,7 @@ TEST_F(CaptureControllerTest, FailsWhenTheDeviceHasVanished) {
   EXPECT_THAT(lines(), ElementsAre("Could not create video device input: "
                                    "The camera is not connected any more."));
   // Nothing saved, the overlay not reset.
-  EXPECT_THAT(calls(), ElementsAre("deviceWithUniqueID m1"));
+  EXPECT_THAT(calls(), ElementsAre("closeCalibrationWindow", "deviceWithUniqueID m1"));
   EXPECT_EQ(preferences.uniqueID, "");
 }
 
@@ -342,7 +356,7 @@ TEST_F(CaptureControllerTest, FailsWhenTheSessionRefusesTheInput) {
   calls();
   start(0, 0);
   EXPECT_THAT(lines(), ElementsAre("Could not add video device input to the session"));
-  EXPECT_THAT(calls(), ElementsAre("deviceWithUniqueID m1", "m1.open"));
+  EXPECT_THAT(calls(), ElementsAre("closeCalibrationWindow", "deviceWithUniqueID m1", "m1.open"));
   EXPECT_NE(controller->capDeviceInput, nullptr);
   EXPECT_EQ(controller->capVideoDataOutput, nullptr);
   EXPECT_FALSE(controller->capSession->isRunning());
