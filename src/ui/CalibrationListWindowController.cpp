@@ -16,7 +16,7 @@ constexpr int kCellMargin = 16;
 
 CalibrationListWindowController::CalibrationListWindowController(QWidget* parent,
                                                                  Preferences& preferences)
-    : QDialog(parent),
+    : Dialog(parent),
       ui_(std::make_unique<Ui::CalibrationListWindowController>()),
       model_(new CalibrationTableModel(preferences, this)) {
   ui_->setupUi(this);

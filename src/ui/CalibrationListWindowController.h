@@ -3,9 +3,8 @@
 #include <cstdint>
 #include <memory>
 
-#include <QtWidgets/QDialog>
-
 #include "settings/Preferences.h"
+#include "ui/Dialog.h"
 
 namespace Ui {
 class CalibrationListWindowController;
@@ -26,7 +25,7 @@ class CalibrationListDelegate {
 
 /// The sheet with the ten calibrations: to rename, delete, calibrate and apply them. It always ends
 /// with 0; what was chosen reaches the delegate. Escape and the title bar end it like Close.
-class CalibrationListWindowController final : public QDialog {
+class CalibrationListWindowController final : public Dialog {
   Q_OBJECT
  public:
   /// Reads and changes the slots of `preferences`, which must outlive it.

@@ -33,7 +33,7 @@ class LengthValidator final : public QValidator {
 
 CalibrationWindowController::CalibrationWindowController(QWidget* parent,
                                                          const Preferences& preferences)
-    : QDialog(parent),
+    : Dialog(parent),
       ui_(std::make_unique<Ui::CalibrationWindowController>()),
       preferences_(preferences) {
   ui_->setupUi(this);

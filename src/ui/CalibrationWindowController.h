@@ -3,10 +3,9 @@
 #include <cstdint>
 #include <memory>
 
-#include <QtWidgets/QDialog>
-
 #include "settings/Preferences.h"
 #include "ui/CalibrationHelpViewController.h"
+#include "ui/Dialog.h"
 
 namespace Ui {
 class CalibrationWindowController;
@@ -25,7 +24,7 @@ class CalibrationDelegate {
 
 /// The floating window in which the user types the real length of the line laid over the picture.
 /// Escape and the title bar are its Cancel. `done` closes it without a word to the delegate.
-class CalibrationWindowController final : public QDialog {
+class CalibrationWindowController final : public Dialog {
   Q_OBJECT
  public:
   /// Stays above `parent`, which can be used meanwhile. Names come from `preferences`, which must

@@ -5,7 +5,7 @@
 namespace tessary {
 
 InputTextWindowController::InputTextWindowController(QWidget* parent)
-    : QDialog(parent), ui_(std::make_unique<Ui::InputTextWindowController>()) {
+    : Dialog(parent), ui_(std::make_unique<Ui::InputTextWindowController>()) {
   ui_->setupUi(this);
   connect(ui_->buttonBox, &QDialogButtonBox::accepted, this, &InputTextWindowController::okClicked);
   connect(ui_->buttonBox, &QDialogButtonBox::rejected, this,

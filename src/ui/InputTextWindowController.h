@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include <QtWidgets/QDialog>
+#include "ui/Dialog.h"
 
 namespace Ui {
 class InputTextWindowController;
@@ -13,7 +13,7 @@ namespace tessary {
 
 /// The sheet that asks for the text to lay over the picture. It ends with 1 for OK and 0 for
 /// Cancel.
-class InputTextWindowController final : public QDialog {
+class InputTextWindowController final : public Dialog {
   Q_OBJECT
  public:
   explicit InputTextWindowController(QWidget* parent);

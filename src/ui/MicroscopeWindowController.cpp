@@ -8,7 +8,7 @@
 namespace tessary {
 
 MicroscopeWindowController::MicroscopeWindowController(QWidget* parent)
-    : QDialog(parent), ui_(std::make_unique<Ui::MicroscopeWindowController>()) {
+    : Dialog(parent), ui_(std::make_unique<Ui::MicroscopeWindowController>()) {
   ui_->setupUi(this);
   connect(ui_->microscopeFld, &QComboBox::activated, this,
           &MicroscopeWindowController::onSelMicroscope);

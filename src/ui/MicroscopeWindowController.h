@@ -2,9 +2,8 @@
 
 #include <memory>
 
-#include <QtWidgets/QDialog>
-
 #include "capture/MicroscopeInfo.h"
+#include "ui/Dialog.h"
 
 namespace Ui {
 class MicroscopeWindowController;
@@ -22,7 +21,7 @@ class MicroscopeWindowDelegate {
 
 /// The sheet that picks the microscope and its resolution from `gMicroscopes`. It ends with 1 after
 /// the choice was handed to the delegate and with 0 when nothing was chosen.
-class MicroscopeWindowController final : public QDialog {
+class MicroscopeWindowController final : public Dialog {
   Q_OBJECT
  public:
   explicit MicroscopeWindowController(QWidget* parent);

@@ -3,9 +3,8 @@
 #include <functional>
 #include <memory>
 
-#include <QtWidgets/QDialog>
-
 #include "settings/Preferences.h"
+#include "ui/Dialog.h"
 
 namespace Ui {
 class OptionsWindowController;
@@ -15,7 +14,7 @@ namespace tessary {
 
 /// The floating window for colours, text size, folder and photo format. The folder is saved when it
 /// is chosen; all else with OK.
-class OptionsWindowController final : public QDialog {
+class OptionsWindowController final : public Dialog {
   Q_OBJECT
  public:
   /// Fills its fields from `preferences`, which must outlive it.

@@ -14,7 +14,7 @@ constexpr std::chrono::milliseconds kTick(100);
 }  // namespace
 
 RecordWindowController::RecordWindowController(QWidget* parent, Preferences& preferences)
-    : QDialog(parent),
+    : Dialog(parent),
       ui_(std::make_unique<Ui::RecordWindowController>()),
       preferences_(preferences) {
   ui_->setupUi(this);
@@ -71,10 +71,8 @@ void RecordWindowController::timerTriggered() {
 }
 
 void RecordWindowController::done(int returnCode) {
-  // A recording is finished once: the limit and Stop may come together.
-  if (std::exchange(ended_, true)) return;
   timer.stop();
-  QDialog::done(returnCode);
+  Dialog::done(returnCode);
 }
 
 }  // namespace tessary

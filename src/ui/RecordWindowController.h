@@ -3,10 +3,10 @@
 #include <memory>
 
 #include <QtCore/QTimer>
-#include <QtWidgets/QDialog>
 
 #include "dialogs/RecordClock.h"
 #include "settings/Preferences.h"
+#include "ui/Dialog.h"
 
 namespace Ui {
 class RecordWindowController;
@@ -27,7 +27,7 @@ class RecordWindowDelegate {
 /// The sheet that starts and stops a movie, shows its time and enforces its limit. It ends with 1
 /// if a recording was started and has to be finished, with 0 if there is nothing to finish; Escape
 /// and the title bar end it like its own button. One sheet is for one recording.
-class RecordWindowController final : public QDialog {
+class RecordWindowController final : public Dialog {
   Q_OBJECT
  public:
   /// Stands on `parent`. Reads and stores the limit in `preferences`, which must outlive it.
@@ -38,7 +38,7 @@ class RecordWindowController final : public QDialog {
   /// What the recording tells its status to. It may outlive the sheet.
   std::shared_ptr<PreviewViewRecordDelegate> statusDelegate() const { return clock_; }
 
-  /// Ends the sheet, once: whatever calls it later stays without effect.
+  /// Ends the sheet and its clock.
   void done(int returnCode) override;
   void reject() override { closeBtnClicked(); }
 
@@ -53,7 +53,6 @@ class RecordWindowController final : public QDialog {
   Preferences& preferences_;
   RecordWindowDelegate* _delegate = nullptr;
   bool started = false;  // Start has been pressed
-  bool ended_ = false;
   std::shared_ptr<RecordClock> clock_ = std::make_shared<RecordClock>();
   QTimer timer{this};
 };

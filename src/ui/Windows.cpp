@@ -41,9 +41,11 @@ void chooseFolder(QWidget& window, const std::optional<std::string>& current,
   dialog->setOption(QFileDialog::ShowDirsOnly);
   dialog->setWindowTitle(QStringLiteral("Choose path to save image and video files"));
   dialog->setDirectory(current ? QString::fromStdString(*current) : firstFolder());
+  // Once: a second Return may be on its way when the chooser ends.
   QObject::connect(
       dialog, &QFileDialog::fileSelected, &window,
-      [chosen = std::move(chosen)](const QString& folder) { chosen(folder.toStdString()); });
+      [chosen = std::move(chosen)](const QString& folder) { chosen(folder.toStdString()); },
+      Qt::SingleShotConnection);
   dialog->open();
 }
 
