@@ -58,6 +58,12 @@ void PreviewControls::setupSliders() {
   connect(horizontalSlider, &QSlider::valueChanged, this, &PreviewControls::horizontalSliderAct);
   connect(verticalSlider, &QSlider::valueChanged, this, &PreviewControls::verticalSliderAct);
   connect(zoomSlider, &QSlider::valueChanged, this, &PreviewControls::zoomSliderAct);
+  // The zoom may have gone back to 100 per cent below a knob that stands still: a click on the knob
+  // sends its step, and so does a key or a click that can't move it any further.
+  connect(zoomSlider, &QSlider::sliderReleased, this, &PreviewControls::zoomSliderAct);
+  connect(zoomSlider, &QSlider::actionTriggered, this, [this] {
+    if (zoomSlider->sliderPosition() == zoomSlider->value()) zoomSliderAct();
+  });
 }
 
 void PreviewControls::setupTextFields() {
