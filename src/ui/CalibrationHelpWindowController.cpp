@@ -2,6 +2,7 @@
 
 #include <QtCore/QFile>
 
+#include "ui/FloatingLevel.h"
 #include "ui/Windows.h"
 #include "ui_CalibrationHelpWindowController.h"
 
@@ -12,7 +13,7 @@ std::unique_ptr<CalibrationHelpWindowController> gCalibrationHelpWindowControlle
 CalibrationHelpWindowController::CalibrationHelpWindowController()
     : ui_(std::make_unique<Ui::CalibrationHelpWindowController>()) {
   ui_->setupUi(this);
-  setWindowFlag(Qt::WindowStaysOnTopHint);
+  new FloatingLevel(*this);
   QFile page(QStringLiteral(":/help.html"));
   if (page.open(QIODevice::ReadOnly)) ui_->text->setHtml(QString::fromUtf8(page.readAll()));
 }

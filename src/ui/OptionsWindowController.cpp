@@ -2,6 +2,7 @@
 
 #include <QtWidgets/QFileDialog>
 
+#include "ui/FloatingLevel.h"
 #include "ui/Windows.h"
 #include "ui_OptionsWindowController.h"
 
@@ -30,7 +31,7 @@ OptionsWindowController::OptionsWindowController(Preferences& preferences)
 OptionsWindowController::~OptionsWindowController() = default;
 
 void OptionsWindowController::windowDidLoad() {
-  setWindowFlag(Qt::WindowStaysOnTopHint);
+  new FloatingLevel(*this);
   ui_->gridColorFld->setColor(preferences_.gridColor);
   ui_->lineColorFld->setColor(preferences_.lineColor);
   ui_->textColorFld->setColor(preferences_.textColor);

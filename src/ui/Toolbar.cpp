@@ -13,6 +13,7 @@ namespace tessary {
 namespace {
 
 constexpr int kIconSize = 24;
+constexpr int kAboutIconSize = 64;
 
 /// Keys that take nothing from the picture's own (Space, Delete and Backspace).
 QKeySequence shortcut(Command command) {
@@ -84,12 +85,7 @@ void Toolbar::setupToolbar() {
 void Toolbar::setupMenuItems() {
   QMenuBar& bar = *window_.menuBar();
   QMenu* application = bar.addMenu(tr("&Tessary"));
-  application->addAction(tr("&About Tessary"), this, [this] {
-    QMessageBox::about(
-        &window_, tr("About Tessary"),
-        tr("<b>Tessary %1</b><p>Shows the live picture of a USB microscope and measures on it.")
-            .arg(QApplication::applicationVersion()));
-  });
+  application->addAction(tr("&About Tessary"), this, &Toolbar::showAbout);
   application->addSeparator();
   application->addAction(&action(Command::Options));
   application->addSeparator();
@@ -99,6 +95,17 @@ void Toolbar::setupMenuItems() {
   fillMenu(1, *bar.addMenu(tr("&Microscope")));
   fillMenu(2, *bar.addMenu(tr("M&easure")));
   bar.addMenu(tr("&Help"))->addAction(&action(Command::Help));
+}
+
+void Toolbar::showAbout() {
+  auto* about = new QMessageBox(
+      QMessageBox::NoIcon, tr("About Tessary"),
+      tr("<b>Tessary %1</b><p>Shows the live picture of a USB microscope and measures on it.")
+          .arg(QApplication::applicationVersion()),
+      QMessageBox::Ok, &window_);
+  about->setIconPixmap(QApplication::windowIcon().pixmap(kAboutIconSize));
+  about->setAttribute(Qt::WA_DeleteOnClose);
+  about->open();
 }
 
 void Toolbar::fillMenu(int menu, QMenu& target) {

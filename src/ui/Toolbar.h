@@ -32,6 +32,7 @@ class Toolbar final : public QObject {
 
  private:
   void fillMenu(int menu, class QMenu& target);
+  void showAbout();
 
   QMainWindow& window_;
   std::function<bool(Command)> validate_;

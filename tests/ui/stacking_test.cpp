@@ -1,0 +1,142 @@
+// What lies above what: with a window manager, as the display's own stacking says.
+
+#include <functional>
+
+#include <QtCore/QTemporaryDir>
+#include <QtWidgets/QFileDialog>
+#include <QtWidgets/QMessageBox>
+#include <gtest/gtest.h>
+
+#include "Program.h"
+
+namespace tessary::test {
+namespace {
+
+/// Whether the display has `window` on top at all four corners and in the middle.
+bool isOnTop(const QWidget& window) {
+  const QRect area = window.frameGeometry().adjusted(10, 30, -10, -10);
+  for (const QPoint place :
+       {area.topLeft(), area.topRight(), area.bottomLeft(), area.bottomRight(), area.center()})
+    if (QApplication::topLevelAt(place) != &window) return false;
+  return true;
+}
+
+QWidget* modal() {
+  for (QWidget* widget : QApplication::topLevelWidgets())
+    if (widget->isModal() && widget->isVisible()) return widget;
+  return nullptr;
+}
+
+/// Centred over the main window: there every dialog opens.
+bool putOver(QWidget& floating, Program& program) {
+  const QRect over(program.window().geometry().center() - QPoint(260, 200), QSize(520, 400));
+  floating.setGeometry(over);
+  return waitUntil([&] { return isOnTop(floating); });
+}
+
+struct Opening {
+  const char* what;
+  std::function<void(Program&)> open;
+};
+void about(Program&) {
+  key("alt+t");
+  ASSERT_TRUE(waitUntil([] { return QApplication::activePopupWidget() != nullptr; }));
+  key("Return");
+}
+const Opening kAlways[] = {
+    {"about", about},
+    {"folder alert", [](Program& program) { click(program.button("Folder Item Identifier")); }},
+    {"folder chooser", [](Program&) { key("space"); }},
+    {"microscopes", [](Program&) { key("ctrl+m"); }},
+};
+const Opening kTools[] = {
+    {"text", [](Program&) { key("ctrl+t"); }},
+    {"calibrations", [](Program&) { key("ctrl+k"); }},
+    {"record",
+     [](Program&) {
+       gPreferences->url = QDir::tempPath().toStdString();
+       key("ctrl+r");
+     }},
+};
+
+/// Back to the main window, by hand: a click beside what floats.
+void goBack(Program& program) {
+  click(program.container(), {10, program.container().height() - 60});
+  ASSERT_TRUE(waitUntil([&] { return program.window().isActiveWindow(); }));
+}
+
+void expectOnTop(Program& program, QWidget& floating, std::span<const Opening> openings) {
+  for (const Opening& opening : openings) {
+    SCOPED_TRACE(opening.what);
+    ASSERT_NO_FATAL_FAILURE(goBack(program));
+    ASSERT_TRUE(waitUntil([&] { return isOnTop(floating); })) << "it floats";
+    ASSERT_NO_FATAL_FAILURE(opening.open(program));
+    ASSERT_TRUE(waitUntil([] { return modal() != nullptr; }));
+    EXPECT_TRUE(waitUntil([] { return modal()->isActiveWindow(); }, std::chrono::seconds(5)));
+    EXPECT_TRUE(waitUntil([] { return isOnTop(*modal()); }, std::chrono::seconds(5)));
+    modal()->close();
+    ASSERT_TRUE(waitUntil([] { return modal() == nullptr; }));
+  }
+}
+
+TEST(Stacking, NothingModalOpensBelowTheHelp) {
+  Program program;
+  ASSERT_TRUE(program.waitForPicture());
+  key("F1");
+  ASSERT_TRUE(waitUntil([] {
+    return gCalibrationHelpWindowController && gCalibrationHelpWindowController->isActiveWindow();
+  }));
+  ASSERT_TRUE(putOver(*gCalibrationHelpWindowController, program));
+  expectOnTop(program, *gCalibrationHelpWindowController, kAlways);
+  expectOnTop(program, *gCalibrationHelpWindowController, kTools);
+}
+
+TEST(Stacking, NothingModalOpensBelowTheOptions) {
+  Program program;
+  ASSERT_TRUE(program.waitForPicture());
+  key("ctrl+comma");
+  ASSERT_TRUE(waitUntil(
+      [] { return gOptionsWindowController && gOptionsWindowController->isActiveWindow(); }));
+  ASSERT_TRUE(putOver(*gOptionsWindowController, program));
+  expectOnTop(program, *gOptionsWindowController, kAlways);
+  expectOnTop(program, *gOptionsWindowController, kTools);
+}
+
+TEST(Stacking, NothingModalOpensBelowTheCalibrationWindow) {
+  Program program;
+  ASSERT_TRUE(program.waitForPicture());
+  key("ctrl+k");
+  ASSERT_TRUE(waitUntil([] { return modal() && modal()->isActiveWindow(); }));
+  key("alt+b");
+  const auto window = [&] { return program.window().findChild<CalibrationWindowController*>(); };
+  ASSERT_TRUE(waitUntil([&] { return window() && window()->isActiveWindow(); }));
+  ASSERT_TRUE(putOver(*window(), program));
+  expectOnTop(program, *window(), kAlways);
+}
+
+TEST(Stacking, TheOptionsOwnFolderChooserOpensAboveThemAndTheHelp) {
+  Program program(Start{.plugged = false});
+  key("F1");
+  ASSERT_TRUE(waitUntil([] {
+    return gCalibrationHelpWindowController && gCalibrationHelpWindowController->isActiveWindow();
+  }));
+  ASSERT_NO_FATAL_FAILURE(goBack(program));
+  key("ctrl+comma");
+  ASSERT_TRUE(waitUntil(
+      [] { return gOptionsWindowController && gOptionsWindowController->isActiveWindow(); }));
+  click(*gOptionsWindowController->findChild<QWidget*>("folderFld"));
+  ASSERT_TRUE(waitUntil([] { return modal() && modal()->isActiveWindow(); }));
+  EXPECT_TRUE(waitUntil([] { return isOnTop(*modal()); }));
+  key("Escape");
+  ASSERT_TRUE(waitUntil([] { return modal() == nullptr; }));
+  click(program.container(), {10, program.container().height() - 60});
+  for (QWidget* floating : std::initializer_list<QWidget*>{gOptionsWindowController.get(),
+                                                           gCalibrationHelpWindowController.get()})
+    EXPECT_TRUE(waitUntil([&] {
+      return QApplication::topLevelAt(floating->frameGeometry().bottomLeft() + QPoint(20, -20)) !=
+             &program.window();
+    })) << "both float again";
+}
+
+}  // namespace
+}  // namespace tessary::test
