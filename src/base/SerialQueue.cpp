@@ -75,9 +75,9 @@ SerialQueue::~SerialQueue() {
   std::unique_lock lock(state_->mutex);
   state_->stopping = true;
   state_->changed.notify_all();
-  const bool ends = !endLimit_ || (thread_.get_id() != std::this_thread::get_id() &&
-                                   state_->changed.wait_for(lock, *endLimit_,
-                                                            [this] { return state_->isIdle(); }));
+  const bool ends =
+      !endLimit_ || (!isThisThread() && state_->changed.wait_for(
+                                            lock, *endLimit_, [this] { return state_->isIdle(); }));
   if (!ends) {
     dropped.swap(state_->queue);
     state_->abandoned = true;

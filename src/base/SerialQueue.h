@@ -38,6 +38,7 @@ class SerialQueue final : public Executor {
   template <typename Work>
   auto call(std::chrono::milliseconds limit, Work work)
       -> std::optional<std::invoke_result_t<Work&>>;
+  bool isThisThread() const { return thread_.get_id() == std::this_thread::get_id(); }
   const std::string& label() const { return label_; }
 
   /// How many threads have been left to themselves and still run. While there are any, what they

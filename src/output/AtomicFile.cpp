@@ -1,80 +1,96 @@
 #include "output/AtomicFile.h"
 
-#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
-#include <system_error>
 #include <utility>
 
 #include <fcntl.h>
-#include <fmt/format.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "base/PartFiles.h"
 
 namespace tessary {
 namespace {
 
-constexpr int kNameAttempts = 100;  // more than a crash could ever leave behind for one name
-std::atomic<uint32_t> s_filesMade{0};
-
-/// Hidden, and taken by no other program and no other file of this one.
-std::string hiddenName(const std::filesystem::path& path) {
-  return fmt::format(".{}.{}-{}.part", path.filename().string(), ::getpid(), s_filesMade++);
-}
+constexpr int kNameAttempts = 100;  // more than crashes could ever leave behind of one process
 
 }  // namespace
 
-AtomicFile::AtomicFile(std::string path) : path_(std::move(path)) { open(); }
-
-AtomicFile::~AtomicFile() {
-  if (!hiddenPath_.empty()) ::unlink(hiddenPath_.c_str());
+AtomicFile::AtomicFile(std::string path, FileCalls& calls) : path_(std::move(path)), calls_(calls) {
+  if (!openNameless()) openPart();
 }
 
-void AtomicFile::open() {
-  const std::filesystem::path path(path_);
+AtomicFile::~AtomicFile() {
+  file_.close();
+  if (!partPath_.empty()) calls_.unlink(partPath_);
+}
+
+// A folder that can't be written to is told by the second attempt.
+bool AtomicFile::openNameless() {
+  file_ = FileDescriptor(calls_.openNameless(std::filesystem::path(path_).parent_path().string()));
+  return file_.isOpen();
+}
+
+bool AtomicFile::openPart() {
   for (int attempt = 0; attempt < kNameAttempts; ++attempt) {
-    const std::string hidden = path.parent_path() / hiddenName(path);
-    // Readable and writable as the user's umask says, like any other picture.
-    file_ = FileDescriptor(::open(hidden.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    const std::string part = hiddenPartPath(path_);
+    file_ = FileDescriptor(calls_.openNew(part));
     if (file_.isOpen()) {
-      hiddenPath_ = hidden;
-      return;
+      partPath_ = part;
+      markInUse(file_.get());
+      return true;
     }
     if (errno != EEXIST) break;
   }
-  fail(errno);
+  return fail(errno);
+}
+
+bool AtomicFile::save(std::span<const uint8_t> bytes) {
+  if (!isOpen() || !write(bytes)) return false;
+  if (takeName()) return true;
+  if (!partPath_.empty()) return false;
+  // Where /proc is not to be had, a nameless file stays nameless.
+  error_ = 0;
+  file_.close();
+  return openPart() && write(bytes) && takeName();
 }
 
 bool AtomicFile::write(std::span<const uint8_t> bytes) {
-  if (!isOpen()) return false;
-  while (!bytes.empty()) {
-    const ssize_t written = ::write(file_.get(), bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return fail(errno);
-    bytes = bytes.subspan(size_t(written));
-  }
-  return true;
-}
-
-bool AtomicFile::commit(FileSync& sync) {
-  if (!isOpen()) return false;
+  if (const int error = writeWhole(calls_, file_.get(), bytes, 0)) return fail(error);
   struct stat status {};
   if (fstat(file_.get(), &status) != 0) return fail(errno);
+  identity_ = {status.st_dev, status.st_ino};
   // Starts the write-out without waiting for it. With the blocks handed to the disk before the new
   // name, a journalling file system does not bring back a name without its bytes after a power
   // failure. Where that is not to be had, nothing is lost by asking.
   ::sync_file_range(file_.get(), 0, 0, SYNC_FILE_RANGE_WRITE);
+  return true;
+}
+
+bool AtomicFile::takeName() {
+  if (partPath_.empty()) {
+    if (calls_.link(file_.get(), path_) == 0) return file_.close() || fail(errno);
+    // Only a rename replaces a file, and it wants a name.
+    if (errno != EEXIST || !linkAsPart()) return fail(errno);
+  }
   if (!file_.close()) return fail(errno);
-  if (::rename(hiddenPath_.c_str(), path_.c_str()) != 0) return fail(errno);
-  hiddenPath_.clear();
-  sync.makeDurable(path_, {status.st_dev, status.st_ino});
+  if (::rename(partPath_.c_str(), path_.c_str()) != 0) return fail(errno);
+  partPath_.clear();
+  return true;
+}
+
+bool AtomicFile::linkAsPart() {
+  const std::string part = hiddenPartPath(path_);
+  if (calls_.link(file_.get(), part) != 0) return false;
+  partPath_ = part;
   return true;
 }
 
 bool AtomicFile::fail(int error) {
-  error_ = std::generic_category().message(error);
-  file_.close();
+  error_ = error;
+  if (!partPath_.empty()) file_.close();
   return false;
 }
 

@@ -4,39 +4,49 @@
 #include <span>
 #include <string>
 
+#include "base/FileCalls.h"
 #include "base/FileDescriptor.h"
 #include "output/FileSync.h"
 
 namespace tessary {
 
-/// A file that appears under its name whole or not at all. It is written under a hidden name in the
-/// same folder and renamed, which replaces a file of that name in one step; without a `commit` that
-/// goes well nothing is left of it. After a failure nothing more can be done with it.
+/// A file that appears under its name whole or not at all, in place of a file of that name. Until
+/// then it has no name, so that nothing is left of it when the process is killed; where a file
+/// system has no nameless files it is hidden beside its name. One thread at a time.
 class AtomicFile {
  public:
-  /// Makes the hidden file. `path` is the final name, with its folder. See `isOpen`.
-  explicit AtomicFile(std::string path);
+  /// Makes the file, still without its name. `path` is the final name, with its folder. See
+  /// `isOpen`.
+  explicit AtomicFile(std::string path, FileCalls& calls = FileCalls::system());
+  /// Without a `save` that went well nothing is left of it.
   ~AtomicFile();
   AtomicFile(const AtomicFile&) = delete;
   AtomicFile& operator=(const AtomicFile&) = delete;
 
   bool isOpen() const { return file_.isOpen(); }
-  /// What went wrong, in plain words; empty if nothing did.
-  const std::string& error() const { return error_; }
+  /// The error number of what went wrong; 0 if nothing did.
+  int error() const { return error_; }
 
-  /// Appends `bytes`; all of them, or false.
-  bool write(std::span<const uint8_t> bytes);
-  /// Gives the file its name and closes it, without waiting for the disk: `sync` does that later.
-  bool commit(FileSync& sync);
+  /// Writes `bytes`, gives the file its name and closes it, without waiting for the disk. False on
+  /// failure; then nothing more can be done with it.
+  bool save(std::span<const uint8_t> bytes);
+  /// Which file it is, once saved.
+  FileIdentity identity() const { return identity_; }
 
  private:
-  void open();
+  bool openNameless();
+  bool openPart();
+  bool write(std::span<const uint8_t> bytes);
+  bool takeName();
+  bool linkAsPart();
   bool fail(int error);
 
   const std::string path_;
-  std::string hiddenPath_;  // empty when there is nothing to remove
-  std::string error_;
+  FileCalls& calls_;
+  std::string partPath_;  // while it has a hidden name
   FileDescriptor file_;
+  FileIdentity identity_;
+  int error_ = 0;
 };
 
 }  // namespace tessary

@@ -1,6 +1,7 @@
 #include "output/FileSync.h"
 
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
 #include <optional>
 #include <system_error>
@@ -16,6 +17,8 @@
 namespace tessary {
 namespace {
 
+constexpr std::chrono::seconds kEndLimit(2);
+
 std::optional<FileIdentity> identityOf(int fd) {
   struct stat status {};
   if (fstat(fd, &status) != 0) return std::nullopt;
@@ -24,38 +27,50 @@ std::optional<FileIdentity> identityOf(int fd) {
 
 }  // namespace
 
-FileSync::FileSync() : FileSync(::fsync) {}
+/// What the thread uses.
+struct FileSync::Work {
+  Refused refused;
+  Flush flush;
 
-FileSync::FileSync(Flush flush) : flush_(std::move(flush)) {}
+  void syncFile(const std::string& path, FileIdentity identity) const;
+  /// The error number, 0 for none.
+  int flushed(int fd) const;
+};
+
+FileSync::FileSync(Refused refused) : FileSync(std::move(refused), ::fsync) {}
+
+FileSync::FileSync(Refused refused, Flush flush)
+    : work_(std::make_shared<Work>(Work{std::move(refused), std::move(flush)})),
+      queue_("com.tessary.file.sync", kEndLimit) {}
 
 void FileSync::makeDurable(std::string path, FileIdentity identity) {
-  queue_.post([this, path = std::move(path), identity] { syncFile(path, identity); });
+  queue_.post([work = work_, path = std::move(path), identity] { work->syncFile(path, identity); });
 }
 
 // Opened anew rather than kept open: a disk that hangs must not collect open files.
-void FileSync::syncFile(const std::string& path, FileIdentity identity) const {
+void FileSync::Work::syncFile(const std::string& path, FileIdentity identity) const {
   const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
   if (!file.isOpen() || identityOf(file.get()) != identity) return;  // moved, removed, replaced
 
-  if (const int error = flush(file.get())) {
-    ::unlink(path.c_str());
-    log("The file {} was lost, the disk could not take it: {}", path,
+  if (const int error = flushed(file.get())) {
+    log("The file {} may be lost, the disk could not take it: {}", path,
         std::generic_category().message(error));
+    if (refused) refused(path);
     return;
   }
   const std::string folder = std::filesystem::path(path).parent_path();
   const FileDescriptor directory(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!directory.isOpen()) return;
-  if (const int error = flush(directory.get())) {
+  if (const int error = flushed(directory.get())) {
     log("The file {} may be gone after a power failure: {}", path,
         std::generic_category().message(error));
   }
 }
 
-int FileSync::flush(int fd) const {
+int FileSync::Work::flushed(int fd) const {
   int error = 0;
   do {
-    error = flush_(fd) == 0 ? 0 : errno;
+    error = flush(fd) == 0 ? 0 : errno;
   } while (error == EINTR);
   // Not every file system can; then there is nothing to wait for either.
   const bool cannot = error == EINVAL || error == ENOSYS || error == EOPNOTSUPP || error == EROFS;

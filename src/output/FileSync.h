@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 
 #include <sys/types.h>
@@ -17,17 +18,19 @@ struct FileIdentity {
 };
 
 /// Brings finished files down to the disk on a thread of its own, so that nobody waits for a slow
-/// memory stick. A file that the disk then refuses is removed again, since what is under its name
-/// would be broken, and the log says so.
+/// memory stick. A file that the disk then refuses is kept, for it may still be read until the disk
+/// goes; the log says so.
 class FileSync {
  public:
   /// Flushes an open file or folder; 0, or -1 with errno set.
   using Flush = std::function<int(int fd)>;
+  /// Told of a file that may be lost. On the thread of this class.
+  using Refused = std::function<void(const std::string& path)>;
 
-  FileSync();
+  explicit FileSync(Refused refused = {});
   /// For tests, with another `flush` than the system's.
-  explicit FileSync(Flush flush);
-  // The destructor finishes what is pending.
+  FileSync(Refused refused, Flush flush);
+  // The destructor finishes what is pending, unless the disk does not answer for two seconds.
 
   /// Returns at once. `path` is left alone if it names another file than `identity` by then. Any
   /// thread.
@@ -36,12 +39,10 @@ class FileSync {
   void drain() { queue_.drain(); }
 
  private:
-  void syncFile(const std::string& path, FileIdentity identity) const;
-  /// The error number, 0 for none.
-  int flush(int fd) const;
+  struct Work;
 
-  const Flush flush_;
-  SerialQueue queue_{"com.tessary.file.sync"};  // last: it uses the above
+  const std::shared_ptr<const Work> work_;  // shared with the thread, which may be left to itself
+  SerialQueue queue_;
 };
 
 }  // namespace tessary

@@ -1,10 +1,10 @@
 #include "output/Recording.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <iterator>
-#include <system_error>
 #include <utility>
+
+#include <fmt/format.h>
 
 #include "base/Log.h"
 #include "base/SerialQueue.h"
@@ -19,7 +19,7 @@ constexpr float kPictureFactor = 10.1F;
 
 /// What the user waits for at the most when the program ends; what is not finished by then is still
 /// playable.
-constexpr std::chrono::seconds kFinishLimit{10};
+constexpr std::chrono::seconds kFinishLimit{8};
 
 }  // namespace
 
@@ -29,16 +29,17 @@ int32_t movieBitRate(TextureSize size) noexcept {
   return truncateToInt32(float(pixels) * factor);
 }
 
-Recording::Recording(AssetWriterFactory makeWriter, Executor& mainQueue)
-    : Recording(std::move(makeWriter), mainQueue,
+Recording::Recording(AssetWriterFactory makeWriter, Executor& mainQueue, FailureListener& failures)
+    : Recording(std::move(makeWriter), mainQueue, failures,
                 std::make_unique<SerialQueue>("com.tessary.record.session"), kFinishLimit) {}
 
-Recording::Recording(AssetWriterFactory makeWriter, Executor& mainQueue,
+Recording::Recording(AssetWriterFactory makeWriter, Executor& mainQueue, FailureListener& failures,
                      std::unique_ptr<Executor> recordingQueue,
                      std::chrono::milliseconds finishLimit)
     : makeWriter_(std::move(makeWriter)),
       mainQueue_(mainQueue),
       finishLimit_(finishLimit),
+      failures_(mainQueue, failures),
       _recordingQueue(std::move(recordingQueue)) {}
 
 Recording::~Recording() {
@@ -88,8 +89,7 @@ void Recording::startRecord(std::string file, std::weak_ptr<PreviewViewRecordDel
 
 void Recording::openWriter(const std::string& file, TextureSize size) {
   finishWriter(false);
-  std::error_code outcome;  // ignored: mostly there is nothing
-  std::filesystem::remove(file, outcome);
+  failures_.movieBegan();
 
   std::string error;
   std::unique_ptr<AssetWriter> writer = makeWriter_(file, error);
@@ -109,6 +109,7 @@ void Recording::openWriter(const std::string& file, TextureSize size) {
   // A writer that can't start is kept all the same; that its frames are lost one by one is meant.
   if (!_assetWriter->startWriting(*_assetWriterInput)) {
     log("The movie {} can't be written: {}", file, _assetWriter->error());
+    failures_.movieFailed(_assetWriter->error());
   }
   const std::lock_guard lock(recordingMutex_);
   _recordingStatus = kRecordingWaiting;
@@ -129,6 +130,7 @@ bool Recording::setupAssetWriterVideoInput(TextureSize size) {
 
 void Recording::startFailed(const std::string& reason) {
   log("The recording to {} did not start: {}", file_, reason);
+  failures_.movieFailed(fmt::format("The recording did not start: {}.", reason));
   std::unique_ptr<AssetWriter> writer;
   {
     const std::lock_guard lock(recordingMutex_);
@@ -146,7 +148,7 @@ void Recording::appendMovieFrame(SampleBuffer frame) {
   if (++framesUnderWay_ > kFramesUnderWay) {
     --framesUnderWay_;
     log("Dropping buffer");
-    loseFrame();
+    loseFrame(frame.presentationTimeStamp);
     return;
   }
   _recordingQueue->post([this, frame = std::move(frame)] {
@@ -159,21 +161,37 @@ void Recording::handleFrame(const SampleBuffer& frame) {
   const std::lock_guard lock(recordingMutex_);
   // A frame that comes after the stop finds no writer. That it can begin the recording by its
   // status is meant; nothing comes of it.
+  const MediaTime time = frame.presentationTimeStamp;
   if (!_haveStartedRecording) {
-    if (_assetWriter) _assetWriter->startSessionAtSourceTime(frame.presentationTimeStamp);
+    if (_assetWriter) _assetWriter->startSessionAtSourceTime(time);
     _haveStartedRecording = true;
+    firstTime_ = time;
     _recordingStatus = kRecordingRunning;
     tellDelegate(kRecordingRunning);
   }
+  if (isPastLimit(time)) return;
   if (!_assetWriter || !_assetWriter->isReadyForMoreMediaData()) {
     log("Dropping buffer");
-    loseFrame();
+    ++lostFrames_;
+    if (_assetWriter) failures_.frameLost(time);
   } else if (_assetWriter->appendSampleBuffer(frame)) {
     ++writtenFrames_;
+    failures_.frameTaken(time);
   } else {
     log("{}", _assetWriter->error());
-    loseFrame();
+    if (_assetWriter->hasFailed()) failures_.movieFailed(_assetWriter->error());
+    loseFrame(time);
   }
+}
+
+bool Recording::isPastLimit(MediaTime time) const {
+  const std::chrono::seconds limit(limit_);
+  return limit.count() > 0 && time - firstTime_ >= limit;
+}
+
+void Recording::loseFrame(MediaTime time) {
+  ++lostFrames_;
+  failures_.frameLost(time);
 }
 
 void Recording::stopRecord() {
@@ -199,7 +217,7 @@ void Recording::finishWriter(bool stopped) {
     }
     writer = _assetWriter.get();
     start = starts_;
-    finishing_.push_back({std::move(_assetWriter), file_, writtenFrames_ == 0, false});
+    finishing_.push_back({std::move(_assetWriter), file_, false});
     _assetWriterInput.reset();
   }
   writer->finishWritingWithCompletionHandler(
@@ -214,8 +232,10 @@ void Recording::writerDidFinish(const AssetWriter* writer, bool stopped, uint64_
   movie->done = true;
 
   const std::string error = writer->error();
-  if (!error.empty()) log("The movie {} ended with an error: {}", movie->file, error);
-  if (movie->empty) removeEmptyMovie(movie->file);
+  if (!error.empty()) {
+    log("The movie {} ended with an error: {}", movie->file, error);
+    failures_.movieFailed(error);
+  }
 
   if (stopped && error.empty()) {
     mainQueue_.post([this, alive = std::weak_ptr(alive_), start] {
@@ -237,12 +257,6 @@ void Recording::didStop(uint64_t start) {
     _recordingStatus = kRecordingFinished;
   }
   tellDelegate(kRecordingFinished);
-}
-
-void Recording::removeEmptyMovie(const std::string& file) const {
-  if (_assetWriter && file_ == file) return;  // a later movie's
-  std::error_code outcome;                    // ignored: mostly there is nothing
-  std::filesystem::remove(file, outcome);
 }
 
 void Recording::dropFinishedWriters() {

@@ -14,6 +14,7 @@
 #include "base/Geometry.h"
 #include "base/SampleBuffer.h"
 #include "output/PreviewViewRecordDelegate.h"
+#include "output/RecordingFailures.h"
 #include "output/RecordingStatus.h"
 #include "platform/AssetWriter.h"
 
@@ -32,10 +33,10 @@ class Recording {
   /// Frames on their way to the recording queue; more than this are lost, counted.
   static constexpr int kFramesUnderWay = 8;
 
-  Recording(AssetWriterFactory makeWriter, Executor& mainQueue);
+  Recording(AssetWriterFactory makeWriter, Executor& mainQueue, FailureListener& failures);
   /// With another queue than the thread "com.tessary.record.session", and another limit to the time
   /// that the destructor waits for movies to be finished.
-  Recording(AssetWriterFactory makeWriter, Executor& mainQueue,
+  Recording(AssetWriterFactory makeWriter, Executor& mainQueue, FailureListener& failures,
             std::unique_ptr<Executor> recordingQueue, std::chrono::milliseconds finishLimit);
   /// Finishes a movie that still runs, without a word to the delegate. Main thread; no other call
   /// may be on its way.
@@ -52,6 +53,9 @@ class Recording {
   /// the middle of a call, so it must not be a widget. Any thread.
   void setRecordDelegate(std::weak_ptr<PreviewViewRecordDelegate> delegate);
 
+  /// Frames later than `seconds` behind the first are not recorded, however late the stop comes; 0
+  /// for no limit. From now on, for the movie that runs too. Any thread.
+  void setLimit(int32_t seconds) { limit_ = seconds; }
   /// Starts a movie of `size` in `file` (UTF-8, absolute), in place of what is there. A movie that
   /// still runs is finished without a word to the delegate. Returns at once. Main thread.
   void startRecord(std::string file, std::weak_ptr<PreviewViewRecordDelegate> delegate,
@@ -67,7 +71,6 @@ class Recording {
   struct Finishing {
     std::unique_ptr<AssetWriter> writer;
     std::string file;
-    bool empty = true;  // no frame was written
     bool done = false;
   };
 
@@ -84,8 +87,8 @@ class Recording {
   void writerDidFinish(const AssetWriter* writer, bool stopped, uint64_t start);
   /// Main thread.
   void didStop(uint64_t start);
-  void removeEmptyMovie(const std::string& file) const;
-  void loseFrame() { ++lostFrames_; }
+  bool isPastLimit(MediaTime time) const;
+  void loseFrame(MediaTime time);
   void tellDelegate(int64_t status);
 
   const AssetWriterFactory makeWriter_;
@@ -95,6 +98,8 @@ class Recording {
   std::atomic<int64_t> _recordingStatus{kRecordingNone};
   std::atomic<int> framesUnderWay_{0};
   std::atomic<uint64_t> lostFrames_{0};
+  std::atomic<int32_t> limit_{0};  // seconds
+  RecordingFailures failures_;
 
   std::mutex delegateMutex_;  // guards _recordDelegate; nothing is called with it held
   std::weak_ptr<PreviewViewRecordDelegate> _recordDelegate;
@@ -105,6 +110,7 @@ class Recording {
   std::unique_ptr<AssetWriter> _assetWriter;       // from a start to its stop
   std::optional<MovieSettings> _assetWriterInput;  // how its one input, video, is set up
   bool _haveStartedRecording = false;              // the timeline has begun with a first frame
+  MediaTime firstTime_{0};                         // of that frame
   std::string file_;                               // of _assetWriter
   uint64_t writtenFrames_ = 0;                     // by _assetWriter
   uint64_t starts_ = 0;

@@ -20,15 +20,16 @@ struct MovieSettings {
 };
 
 /// Writes one movie: H.264 in a QuickTime container, each frame with the time stamp that it came
-/// with. Made, fed and finished on the recording queue; a thread of its own may encode. Destroying
-/// a writer that was not finished leaves a playable movie of what it was given, or no file if that
-/// is nothing.
+/// with. Made, fed and finished on the recording queue, which it never keeps waiting for the disk;
+/// a thread of its own encodes and writes. Destroying a writer that was not finished leaves a
+/// playable movie of what it was given. A movie without a frame leaves no file.
 class AssetWriter {
  public:
   virtual ~AssetWriter() = default;
 
   virtual bool canApplyOutputSettings(const MovieSettings& settings) const = 0;
-  /// Opens encoder and file. On failure false, and `error` tells why.
+  /// Opens the encoder, and begins to open the file. On failure false, and `error` tells why; a
+  /// file that can't be made is told later, by `hasFailed`.
   virtual bool startWriting(const MovieSettings& settings) = 0;
   /// The movie's timeline begins at `time`.
   virtual void startSessionAtSourceTime(MediaTime time) = 0;
@@ -41,11 +42,15 @@ class AssetWriter {
   /// Finishes the file, then calls `completed` once, on a thread of the writer's own; until then
   /// the writer must be kept. Nothing is appended any more.
   virtual void finishWritingWithCompletionHandler(std::function<void()> completed) = 0;
+  /// Whether the movie has ended before its time: no frame gets into it any more. Any thread.
+  virtual bool hasFailed() const = 0;
   /// Why something failed, in plain words; empty if nothing did. Any thread.
   virtual std::string error() const = 0;
 };
 
-/// Makes a writer for the file at `path` (UTF-8, absolute). On failure null, and `error` tells why.
+/// Makes a writer for the file at `path` (UTF-8, absolute), in place of what lies there; what
+/// another program is writing there is left alone, and the movie gets the next name. On failure
+/// null, and `error` tells why.
 using AssetWriterFactory =
     std::function<std::unique_ptr<AssetWriter>(const std::string& path, std::string& error)>;
 

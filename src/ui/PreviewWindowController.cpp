@@ -78,7 +78,7 @@ void PreviewWindowController::setupPreviewView() {
   previewView = std::make_unique<PreviewView>(PreviewView::Surroundings{
       *viewHost_, surroundings_.compositor, surroundings_.textRasterizer, surroundings_.preferences,
       surroundings_.mainQueue, surroundings_.jpegEncoder, surroundings_.pngEncoder,
-      surroundings_.makeAssetWriter, [widget = previewWidget_] { widget->update(); },
+      surroundings_.makeAssetWriter, failures_, [widget = previewWidget_] { widget->update(); },
       [widget = previewWidget_](const std::function<void()>& work) {
         widget->withGraphicsContext(work);
       }});

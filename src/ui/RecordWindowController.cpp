@@ -44,6 +44,7 @@ void RecordWindowController::limitBtnClicked() {
   const int32_t seconds = s_limitSeconds[size_t(index)];
   if (seconds == preferences_.maxRecord) return;
   preferences_.maxRecord = seconds;
+  if (_delegate) _delegate->recordLimitDidChange();
   preferences_.save();
 }
 

@@ -16,12 +16,14 @@ namespace tessary {
 
 class RecordWindowController;
 
-/// Told that Start was pressed.
+/// Told that Start was pressed, and of another limit.
 class RecordWindowDelegate {
  public:
   virtual ~RecordWindowDelegate() = default;
   /// Begins the recording and makes `sender.statusDelegate()` its delegate.
   virtual void startRecord(RecordWindowController& sender) = 0;
+  /// The limit in the preferences has changed, maybe during the recording.
+  virtual void recordLimitDidChange() = 0;
 };
 
 /// The sheet that starts and stops a movie, shows its time and enforces its limit. It ends with 1

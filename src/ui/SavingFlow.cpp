@@ -66,8 +66,13 @@ void SavingFlow::showRecordWindow() {
 void SavingFlow::startRecord(RecordWindowController& sender) {
   const std::string file =
       preferences_.url.value_or(std::string()) + "/" + fileNames_.makeNewFileName(kMovieExtension);
+  recordLimitDidChange();
   previewView_.startRecord(file, sender.statusDelegate());
   log("startRecord: {}", file);
+}
+
+void SavingFlow::recordLimitDidChange() {
+  previewView_.setRecordLimit(recordLimit(preferences_.maxRecord));
 }
 
 }  // namespace tessary

@@ -37,6 +37,7 @@ class SavingFlow final : public QObject, private RecordWindowDelegate {
   void showFileSavedWindow(const std::string& fileName);
   void showRecordWindow();
   void startRecord(RecordWindowController& sender) override;
+  void recordLimitDidChange() override;
 
   QWidget& window_;
   PreviewView& previewView_;

@@ -11,6 +11,11 @@ std::span<const PointVertex> vertices(const MyDataArray<PointVertex>& store) {
   return {store.data, size_t(store.count)};
 }
 
+bool isComposed(TextureSize size) {
+  return size.width >= RenderPipeline::kSmallestFrame.width &&
+         size.height >= RenderPipeline::kSmallestFrame.height;
+}
+
 }  // namespace
 
 PreviewView::PreviewView(Surroundings surroundings) : surroundings_(std::move(surroundings)) {}
@@ -176,15 +181,29 @@ void PreviewView::wakeUp() {
 Overlay PreviewView::overlay() const { return {vertices(_totalLines), vertices(_totalPoints)}; }
 
 std::shared_ptr<const PixelBuffer> PreviewView::currentPicture() {
-  auto picture = std::make_shared<PixelBuffer>(_cvTextureSize);
-  bool composed = false;
-  surroundings_.withGraphicsContext(
-      [&] { composed = pipeline_.composeNow(overlay()) && pipeline_.readBack(*picture); });
-  if (composed) return picture;
-  // A frame that is too small to be composed, or that came with a size not laid out yet.
-  if (const auto frame = ring_.newest().frame; frame && frame->size() == _cvTextureSize)
-    return frame;
-  return std::make_shared<PixelBuffer>(TextureSize{});
+  // By the size that is composed: the layout for a new one may not have come yet.
+  std::shared_ptr<PixelBuffer> picture;
+  surroundings_.withGraphicsContext([&] {
+    if (!pipeline_.composeNow(overlay())) return;
+    picture = std::make_shared<PixelBuffer>(pipeline_.composedSize());
+    if (!pipeline_.readBack(*picture)) picture = nullptr;
+  });
+  if (picture) {
+    surroundings_.failures.recovered(Failure::OverlayLeftOut);
+    return picture;
+  }
+  const auto frame = ring_.newest().frame;
+  if (!frame) return std::make_shared<PixelBuffer>(TextureSize{});
+  if (_totalLines.count > 0 || _totalPoints.count > 0) {
+    surroundings_.failures.failed(
+        Failure::OverlayLeftOut,
+        isComposed(frame->size())
+            ? "The picture was saved without what lies over it: it can't be read back from the "
+              "graphics card. Save it again."
+            : "A picture this small is saved without what lies over it. Choose a larger "
+              "resolution.");
+  }
+  return frame;
 }
 
 bool PreviewView::saveImageFile(const std::string& fileName) {

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "base/Executor.h"
+#include "base/Failures.h"
 #include "base/SampleBuffer.h"
 #include "measure/MouseInteraction.h"
 #include "measure/OverlayRedraw.h"
@@ -47,6 +48,7 @@ class PreviewView {
     ImageEncoder& jpegEncoder;
     ImageEncoder& pngEncoder;
     AssetWriterFactory makeAssetWriter;
+    FailureListener& failures;
     /// Asks for a tick, that is for a `drawInView` soon. Main thread.
     std::function<void()> setNeedsDisplay;
     /// Runs what it is given at once, with the graphics context current. Main thread.
@@ -113,6 +115,8 @@ class PreviewView {
   bool saveImageFile(const std::string& fileName);
   /// Records frames as they come into `file` (UTF-8, absolute). Returns at once.
   void startRecord(const std::string& file, std::weak_ptr<PreviewViewRecordDelegate> delegate);
+  /// Frames later than `seconds` behind a movie's first are not recorded; 0 for no limit. At once.
+  void setRecordLimit(int32_t seconds) { recording_.setLimit(seconds); }
   /// Returns at once.
   void stopRecord() { recording_.stopRecord(); }
   /// One of the values of output/RecordingStatus.h. Any thread.
@@ -133,7 +137,8 @@ class PreviewView {
   void mouseWasHandled();
   Point viewPoint(const MouseLocation& location) const;
   Overlay overlay() const;
-  /// The composed picture, or the frame alone where nothing is composed; 0 by 0 without a picture.
+  /// The composed picture, or the frame alone where nothing is composed or can be read back, which
+  /// is told if something lies over it; 0 by 0 without a picture.
   std::shared_ptr<const PixelBuffer> currentPicture();
   /// At most one wake-up is on its way, however many frames come. Any thread.
   void wakeUp();
@@ -146,8 +151,10 @@ class PreviewView {
   FrameRing ring_;
   FrameRate frameRate_;
   RenderPipeline pipeline_{ring_, surroundings_.compositor};
-  StillImage stillImage_{surroundings_.jpegEncoder, surroundings_.pngEncoder};
-  Recording recording_{surroundings_.makeAssetWriter, surroundings_.mainQueue};
+  StillImage stillImage_{surroundings_.jpegEncoder, surroundings_.pngEncoder,
+                         surroundings_.mainQueue, surroundings_.failures};
+  Recording recording_{surroundings_.makeAssetWriter, surroundings_.mainQueue,
+                       surroundings_.failures};
 
   MyDataArray<PointVertex> _totalLines;
   MyDataArray<PointVertex> _totalPoints;

@@ -8,6 +8,23 @@
 #include "platform/jpeg/JpegImageEncoder.h"
 #include "platform/png/PngImageEncoder.h"
 
+namespace {
+
+/// A main queue that does not wait.
+class AtOnce final : public tessary::Executor {
+ public:
+  void post(std::function<void()> work) override { work(); }
+};
+
+/// The log tells enough.
+class Nobody final : public tessary::FailureListener {
+ public:
+  void failed(tessary::Failure, const std::string&) override {}
+  void recovered(tessary::Failure) override {}
+};
+
+}  // namespace
+
 int main(int argc, char** argv) {
   using namespace tessary;
   if (argc != 2) return 2;
@@ -17,7 +34,9 @@ int main(int argc, char** argv) {
   JpegImageEncoder jpeg;
   PngImageEncoder png;
   {
-    StillImage still(jpeg, png);
+    AtOnce mainQueue;
+    Nobody nobody;
+    StillImage still(jpeg, png, mainQueue, nobody);
     still.saveImageFile(argv[1], "still.jpg", 0, picture);
     still.saveImageFile(argv[1], "still.png", 1, picture);
   }

@@ -40,6 +40,7 @@ struct WriterScript {
   std::atomic<bool> ready{true};
   bool takesFrames = true;
   std::string error;
+  bool hasFailed = false;
   std::vector<std::function<void()>> completions;  // in the order of finishing
 };
 
@@ -72,6 +73,7 @@ class FakeAssetWriter final : public AssetWriter {
     add("finish");
     script_.completions.push_back(std::move(completed));
   }
+  bool hasFailed() const override { return script_.hasFailed; }
   std::string error() const override { return script_.error; }
 
  private:

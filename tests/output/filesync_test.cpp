@@ -3,8 +3,10 @@
 #include <cerrno>
 #include <future>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -60,14 +62,19 @@ class FileSyncTest : public ::testing::Test {
  protected:
   FileSyncTest() { makeFile(path, "picture"); }
 
+  FileSync::Refused refused() {
+    return [this](const std::string& refusedPath) { refusedPaths.push_back(refusedPath); };
+  }
+
   TemporaryFolder folder;
   const std::string path = folder.file("a.jpg");
+  std::vector<std::string> refusedPaths;  // read after draining
   Flushes flushes;
   LogCapture log;
 };
 
 TEST_F(FileSyncTest, FlushesTheFileAndThenItsFolder) {
-  FileSync sync(flushes.function());
+  FileSync sync(refused(), flushes.function());
   sync.makeDurable(path, identityOf(path));
   sync.drain();
   EXPECT_THAT(flushes.flushed(), ElementsAre(identityOf(path), identityOf(folder.path())));
@@ -85,7 +92,7 @@ TEST_F(FileSyncTest, TheSystemsOwnFlushWorksOnBoth) {
 TEST_F(FileSyncTest, TheCallerDoesNotWait) {
   std::promise<void> promise;
   const std::shared_future<void> allowed = promise.get_future().share();
-  FileSync sync([&](int) {
+  FileSync sync({}, [&](int) {
     allowed.wait();
     return 0;
   });
@@ -97,26 +104,45 @@ TEST_F(FileSyncTest, TheCallerDoesNotWait) {
 
 TEST_F(FileSyncTest, WhatIsPendingAtTheEndIsFinished) {
   {
-    FileSync sync(flushes.function());
+    FileSync sync(refused(), flushes.function());
     for (int i = 0; i < 20; ++i) sync.makeDurable(path, identityOf(path));
   }
   EXPECT_EQ(flushes.flushed().size(), 40U);
 }
 
-TEST_F(FileSyncTest, AFileThatTheDiskRefusesIsRemovedAndLogged) {
+TEST_F(FileSyncTest, AFileThatTheDiskRefusesIsKeptLoggedAndTold) {
   flushes.failWith({EIO});
-  FileSync sync(flushes.function());
+  FileSync sync(refused(), flushes.function());
   sync.makeDurable(path, identityOf(path));
   sync.drain();
-  EXPECT_THAT(folder.names(), IsEmpty());
+  EXPECT_THAT(folder.names(), ElementsAre("a.jpg"));
   EXPECT_THAT(log.lines(),
               ElementsAre("The file " + path +
-                          " was lost, the disk could not take it: Input/output error"));
+                          " may be lost, the disk could not take it: Input/output error"));
+  EXPECT_THAT(refusedPaths, ElementsAre(path));
+}
+
+TEST_F(FileSyncTest, TheEndDoesNotWaitForADiskThatDoesNotAnswer) {
+  const auto answers = std::make_shared<std::promise<void>>();
+  const auto asked = std::make_shared<std::promise<void>>();
+  {
+    FileSync sync({}, [answers, asked, calls = 0](int) mutable {
+      if (calls++ > 0) return 0;
+      asked->set_value();
+      answers->get_future().wait();
+      return 0;
+    });
+    sync.makeDurable(path, identityOf(path));
+    asked->get_future().wait();
+  }
+  EXPECT_EQ(SerialQueue::abandonedThreads(), 1);
+  answers->set_value();
+  while (SerialQueue::abandonedThreads() > 0) std::this_thread::yield();
 }
 
 TEST_F(FileSyncTest, AFolderThatCanNotBeFlushedIsLoggedAndKeepsTheFile) {
   flushes.failWith({0, ENOSPC});
-  FileSync sync(flushes.function());
+  FileSync sync(refused(), flushes.function());
   sync.makeDurable(path, identityOf(path));
   sync.drain();
   EXPECT_THAT(folder.names(), ElementsAre("a.jpg"));
@@ -127,7 +153,7 @@ TEST_F(FileSyncTest, AFolderThatCanNotBeFlushedIsLoggedAndKeepsTheFile) {
 
 TEST_F(FileSyncTest, AFileSystemWithoutFlushesIsNoFailure) {
   flushes.failWith({EINVAL, EINVAL, ENOSYS, EOPNOTSUPP});
-  FileSync sync(flushes.function());
+  FileSync sync(refused(), flushes.function());
   sync.makeDurable(path, identityOf(path));
   sync.makeDurable(path, identityOf(path));
   sync.drain();
@@ -137,7 +163,7 @@ TEST_F(FileSyncTest, AFileSystemWithoutFlushesIsNoFailure) {
 
 TEST_F(FileSyncTest, AnInterruptedFlushIsRepeated) {
   flushes.failWith({EINTR, EINTR});
-  FileSync sync(flushes.function());
+  FileSync sync(refused(), flushes.function());
   sync.makeDurable(path, identityOf(path));
   sync.drain();
   EXPECT_EQ(flushes.flushed().size(), 4U);
@@ -149,7 +175,7 @@ TEST_F(FileSyncTest, AFileThatWasReplacedOrRemovedMeanwhileIsLeftAlone) {
   makeFile(folder.file("b.jpg"), "another");
   std::filesystem::rename(folder.file("b.jpg"), path);
   flushes.failWith({EIO, EIO});
-  FileSync sync(flushes.function());
+  FileSync sync(refused(), flushes.function());
   sync.makeDurable(path, old);
   sync.makeDurable(folder.file("gone.jpg"), old);
   sync.drain();

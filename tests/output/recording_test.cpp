@@ -9,9 +9,9 @@
 #include <gtest/gtest.h>
 
 #include "FakeAssetWriter.h"
+#include "FakeFailureListener.h"
 #include "LogCapture.h"
 #include "ManualExecutor.h"
-#include "TemporaryFolder.h"
 
 namespace tessary {
 namespace {
@@ -20,11 +20,12 @@ using namespace std::chrono_literals;
 using test::Journal;
 using test::LogCapture;
 using test::ManualExecutor;
-using test::TemporaryFolder;
 using test::WriterScript;
 using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 
 constexpr TextureSize kVga{640, 480};
 
@@ -45,7 +46,7 @@ class RecordingTest : public ::testing::Test {
   RecordingTest() {
     auto queue = std::make_unique<ManualExecutor>();
     recordingQueue = queue.get();
-    recording = std::make_unique<Recording>(test::fakeWriters(script, journal), mainQueue,
+    recording = std::make_unique<Recording>(test::fakeWriters(script, journal), mainQueue, failures,
                                             std::move(queue), 0ms);
   }
 
@@ -93,6 +94,7 @@ class RecordingTest : public ::testing::Test {
   Journal journal;
   WriterScript script;
   ManualExecutor mainQueue;
+  test::FakeFailureListener failures;
   std::shared_ptr<Delegate> delegate = std::make_shared<Delegate>(journal);
   ManualExecutor* recordingQueue = nullptr;
   std::unique_ptr<Recording> recording;
@@ -153,13 +155,6 @@ TEST_F(RecordingTest, AStartReturnsAtOnce) {
   recording->startRecord("/none/a.mp4", delegate, kVga);
   EXPECT_THAT(journal.take(), IsEmpty());
   EXPECT_EQ(status(), kRecordingNone);
-}
-
-TEST_F(RecordingTest, AStartRemovesWhatLiesUnderTheName) {
-  const TemporaryFolder folder;
-  test::makeFile(folder.file("a.mp4"), "old");
-  start(folder.file("a.mp4"));
-  EXPECT_THAT(folder.names(), IsEmpty());
 }
 
 TEST_F(RecordingTest, AWriterThatCanNotBeMadeIsAFailedStart) {
@@ -281,6 +276,149 @@ TEST_F(RecordingTest, AFrameIsLetGoOnceItIsHandled) {
   EXPECT_EQ(picture.use_count(), 1);
 }
 
+// The limit.
+
+TEST_F(RecordingTest, FramesPastTheLimitAreNotRecordedHoweverLateTheStopComes) {
+  recording->setLimit(30);
+  start();
+  frame(5'000'000);
+  journal.take();
+  frame(34'999'999);
+  frame(35'000'000);
+  frame(50'000'000);
+  EXPECT_THAT(journal.take(), ElementsAre("1: frame 34999999"));
+  EXPECT_EQ(status(), kRecordingRunning);
+  EXPECT_EQ(recording->lostFrames(), 0U);
+  EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(RecordingTest, ALimitIsInForceFromTheMomentItIsSet) {
+  start();
+  frame(0);
+  frame(40'000'000);
+  journal.take();
+  recording->setLimit(30);
+  frame(41'000'000);
+  recording->setLimit(60);
+  frame(42'000'000);
+  recording->setLimit(0);
+  frame(3'600'000'000);
+  EXPECT_THAT(journal.take(), ElementsAre("1: frame 42000000", "1: frame 3600000000"));
+}
+
+TEST_F(RecordingTest, TheLimitCountsFromEachMoviesFirstFrame) {
+  recording->setLimit(10);
+  start();
+  frame(0);
+  stop();
+  start();
+  frame(60'000'000);
+  journal.take();
+  frame(69'999'999);
+  frame(70'000'000);
+  EXPECT_THAT(journal.take(), ElementsAre("2: frame 69999999"));
+}
+
+// What the user is told.
+
+TEST_F(RecordingTest, AMovieThatCanNotBeWrittenIsToldOnce) {
+  start();
+  script.takesFrames = false;
+  script.hasFailed = true;
+  script.error = "Nothing was recorded: the disk is full.";
+  frame(1);
+  frame(2);
+  stop();
+  complete();
+  runQueues();
+  EXPECT_EQ(failures.text(Failure::MovieNotSaved),
+            "Nothing was recorded: the disk is full. Choose another folder in Options.");
+  EXPECT_EQ(failures.told(), 1) << "and not that its frames are lost";
+}
+
+TEST_F(RecordingTest, AMovieThatCanNotBeFinishedIsTold) {
+  start();
+  frame(1);
+  stop();
+  script.error = "The movie could not be finished: the disk is full.";
+  complete();
+  runQueues();
+  EXPECT_THAT(failures.text(Failure::MovieNotSaved), HasSubstr("could not be finished"));
+}
+
+TEST_F(RecordingTest, AStartThatFailsIsToldAndTheNextStartTakesItBack) {
+  script.makeError = "no encoder";
+  start();
+  mainQueue.runAll();
+  EXPECT_EQ(failures.text(Failure::MovieNotSaved),
+            "The recording did not start: no encoder. Choose another folder in Options.");
+  script.makeError.clear();
+  start();
+  mainQueue.runAll();
+  EXPECT_EQ(failures.text(Failure::MovieNotSaved), "");
+}
+
+TEST_F(RecordingTest, LostFramesAreToldUntilNoneWasLostForAWhile) {
+  start();
+  frame(0);
+  script.ready = false;
+  frame(100'000);
+  frame(200'000);
+  script.ready = true;
+  frame(300'000);
+  mainQueue.runAll();
+  EXPECT_THAT(failures.text(Failure::FramesLost), HasSubstr("Frames are being lost"));
+  EXPECT_EQ(failures.told(), 1);
+  frame(2'199'999);
+  mainQueue.runAll();
+  EXPECT_THAT(failures.text(Failure::FramesLost), Not(IsEmpty()));
+  frame(2'200'000);
+  mainQueue.runAll();
+  EXPECT_EQ(failures.text(Failure::FramesLost), "");
+}
+
+TEST_F(RecordingTest, FramesThatPileUpAreToldToo) {
+  start();
+  for (int i = 0; i <= Recording::kFramesUnderWay; ++i)
+    recording->appendMovieFrame({nullptr, MediaTime(i)});
+  mainQueue.runAll();
+  EXPECT_THAT(failures.text(Failure::FramesLost), Not(IsEmpty()));
+}
+
+TEST_F(RecordingTest, ADiskThatTakesNothingForTwoSecondsIsTold) {
+  start();
+  frame(0);
+  script.ready = false;
+  frame(100'000);
+  frame(2'099'999);
+  mainQueue.runAll();
+  EXPECT_EQ(failures.text(Failure::MovieNotSaved), "");
+  frame(2'100'000);
+  mainQueue.runAll();
+  EXPECT_THAT(failures.text(Failure::MovieNotSaved), HasSubstr("the disk does not answer"));
+  script.ready = true;
+  frame(2'200'000);
+  mainQueue.runAll();
+  EXPECT_EQ(failures.text(Failure::MovieNotSaved), "");
+}
+
+TEST_F(RecordingTest, AFrameAfterTheStopIsNoLossToTellOf) {
+  start();
+  frame(1);
+  stop();
+  frame(2);
+  mainQueue.runAll();
+  EXPECT_EQ(failures.told(), 0);
+}
+
+TEST_F(RecordingTest, AfterTheEndNothingIsTold) {
+  script.makeError = "no encoder";
+  start();
+  recording.reset();
+  mainQueue.runAll();
+  EXPECT_EQ(failures.told(), 0);
+}
+
 // Stopping.
 
 TEST_F(RecordingTest, AStopFinishesTheWriterAndThenTellsTheMainThread) {
@@ -333,38 +471,6 @@ TEST_F(RecordingTest, AStopBeforeAnyFrameFinishesWithoutATimeline) {
   EXPECT_THAT(journal.take(),
               ElementsAre("make /none/a.mp4", "1: settings 640x480 1244160 30 30", "1: start",
                           "told 4", "told 2", "1: finish", "1: destroyed", "told 3"));
-}
-
-TEST_F(RecordingTest, AMovieWithoutAFrameLeavesNoFile) {
-  const TemporaryFolder folder;
-  const std::string file = folder.file("a.mp4");
-  start(file);
-  test::makeFile(file, "");
-  stop();
-  complete();
-  EXPECT_THAT(folder.names(), IsEmpty());
-}
-
-TEST_F(RecordingTest, AMovieWithAFrameKeepsItsFile) {
-  const TemporaryFolder folder;
-  const std::string file = folder.file("a.mp4");
-  start(file);
-  test::makeFile(file, "movie");
-  frame(1);
-  stop();
-  complete();
-  EXPECT_THAT(folder.names(), ElementsAre("a.mp4"));
-}
-
-TEST_F(RecordingTest, AMovieWithoutAFrameDoesNotTakeALaterOnesFileAway) {
-  const TemporaryFolder folder;
-  const std::string file = folder.file("a.mp4");
-  start(file);
-  stop();
-  start(file);
-  test::makeFile(file, "the later one's");
-  complete();
-  EXPECT_THAT(folder.names(), ElementsAre("a.mp4"));
 }
 
 TEST_F(RecordingTest, AFrameAfterTheStopReachesNoWriter) {

@@ -11,6 +11,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "FakeFailureListener.h"
 #include "LogCapture.h"
 #include "ManualExecutor.h"
 #include "Patience.h"
@@ -70,6 +71,7 @@ class ThreadedWriter final : public AssetWriter {
       completed();
     });
   }
+  bool hasFailed() const override { return false; }
   std::string error() const override { return {}; }
 
  private:
@@ -133,7 +135,8 @@ TEST(RecordingThreads, FramesFromOneThreadStartAndStopFromAnother) {
   const LogCapture log;
   Totals totals;
   ManualExecutor mainQueue;
-  Recording recording(threadedWriters(totals), mainQueue);
+  test::FakeFailureListener failures;
+  Recording recording(threadedWriters(totals), mainQueue, failures);
   {
     const FrameSource frames(recording);
     for (int i = 0; i < 50; ++i) {
@@ -158,8 +161,9 @@ TEST(RecordingThreads, StartsAndStopsThatDoNotWaitForEachOther) {
   const LogCapture log;
   Totals totals;
   ManualExecutor mainQueue;
+  test::FakeFailureListener failures;
   {
-    Recording recording(threadedWriters(totals), mainQueue);
+    Recording recording(threadedWriters(totals), mainQueue, failures);
     const FrameSource frames(recording);
     for (int i = 0; i < 300; ++i) {
       recording.startRecord("/none/a.mp4", {}, i % 7 == 0 ? TextureSize{} : kVga);
@@ -184,8 +188,9 @@ TEST(RecordingThreads, TheEndWaitsForAMovieToBeFinished) {
   const LogCapture log;
   Totals totals;
   ManualExecutor mainQueue;
+  test::FakeFailureListener failures;
   {
-    Recording recording(threadedWriters(totals, 50ms), mainQueue);
+    Recording recording(threadedWriters(totals, 50ms), mainQueue, failures);
     const auto counter = std::make_shared<Counter>();
     recording.startRecord("/none/a.mp4", counter, kVga);
     {
@@ -203,11 +208,12 @@ TEST(RecordingThreads, TheFrameQueueNeverWaitsForABusyWriter) {
   const LogCapture log;
   Totals totals;
   ManualExecutor mainQueue;
+  test::FakeFailureListener failures;
   std::promise<void> release;
   std::promise<void> busy;
   auto queue = std::make_unique<SerialQueue>("com.tessary.record.session");
   SerialQueue& recordingQueue = *queue;
-  Recording recording(threadedWriters(totals), mainQueue, std::move(queue), 10s);
+  Recording recording(threadedWriters(totals), mainQueue, failures, std::move(queue), 10s);
   recording.startRecord("/none/a.mp4", {}, kVga);
   recordingQueue.post([&] {
     busy.set_value();

@@ -1,14 +1,20 @@
 #include "output/StillImage.h"
 
+#include <cerrno>
+#include <chrono>
 #include <cstring>
+#include <future>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "FakeFailureListener.h"
 #include "FileSizeLimit.h"
 #include "LogCapture.h"
+#include "ManualExecutor.h"
 #include "TemporaryFolder.h"
 
 namespace tessary {
@@ -39,6 +45,26 @@ class FakeEncoder final : public ImageEncoder {
   std::string name_;
 };
 
+/// A disk that does not answer until it is let go: when a file is made, or when it is written.
+class StuckDisk final : public FileCalls {
+ public:
+  explicit StuckDisk(bool whenMade) : whenMade_(whenMade) {}
+  int openNameless(const std::string& folder) override {
+    if (whenMade_) answers_.wait();
+    return FileCalls::openNameless(folder);
+  }
+  ssize_t writeAt(int fd, std::span<const uint8_t> bytes, int64_t offset) override {
+    if (!whenMade_) answers_.wait();
+    return FileCalls::writeAt(fd, bytes, offset);
+  }
+  void letGo() { promise_.set_value(); }
+
+ private:
+  const bool whenMade_;
+  std::promise<void> promise_;
+  const std::shared_future<void> answers_ = promise_.get_future().share();
+};
+
 class StillImageTest : public ::testing::Test {
  protected:
   StillImageTest() { std::memset(picture.data(), 'p', picture.byteCount()); }
@@ -47,12 +73,20 @@ class StillImageTest : public ::testing::Test {
     return still.saveImageFile(in, name, imagePNG, picture);
   }
 
+  /// What the user reads of pictures.
+  std::string told() {
+    mainQueue.runAll();
+    return failures.text(Failure::StillNotSaved);
+  }
+
   TemporaryFolder folder;
   LogCapture log;
   FakeEncoder jpeg{"jpeg:"};
   FakeEncoder png{"png:"};
   PixelBuffer picture{TextureSize{2, 1}};
-  StillImage still{jpeg, png};
+  test::ManualExecutor mainQueue;
+  test::FakeFailureListener failures;
+  StillImage still{jpeg, png, mainQueue, failures};
 };
 
 TEST_F(StillImageTest, TheFormatChoosesTheEncoder) {
@@ -85,7 +119,10 @@ TEST_F(StillImageTest, ADestinationThatCanNotBeMadeIsAnsweredFalse) {
   EXPECT_THAT(log.lines(), ElementsAre("Can NOT save file: " + gone + "/a.jpg",
                                        "No file can be made in the folder " + gone +
                                            ": No such file or directory"));
-  EXPECT_EQ(jpeg.calls, 0);
+  EXPECT_EQ(told(), "The picture was not saved: the folder \"" + gone +
+                        "\" is gone. Choose another folder in Options.");
+  EXPECT_TRUE(save(folder.path(), "a.jpg", 0));
+  EXPECT_EQ(told(), "") << "a picture that is saved takes it back";
 }
 
 TEST_F(StillImageTest, WithoutAPictureNothingIsWrittenAndTheAnswerIsTrue) {
@@ -109,6 +146,7 @@ TEST_F(StillImageTest, AFailingEncoderIsLoggedAndLeavesNothing) {
   EXPECT_THAT(folder.names(), IsEmpty());
   EXPECT_THAT(log.lines(), ElementsAre("The picture for " + folder.file("a.png") +
                                        " is lost: it could not be encoded"));
+  EXPECT_THAT(told(), StartsWith("The picture is lost: "));
 }
 
 TEST_F(StillImageTest, AFullDiskIsLoggedAndLeavesNothing) {
@@ -121,6 +159,7 @@ TEST_F(StillImageTest, AFullDiskIsLoggedAndLeavesNothing) {
   EXPECT_THAT(folder.names(), IsEmpty());
   EXPECT_THAT(log.lines(),
               ElementsAre(StartsWith("The picture for " + folder.file("a.jpg") + " is lost: ")));
+  EXPECT_THAT(told(), StartsWith("The picture is lost: the file has become as large"));
 }
 
 TEST_F(StillImageTest, AFailureLeavesThePictureThatWasThere) {
@@ -128,6 +167,55 @@ TEST_F(StillImageTest, AFailureLeavesThePictureThatWasThere) {
   jpeg.fails = true;
   EXPECT_TRUE(save(folder.path(), "a.jpg", 0));
   EXPECT_EQ(contentsOf(folder.file("a.jpg")), "old");
+}
+
+TEST_F(StillImageTest, WhatAKilledProgramLeftIsRemoved) {
+  test::makeFile(folder.file(".a.jpg.999999999-0.part"), "half");
+  EXPECT_TRUE(save(folder.path(), "b.jpg", 0));
+  EXPECT_THAT(folder.names(), ElementsAre("b.jpg"));
+}
+
+// A disk that does not answer.
+
+constexpr std::chrono::milliseconds kShort(50);
+
+TEST_F(StillImageTest, ADiskThatDoesNotAnswerIsNotWaitedForTwice) {
+  StuckDisk disk(true);
+  const TemporaryFolder another;
+  {
+    StillImage stuck(jpeg, png, mainQueue, failures, disk, kShort);
+    EXPECT_FALSE(stuck.saveImageFile(folder.path(), "a.jpg", 0, picture));
+    EXPECT_EQ(log.lines(),
+              (std::vector<std::string>{"Can NOT save file: " + folder.file("a.jpg"),
+                                        "No file can be made in the folder " + folder.path() +
+                                            ": the disk does not answer"}));
+    EXPECT_EQ(told(),
+              "The picture was not saved: the disk does not answer. Choose another folder in "
+              "Options.");
+    const auto before = std::chrono::steady_clock::now();
+    for (int i = 0; i < 100; ++i)
+      EXPECT_FALSE(stuck.saveImageFile(folder.path(), "b.jpg", 0, picture));
+    EXPECT_LT(std::chrono::steady_clock::now() - before, 100 * kShort);
+    EXPECT_FALSE(stuck.saveImageFile(another.path(), "c.jpg", 0, picture)) << "stuck as well";
+    EXPECT_EQ(SerialQueue::abandonedThreads(), 1);
+  }
+  EXPECT_EQ(SerialQueue::abandonedThreads(), 2);
+  disk.letGo();
+  while (SerialQueue::abandonedThreads() > 0) std::this_thread::yield();
+  EXPECT_THAT(folder.names(), IsEmpty()) << "what was told to be not saved is not";
+}
+
+TEST_F(StillImageTest, ADiskThatIsSlowToWriteGetsItsPictureLater) {
+  StuckDisk disk(false);
+  StillImage slow(jpeg, png, mainQueue, failures, disk, kShort);
+  EXPECT_TRUE(slow.saveImageFile(folder.path(), "a.jpg", 0, picture));
+  EXPECT_THAT(folder.names(), IsEmpty());
+  EXPECT_FALSE(slow.saveImageFile(folder.path(), "b.jpg", 0, picture));
+  disk.letGo();
+  while (folder.names().empty()) std::this_thread::yield();
+  EXPECT_EQ(contentsOf(folder.file("a.jpg")), "jpeg:pppppppp");
+  while (!slow.saveImageFile(folder.path(), "c.jpg", 0, picture)) std::this_thread::yield();
+  EXPECT_THAT(folder.names(), ElementsAre("a.jpg", "c.jpg"));
 }
 
 }  // namespace

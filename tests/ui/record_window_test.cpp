@@ -16,6 +16,8 @@ class RecordWindow : public DialogRig, public RecordWindowDelegate {
     status = sender.statusDelegate();
   }
 
+  void recordLimitDidChange() override { limitsTold.push_back(preferences.maxRecord); }
+
   /// A sheet that is up; `maxRecord` is what is stored as the limit.
   RecordWindowController& show(int32_t maxRecord = 0) {
     preferences.maxRecord = maxRecord;
@@ -38,6 +40,7 @@ class RecordWindow : public DialogRig, public RecordWindowDelegate {
   std::unique_ptr<RecordWindowController> dialog;
   std::shared_ptr<PreviewViewRecordDelegate> status;
   int starts = 0;
+  std::vector<int32_t> limitsTold;
 };
 
 TEST_F(RecordWindow, OffersTheSixLimitsAndSelectsTheStoredOne) {
@@ -80,6 +83,7 @@ TEST_F(RecordWindow, AChosenLimitIsSavedAtOnceAndTheSameOneNotAgain) {
   EXPECT_TRUE(waitUntil([&] { return !limitFld().view()->isVisible(); }));
   EXPECT_EQ(limitFld().currentIndex(), 1);
   EXPECT_EQ(saves(), 1);
+  EXPECT_EQ(limitsTold, std::vector<int32_t>{30});
   EXPECT_EQ(ends, 0);
 }
 

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "FakeFailureListener.h"
 #include "FakeRasterizer.h"
 #include "FakeViewHost.h"
 #include "LogCapture.h"
@@ -22,6 +23,7 @@ using test::FakeRasterizer;
 using test::FakeViewHost;
 using test::ManualExecutor;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 /// Makes one byte of any picture, and remembers its size.
@@ -47,8 +49,9 @@ class FakeCompositor final : public Compositor {
     pointCount = points.size();
   }
   void present(const Rect& picture, TextureSize) override { presented.push_back(picture); }
-  bool readBack(PixelBuffer&) override { return hasBufferResources(); }
+  bool readBack(PixelBuffer&) override { return hasBufferResources() && readsBack; }
 
+  bool readsBack = true;
   TextureSize made;
   std::vector<TextureSize> composed;
   std::vector<Rect> presented;
@@ -97,6 +100,7 @@ class PreviewViewTest : public ::testing::Test {
             jpegEncoder,
             pngEncoder,
             [](const std::string&, std::string&) { return nullptr; },
+            failures,
             [this] { ++displays; },
             [](const std::function<void()>& work) { work(); }};
   }
@@ -123,6 +127,7 @@ class PreviewViewTest : public ::testing::Test {
   FakeCompositor compositor;
   FakeRasterizer rasterizer;
   ManualExecutor mainQueue;
+  test::FakeFailureListener failures;
   RecordingDelegate delegate;
   int displays = 0;
   FakeEncoder jpegEncoder;
@@ -380,6 +385,43 @@ TEST_F(PreviewViewTest, AFrameTooSmallToBeComposedIsSavedAlone) {
   show({320, 240});
   EXPECT_TRUE(view.saveImageFile("a.jpg"));
   EXPECT_THAT(jpegEncoder.encoded, ElementsAre(TextureSize{320, 240}));
+}
+
+TEST_F(PreviewViewTest, AStillBetweenANewFrameSizeAndItsLayoutHasTheNewSize) {
+  QuietFolder folder;
+  preferences.url = folder.path();
+  show({1280, 720});
+  view.updateVideoFrame(frame({800, 600}));
+  EXPECT_TRUE(view.saveImageFile("a.jpg"));
+  EXPECT_EQ(compositor.composed.back(), (TextureSize{800, 600}));
+  view.updateVideoFrame(frame({320, 240}));
+  EXPECT_TRUE(view.saveImageFile("b.jpg"));
+  EXPECT_THAT(jpegEncoder.encoded, ElementsAre(TextureSize{800, 600}, TextureSize{320, 240}));
+}
+
+TEST_F(PreviewViewTest, AStillThatCanNotBeReadBackIsSavedWithoutOverlayAndSaysSo) {
+  QuietFolder folder;
+  preferences.url = folder.path();
+  show({1280, 720});
+  compositor.readsBack = false;
+  EXPECT_TRUE(view.saveImageFile("a.jpg"));
+  EXPECT_EQ(failures.told(), 0) << "nothing lies over the picture";
+  view.changeScale(1);
+  EXPECT_TRUE(view.saveImageFile("b.jpg"));
+  EXPECT_THAT(failures.text(Failure::OverlayLeftOut), HasSubstr("can't be read back"));
+  EXPECT_THAT(jpegEncoder.encoded, ElementsAre(TextureSize{1280, 720}, TextureSize{1280, 720}));
+  compositor.readsBack = true;
+  EXPECT_TRUE(view.saveImageFile("c.jpg"));
+  EXPECT_EQ(failures.text(Failure::OverlayLeftOut), "");
+}
+
+TEST_F(PreviewViewTest, AFrameTooSmallToBeComposedSaysThatTheOverlayIsLeftOut) {
+  QuietFolder folder;
+  preferences.url = folder.path();
+  show({320, 240});
+  view.changeScale(1);
+  EXPECT_TRUE(view.saveImageFile("a.jpg"));
+  EXPECT_THAT(failures.text(Failure::OverlayLeftOut), HasSubstr("Choose a larger resolution"));
 }
 
 TEST_F(PreviewViewTest, WithoutAPictureAStillIsSaidToBeSavedAndNothingIsWritten) {

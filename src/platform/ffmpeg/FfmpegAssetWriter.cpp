@@ -16,7 +16,6 @@ namespace tessary {
 namespace {
 
 void prepareThisThread() {
-  pthread_setname_np(pthread_self(), "movie writer");
   // A file that has reached the limit of file sizes is a failed write, not the program's end.
   sigset_t signals;
   sigemptyset(&signals);
@@ -24,28 +23,27 @@ void prepareThisThread() {
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 }
 
-MovieFileCalls& systemCalls() {
-  static MovieFileCalls s_calls;
-  return s_calls;
-}
-
 }  // namespace
 
 FfmpegAssetWriter::FfmpegAssetWriter(std::string path)
-    : FfmpegAssetWriter(std::move(path), systemCalls()) {}
+    : FfmpegAssetWriter(std::move(path), FileCalls::system()) {}
 
-FfmpegAssetWriter::FfmpegAssetWriter(std::string path, MovieFileCalls& calls)
-    : path_(std::move(path)), calls_(calls) {}
+FfmpegAssetWriter::FfmpegAssetWriter(std::string path, FileCalls& calls,
+                                     std::chrono::milliseconds endLimit)
+    : path_(std::move(path)), calls_(calls), endLimit_(endLimit) {}
 
 FfmpegAssetWriter::~FfmpegAssetWriter() {
+  if (!queue_) return;
+  if (!finishing_) endsBy_ = std::chrono::steady_clock::now() + endLimit_;
   if (recorder_) recorder_->stop({});
-  if (!thread_.joinable()) return;
   // The completion handler may destroy the writer that it runs for; its thread then has nothing of
   // the writer's left to use.
-  if (thread_.get_id() == std::this_thread::get_id())
-    thread_.detach();
-  else
-    thread_.join();
+  if (queue_->isThisThread()) return;
+  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+      endsBy_ - std::chrono::steady_clock::now());
+  const bool ended = queue_->call(left, [] { return true; }).has_value();
+  // A completion that is being called goes by itself; it must not outlive the writer.
+  if (!ended && (!recorder_ || !recorder_->forgetCompletion())) queue_->drain();
 }
 
 bool FfmpegAssetWriter::canApplyOutputSettings(const MovieSettings& settings) const {
@@ -66,14 +64,9 @@ bool FfmpegAssetWriter::open(const MovieSettings& settings, std::string& reason)
                             std::thread::hardware_concurrency());
   auto encoder = MovieEncoder::make(settings, ladder, reason);
   if (!encoder) return false;
-  auto file = std::make_unique<MovieFile>(path_, calls_);
-  if (!file->open()) {
-    reason = fmt::format("The movie can't be made: {}.", file->error());
-    return false;
-  }
-  auto recorder = std::make_shared<MovieRecorder>(std::move(encoder), std::move(file));
-  thread_ = std::thread([recorder]() mutable {
-    prepareThisThread();
+  auto recorder = std::make_shared<MovieRecorder>(std::move(encoder),
+                                                  std::make_unique<MovieFile>(path_, calls_));
+  startThread([recorder]() mutable {
     const auto completed = recorder->run();
     recorder.reset();
     if (completed) completed();
@@ -88,6 +81,14 @@ bool FfmpegAssetWriter::open(const MovieSettings& settings, std::string& reason)
 } catch (const std::exception& error) {
   reason = fmt::format("The movie can't be made: {}.", error.what());
   return false;
+}
+
+void FfmpegAssetWriter::startThread(std::function<void()> work) {
+  queue_ = std::make_unique<SerialQueue>("movie writer", std::chrono::milliseconds(0));
+  queue_->post([work = std::move(work)] {
+    prepareThisThread();
+    work();
+  });
 }
 
 void FfmpegAssetWriter::startSessionAtSourceTime(MediaTime time) {
@@ -128,11 +129,17 @@ std::string FfmpegAssetWriter::refusalOf(const SampleBuffer& frame) const {
 void FfmpegAssetWriter::finishWritingWithCompletionHandler(std::function<void()> completed) {
   if (finishing_) return;
   finishing_ = true;
+  endsBy_ = std::chrono::steady_clock::now() + endLimit_;
   refuse({});
   if (recorder_)
     recorder_->stop(std::move(completed));
   else if (completed)
-    thread_ = std::thread(std::move(completed));
+    startThread(std::move(completed));
+}
+
+bool FfmpegAssetWriter::hasFailed() const {
+  const std::lock_guard lock(mutex_);
+  return !failure_.empty() || (recorder_ && !recorder_->error().empty());
 }
 
 std::string FfmpegAssetWriter::error() const {

@@ -1,15 +1,16 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 
+#include "base/FileCalls.h"
+#include "base/SerialQueue.h"
 #include "platform/AssetWriter.h"
-#include "platform/ffmpeg/MovieFileCalls.h"
 
 namespace tessary {
 
@@ -21,14 +22,21 @@ class MovieRecorder;
 /// the death of the process; when it is finished it is an ordinary movie. A writer may be destroyed
 /// by its own completion handler.
 ///
+/// Its thread alone touches the disk. A disk that does not answer keeps the end of a writer waiting
+/// until `kEndLimit` after it was told to finish; then thread and file are left to themselves, and
+/// the completion is never called.
+///
 /// A refused frame leaves its reason in `error` until the next one is taken or the movie is
 /// finished. What ends the recording (a full disk) leaves its own for good, and is logged once; the
 /// frames before it make a movie.
 class FfmpegAssetWriter final : public AssetWriter {
  public:
-  /// `path` is absolute; nothing may lie there. `calls` outlives the writer and its completion.
+  static constexpr std::chrono::seconds kEndLimit{8};
+
+  /// `path` is absolute. `calls` outlives the writer and its thread.
   explicit FfmpegAssetWriter(std::string path);
-  FfmpegAssetWriter(std::string path, MovieFileCalls& calls);
+  FfmpegAssetWriter(std::string path, FileCalls& calls,
+                    std::chrono::milliseconds endLimit = kEndLimit);
   ~FfmpegAssetWriter() override;
   FfmpegAssetWriter(const FfmpegAssetWriter&) = delete;
   FfmpegAssetWriter& operator=(const FfmpegAssetWriter&) = delete;
@@ -40,6 +48,7 @@ class FfmpegAssetWriter final : public AssetWriter {
   bool isReadyForMoreMediaData() const override;
   bool appendSampleBuffer(const SampleBuffer& frame) override;
   void finishWritingWithCompletionHandler(std::function<void()> completed) override;
+  bool hasFailed() const override;
   std::string error() const override;
 
   /// Frames that lie in the file. Any thread.
@@ -47,17 +56,20 @@ class FfmpegAssetWriter final : public AssetWriter {
 
  private:
   bool open(const MovieSettings& settings, std::string& reason);
+  void startThread(std::function<void()> work);
   bool refuse(std::string reason) const;
   std::string refusalOf(const SampleBuffer& frame) const;
 
   const std::string path_;
-  MovieFileCalls& calls_;
+  FileCalls& calls_;
+  const std::chrono::milliseconds endLimit_;
   MovieSettings settings_;
   std::optional<MediaTime> sessionStart_;
   std::optional<MediaTime> lastTime_;
   bool finishing_ = false;
+  std::chrono::steady_clock::time_point endsBy_{};  // once finishing
 
-  std::thread thread_;
+  std::unique_ptr<SerialQueue> queue_;  // from the start on
 
   mutable std::mutex mutex_;                 // guards all below where another thread may ask
   std::shared_ptr<MovieRecorder> recorder_;  // once writing; the thread holds it too

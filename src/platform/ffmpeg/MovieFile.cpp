@@ -2,70 +2,83 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
-#include <system_error>
 #include <utility>
 
-#include <fmt/format.h>
-#include <unistd.h>
+#include <sys/stat.h>
+
+#include "base/PartFiles.h"
 
 namespace tessary {
 namespace {
 
-/// What a system call's failure means to the user.
-std::string reasonOf(int code, const std::string& path) {
-  const std::string folder = std::filesystem::path(path).parent_path().string();
-  switch (code) {
-    case ENOSPC:
-    case EDQUOT: return "the disk is full";
-    case EFBIG: return "the file has become as large as the disk allows";
-    case ENOENT:
-    case ENOTDIR: return fmt::format("the folder \"{}\" is gone", folder);
-    case EACCES:
-    case EPERM: return fmt::format("the folder \"{}\" may not be written to", folder);
-    case EROFS: return "the disk can only be read";
-    case EEXIST: return "there is a file of this name already";
-    case EIO:
-    case ENODEV:
-    case ENXIO: return "the disk does not answer";
-    default: return std::generic_category().message(code);
-  }
+/// A file that is younger was made under the same name just now, by someone else: a name is of one
+/// second, and comes only once in a run of the program.
+constexpr std::chrono::seconds kJustMade(2);
+
+/// More than there can be of one second.
+constexpr int kNameAttempts = 1000;
+
+bool isJustMade(const struct stat& status) {
+  using namespace std::chrono;
+  const auto changed = seconds(status.st_mtim.tv_sec) + nanoseconds(status.st_mtim.tv_nsec);
+  const auto age = system_clock::now().time_since_epoch() - changed;
+  return age < kJustMade && age > -kJustMade;
 }
 
 }  // namespace
 
-MovieFile::MovieFile(std::string path, MovieFileCalls& calls)
-    : path_(std::move(path)), calls_(calls) {}
+MovieFile::MovieFile(std::string path, FileCalls& calls) : path_(std::move(path)), calls_(calls) {}
 
-MovieFile::~MovieFile() {
-  if (fd_ < 0) return;
-  if (hasName_ && !hasFragments()) calls_.unlink(path_);
-  closeFile();
-}
+MovieFile::~MovieFile() { closeFile(); }
 
 void MovieFile::closeFile() {
-  ::close(std::exchange(fd_, -1));
-  hasName_ = false;
+  file_.close();
+  if (!partPath_.empty()) calls_.unlink(std::exchange(partPath_, {}));
 }
 
 bool MovieFile::open() {
-  const auto path = std::filesystem::path(path_);
-  std::error_code ignored;
-  if (std::filesystem::exists(std::filesystem::symlink_status(path, ignored))) return fail(EEXIST);
-  fd_ = calls_.openNameless(path.parent_path().string());
-  if (fd_ >= 0) return true;
-  // Not every file system has nameless files (EOPNOTSUPP), nor did every kernel (EISDIR, ENOENT):
-  // see whether the file can be made, and make it when there is something to put into it.
-  if (!openUnderName()) return false;
-  calls_.unlink(path_);
-  closeFile();
+  makePlace();
+  const std::string folder = std::filesystem::path(path_).parent_path().string();
+  file_ = FileDescriptor(calls_.openNameless(folder));
+  if (!file_.isOpen()) {
+    // Not every file system has nameless files (EOPNOTSUPP), nor did every kernel (EISDIR, ENOENT).
+    removeAbandonedParts(folder);
+    return openPart();
+  }
+  markInUse(file_.get());
   return true;
 }
 
-bool MovieFile::openUnderName() {
-  fd_ = calls_.openNew(path_);
-  hasName_ = fd_ >= 0;
-  return fd_ >= 0 || fail(errno);
+/// A name that stays taken is seen when the file is to get it.
+void MovieFile::makePlace() {
+  struct stat status {};
+  if (::lstat(path_.c_str(), &status) != 0) return;
+  if (!isJustMade(status) && !isInUse(path_)) calls_.unlink(path_);
+}
+
+bool MovieFile::openPart() {
+  const std::string part = hiddenPartPath(path_);
+  file_ = FileDescriptor(calls_.openNew(part));
+  if (!file_.isOpen()) return fail(errno);
+  markInUse(file_.get());
+  partPath_ = part;
+  return true;
+}
+
+bool MovieFile::takeName() {
+  for (int attempt = 0; attempt < kNameAttempts; ++attempt) {
+    const int result =
+        partPath_.empty() ? calls_.link(file_.get(), path_) : calls_.renameToNew(partPath_, path_);
+    if (result == 0) {
+      partPath_.clear();
+      return true;
+    }
+    if (errno != EEXIST) break;
+    path_ = nextIndexedPath(path_);
+  }
+  return fail(errno);
 }
 
 bool MovieFile::appendFragment(std::span<const uint8_t> head, std::span<const uint8_t> fragment) {
@@ -76,7 +89,7 @@ bool MovieFile::appendFragment(std::span<const uint8_t> head, std::span<const ui
   const auto free = box::header(0, "free");
   std::copy_n(free.begin() + kTypeAt, 4, hidden.begin() + kTypeAt);
   if (!writeWhole(hidden, end_) || !writeWhole(fragment.subspan(kTypeAt, 4), end_ + kTypeAt)) {
-    calls_.truncate(fd_, end_);
+    calls_.truncate(file_.get(), end_);
     return false;
   }
   end_ += int64_t(fragment.size());
@@ -93,15 +106,13 @@ bool MovieFile::begin(std::span<const uint8_t> head, std::span<const uint8_t> fr
   bytes.resize(bytes.size() + size_t(kGap) - gap.size());
   bytes.insert(bytes.end(), head.begin() + std::ptrdiff_t(movieAt), head.end());
   bytes.insert(bytes.end(), fragment.begin(), fragment.end());
-  if (fd_ < 0 && !openUnderName()) return false;
   if (!writeWhole(bytes, 0)) return false;
-  if (!hasName_ && calls_.link(fd_, path_) != 0) {
-    if (errno == EEXIST) return fail(errno);
+  if (!takeName()) {
+    if (!partPath_.empty()) return false;
     // Where /proc is not to be had, a nameless file stays nameless.
     closeFile();
-    if (!openUnderName() || !writeWhole(bytes, 0)) return false;
+    if (!openPart() || !writeWhole(bytes, 0) || !takeName()) return false;
   }
-  hasName_ = true;
   end_ = int64_t(bytes.size());
   return true;
 }
@@ -115,9 +126,9 @@ bool MovieFile::finish(std::span<const uint8_t> contents) {
 
   // The table has to be on the disk before anything refers to it, lest a power cut keeps the later
   // write and loses the earlier.
-  const auto synced = [this] { return calls_.flushToDisk(fd_) == 0 || fail(errno); };
+  const auto synced = [this] { return calls_.flushToDisk(file_.get()) == 0 || fail(errno); };
   if (!writeWhole(covered, end_) || !synced() || !writeWhole(media, slot_)) {
-    calls_.truncate(fd_, end_);
+    calls_.truncate(file_.get(), end_);
     return false;
   }
   return synced() && checkName();
@@ -125,25 +136,18 @@ bool MovieFile::finish(std::span<const uint8_t> contents) {
 
 /// A movie that was deleted while it was being recorded is not there.
 bool MovieFile::checkName() {
-  if (calls_.nameCount(fd_) != 0) return true;
+  if (calls_.nameCount(file_.get()) != 0) return true;
   error_ = "its file was deleted";
   return false;
 }
 
 bool MovieFile::writeWhole(std::span<const uint8_t> bytes, int64_t offset) {
-  while (!bytes.empty()) {
-    const ssize_t written = calls_.writeAt(fd_, bytes, offset);
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return fail(errno);
-    if (written == 0) return fail(ENOSPC);
-    bytes = bytes.subspan(size_t(written));
-    offset += written;
-  }
-  return true;
+  const int code = tessary::writeWhole(calls_, file_.get(), bytes, offset);
+  return code == 0 || fail(code);
 }
 
 bool MovieFile::fail(int code) {
-  error_ = reasonOf(code, path_);
+  error_ = fileErrorText(code, path_);
   return false;
 }
 

@@ -5,8 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "base/FileCalls.h"
+#include "base/FileDescriptor.h"
 #include "platform/ffmpeg/Boxes.h"
-#include "platform/ffmpeg/MovieFileCalls.h"
 
 namespace tessary {
 
@@ -25,20 +26,22 @@ namespace tessary {
 ///   16 bytes that turns the one kind of movie into the other. It never crosses a page or a sector.
 /// - What could not be written whole is cut off again.
 ///
-/// Under its name the file appears with its first fragment: whole, where the file system knows
-/// nameless files. One thread at a time.
+/// Under its name the file appears whole, with its first fragment; until then it is nameless, or
+/// hidden where a file system has no nameless files. What lies at the name is replaced, but not
+/// what another program is writing or has just written: then the movie gets the next name of that
+/// second. One thread at a time.
 class MovieFile {
  public:
   /// More bytes than the head has before the first fragment.
   static constexpr int32_t kGap = int32_t(box::kLargeHeaderSize);
 
-  MovieFile(std::string path, MovieFileCalls& calls);
-  /// Closes the file; one without a fragment goes away.
+  MovieFile(std::string path, FileCalls& calls);
+  /// Closes the file; without a fragment there is none.
   ~MovieFile();
   MovieFile(const MovieFile&) = delete;
   MovieFile& operator=(const MovieFile&) = delete;
 
-  /// Prepares to make the file, in a folder that exists, under a name that no file has.
+  /// Makes the file, without a name, in a folder that exists.
   bool open();
   /// Adds a fragment; before the first, `head`. On failure the movie is as it was.
   bool appendFragment(std::span<const uint8_t> head, std::span<const uint8_t> fragment);
@@ -50,19 +53,21 @@ class MovieFile {
   const std::string& error() const { return error_; }
 
  private:
-  bool openUnderName();
+  void makePlace();
+  bool openPart();
+  bool takeName();
   void closeFile();
   bool writeWhole(std::span<const uint8_t> bytes, int64_t offset);
   bool begin(std::span<const uint8_t> head, std::span<const uint8_t> fragment);
   bool fail(int code);
   bool checkName();
 
-  const std::string path_;
-  MovieFileCalls& calls_;
-  int fd_ = -1;
-  bool hasName_ = false;
-  int64_t slot_ = 0;  // where the 16 free bytes are
-  int64_t end_ = 0;   // of the last fragment; 0 before the first
+  std::string path_;
+  FileCalls& calls_;
+  FileDescriptor file_;
+  std::string partPath_;  // of a hidden file that has not got its name yet
+  int64_t slot_ = 0;      // where the 16 free bytes are
+  int64_t end_ = 0;       // of the last fragment; 0 before the first
   std::string error_;
 };
 

@@ -15,8 +15,9 @@ namespace {
 using namespace std::chrono_literals;
 
 // Of the movie's time and of the clock's. Half a second may be lost with the process: this, the
-// queue, the frame at the encoder and the newest one, whose length is not known, make less, and
-// leave some for a machine that is busy. A fragment costs 100 bytes and two short writes.
+// queue, the frame at the encoder and the newest one, whose length is not known, make less. When
+// frames wait for the encoder, what is encoded is written at once. A fragment costs 100 bytes and
+// two short writes.
 constexpr std::chrono::microseconds kFragmentSpan = 150ms;
 
 // The container can't tell two frames apart in time by more than 35 minutes; a picture that stands
@@ -49,6 +50,9 @@ bool MovieRecorder::hasRoom() const {
 }
 
 bool MovieRecorder::hasRoomLocked() const {
+  if (!error_.empty()) return true;
+  if (!unwritten_.empty() && SteadyClock::now() - unwritten_.front().since >= kLongestUnwritten)
+    return false;
   if (queue_.empty()) return true;
   return queue_.size() < kQueueCapacity && queue_.back().time - timeAtEncoder_ < kQueueSpan;
 }
@@ -57,6 +61,7 @@ bool MovieRecorder::push(std::shared_ptr<const PixelBuffer> picture, int64_t tim
   const std::lock_guard lock(mutex_);
   if (!hasRoomLocked() || stopping_ || !error_.empty()) return false;
   queue_.push_back({std::move(picture), time});
+  unwritten_.push_back({time, SteadyClock::now()});
   changed_.notify_one();
   return true;
 }
@@ -67,6 +72,12 @@ void MovieRecorder::stop(std::function<void()> completed) {
   stopping_ = true;
   completed_ = std::move(completed);
   changed_.notify_one();
+}
+
+bool MovieRecorder::forgetCompletion() {
+  const std::lock_guard lock(mutex_);
+  completed_ = {};
+  return !completionHandedOut_;
 }
 
 std::string MovieRecorder::error() const {
@@ -89,19 +100,25 @@ std::function<void()> MovieRecorder::run() {
       fail("There is not enough memory to record.");
     }
   };
+  guarded(&MovieRecorder::openFile);
   guarded(&MovieRecorder::work);
   guarded(&MovieRecorder::finish);
   file_.reset();
 
   std::unique_lock lock(mutex_);
   changed_.wait(lock, [this] { return stopping_; });
+  completionHandedOut_ = true;
   return std::exchange(completed_, {});
+}
+
+void MovieRecorder::openFile() {
+  if (!file_->open()) fail(fmt::format("The movie can't be made: {}.", file_->error()));
 }
 
 void MovieRecorder::work() {
   while (goesOn()) {
     if (const auto frame = nextFrame()) encode(*frame);
-    if (isFragmentDue()) writeKnownFragment();
+    writeDueFragment();
   }
   if (error().empty()) {
     MovieEncoder::Packets rest;
@@ -157,18 +174,28 @@ void MovieRecorder::collect(MovieEncoder::Packets packets) {
   }
 }
 
-/// The first frame is written at once: from then on there is a movie.
-bool MovieRecorder::isFragmentDue() const {
-  if (pending_.empty()) return false;
-  return !file_->hasFragments() || SteadyClock::now() >= dueAt_ ||
+std::optional<int64_t> MovieRecorder::timeOfNextFrame() const {
+  const std::lock_guard lock(mutex_);
+  if (queue_.empty()) return {};
+  return queue_.front().time;
+}
+
+/// The first frame is written at once: from then on there is a movie. So is what is encoded while
+/// others wait, for who knows how long they take.
+bool MovieRecorder::isFragmentDue(bool framesWait) const {
+  return framesWait || !file_->hasFragments() || SteadyClock::now() >= dueAt_ ||
          pending_.back()->pts - pending_.front()->pts >= kFragmentSpan.count();
 }
 
-/// Writes all but the newest frame: how long the others last is known. A newest frame that has
-/// waited alone goes as well.
-void MovieRecorder::writeKnownFragment() {
+/// Writes what is pending if it is time to. How long the newest frame lasts is known if another
+/// waits; otherwise it is left for later, unless it has waited alone.
+void MovieRecorder::writeDueFragment() {
+  const auto next = timeOfNextFrame();
+  if (pending_.empty() || !isFragmentDue(next.has_value())) return;
   const size_t count = pending_.size();
-  if (count == 1)
+  if (next)
+    writeFragment(count, std::min(*next - pending_.back()->pts, kLongestInterval));
+  else if (count == 1)
     writeFragment(1, kUnknownDuration);
   else
     writeFragment(count - 1, pending_[count - 1]->pts - pending_[count - 2]->pts);
@@ -188,9 +215,11 @@ void MovieRecorder::writeFragment(size_t frames, int64_t lastDuration) {
     return;
   }
   muxer_->place(packets);
+  const int64_t last = packets.back()->pts;
   pending_.erase(pending_.begin(), pending_.begin() + std::ptrdiff_t(frames));
   const std::lock_guard lock(mutex_);
   framesWritten_ += int64_t(frames);
+  while (!unwritten_.empty() && unwritten_.front().time <= last) unwritten_.pop_front();
 }
 
 /// Also after a failure: the room that the last fragment did not find is room for the contents.

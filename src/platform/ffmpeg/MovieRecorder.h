@@ -9,7 +9,6 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 
 #include "base/PixelBuffer.h"
 #include "platform/ffmpeg/MovieEncoder.h"
@@ -28,6 +27,9 @@ class MovieRecorder {
   /// And none is taken when the newest is this much younger than the one at the encoder,
   /// microseconds: an encoder that is far too slow must not make the movie's end late.
   static constexpr int64_t kQueueSpan = 150'000;
+  /// And none while the oldest that is not in the file yet has waited for longer: what a killed
+  /// process loses stays below half a second, however busy the machine is.
+  static constexpr std::chrono::milliseconds kLongestUnwritten{300};
 
   MovieRecorder(std::unique_ptr<MovieEncoder> encoder, std::unique_ptr<MovieFile> file);
 
@@ -39,6 +41,8 @@ class MovieRecorder {
   /// Nothing more is taken; what has been is written and the file finished, then `completed` (which
   /// may be empty) is called on the thread of run().
   void stop(std::function<void()> completed);
+  /// The completion is not called any more. False if it has been, or is being called.
+  bool forgetCompletion();
   /// Why writing failed; empty if it did not.
   std::string error() const;
   /// Frames that lie in the file.
@@ -54,16 +58,23 @@ class MovieRecorder {
     std::shared_ptr<const PixelBuffer> picture;
     int64_t time;
   };
+  /// A frame that is not in the file yet.
+  struct Unwritten {
+    int64_t time;
+    SteadyClock::time_point since;
+  };
 
   bool hasRoomLocked() const;
   std::optional<Frame> nextFrame();
   bool goesOn() const;
+  void openFile();
   void work();
   void encode(const Frame& frame);
   void collect(MovieEncoder::Packets packets);
-  bool isFragmentDue() const;
+  std::optional<int64_t> timeOfNextFrame() const;
+  bool isFragmentDue(bool framesWait) const;
   void writeFragment(size_t frames, int64_t lastDuration);
-  void writeKnownFragment();
+  void writeDueFragment();
   void finish();
   void fail(const std::string& reason);
 
@@ -80,8 +91,10 @@ class MovieRecorder {
   std::condition_variable changed_;
   std::deque<Frame> queue_;
   int64_t timeAtEncoder_ = 0;  // of the frame taken out last
+  std::deque<Unwritten> unwritten_;
   bool stopping_ = false;
   std::function<void()> completed_;
+  bool completionHandedOut_ = false;
   std::string error_;
   int64_t framesWritten_ = 0;
 };

@@ -1,12 +1,15 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <fstream>
 #include <functional>
 
 #include <gmock/gmock.h>
 
 #include "LogCapture.h"
 #include "MovieFixture.h"
+#include "base/SerialQueue.h"
+#include "platform/ffmpeg/MovieRecorder.h"
 
 namespace tessary::test {
 namespace {
@@ -16,31 +19,61 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::SizeIs;
+using ::testing::StartsWith;
+
+/// A file system without nameless files, or without the means to name them.
+class PlainFileSystem : public FileCalls {
+ public:
+  explicit PlainFileSystem(bool hasNameless) : hasNameless_(hasNameless) {}
+  int openNameless(const std::string& folder) override {
+    if (hasNameless_) return FileCalls::openNameless(folder);
+    errno = EOPNOTSUPP;
+    return -1;
+  }
+  int link(int fd, const std::string& path) override {
+    if (canLink) return FileCalls::link(fd, path);
+    errno = ENOENT;
+    return -1;
+  }
+  bool canLink = false;
+
+ private:
+  const bool hasNameless_;
+};
 
 /// Copies the file before and after every step, and in the middle of every long one: what a process
 /// that was killed there leaves behind.
-class Snapshots final : public MovieFileCalls {
+class Snapshots final : public PlainFileSystem {
  public:
-  explicit Snapshots(std::filesystem::path movie) : movie_(std::move(movie)) {}
+  explicit Snapshots(std::filesystem::path movie, bool hasNameless = true)
+      : PlainFileSystem(hasNameless), movie_(std::move(movie)) {
+    canLink = true;
+  }
+
+  int openNew(const std::string& path) override {
+    const int fd = FileCalls::openNew(path);
+    snap();
+    return fd;
+  }
 
   ssize_t writeAt(int fd, std::span<const uint8_t> bytes, int64_t offset) override {
     // 16 bytes that lie in one page can't be torn apart.
     const size_t first = bytes.size() > 16 ? bytes.size() / 2 : bytes.size();
-    ssize_t written = MovieFileCalls::writeAt(fd, bytes.first(first), offset);
+    ssize_t written = FileCalls::writeAt(fd, bytes.first(first), offset);
     snap();
     if (first == bytes.size()) return written;
-    written += MovieFileCalls::writeAt(fd, bytes.subspan(first), offset + written);
+    written += FileCalls::writeAt(fd, bytes.subspan(first), offset + written);
     snap();
     return written;
   }
   int truncate(int fd, int64_t length) override {
-    const int result = MovieFileCalls::truncate(fd, length);
+    const int result = FileCalls::truncate(fd, length);
     snap();
     return result;
   }
   int flushToDisk(int fd) override {
     snap();
-    return MovieFileCalls::flushToDisk(fd);
+    return FileCalls::flushToDisk(fd);
   }
 
   const std::vector<std::filesystem::path>& taken() const { return taken_; }
@@ -60,18 +93,18 @@ class Snapshots final : public MovieFileCalls {
 
 /// Fails at the n-th step, from 0, with `code`; with `forGood` at all that follow as well. What the
 /// failing write could still place stays.
-class FailingCalls final : public MovieFileCalls {
+class FailingCalls final : public FileCalls {
  public:
   FailingCalls(int step, int code, bool forGood) : step_(step), code_(code), forGood_(forGood) {}
 
   ssize_t writeAt(int fd, std::span<const uint8_t> bytes, int64_t offset) override {
-    if (!failsNow()) return MovieFileCalls::writeAt(fd, bytes, offset);
-    if (bytes.size() > 16) MovieFileCalls::writeAt(fd, bytes.first(bytes.size() / 2), offset);
+    if (!failsNow()) return FileCalls::writeAt(fd, bytes, offset);
+    if (bytes.size() > 16) FileCalls::writeAt(fd, bytes.first(bytes.size() / 2), offset);
     errno = code_;
     return -1;
   }
   int flushToDisk(int fd) override {
-    if (!failsNow()) return MovieFileCalls::flushToDisk(fd);
+    if (!failsNow()) return FileCalls::flushToDisk(fd);
     errno = code_;
     return -1;
   }
@@ -89,15 +122,32 @@ class FailingCalls final : public MovieFileCalls {
   int steps_ = 0;
 };
 
-/// Writing waits until it is let go.
-class StallingCalls final : public MovieFileCalls {
+/// The folder goes away as soon as a file without a name has been made in it.
+class VanishingFolder final : public FileCalls {
  public:
+  explicit VanishingFolder(std::filesystem::path folder) : folder_(std::move(folder)) {}
+  int openNameless(const std::string& folder) override {
+    const int fd = FileCalls::openNameless(folder);
+    std::filesystem::remove_all(folder_);
+    return fd;
+  }
+
+ private:
+  const std::filesystem::path folder_;
+};
+
+/// A disk that does not answer until it is let go: any call waits, or writing alone.
+class StallingCalls final : public FileCalls {
+ public:
+  explicit StallingCalls(bool fromTheStart = false) : fromTheStart_(fromTheStart) {}
+
+  int openNameless(const std::string& folder) override {
+    if (fromTheStart_) stall();
+    return FileCalls::openNameless(folder);
+  }
   ssize_t writeAt(int fd, std::span<const uint8_t> bytes, int64_t offset) override {
-    std::unique_lock lock(mutex_);
-    stalled_ = true;
-    changed_.notify_all();
-    changed_.wait(lock, [this] { return open_; });
-    return MovieFileCalls::writeAt(fd, bytes, offset);
+    stall();
+    return FileCalls::writeAt(fd, bytes, offset);
   }
   void waitUntilStalled() {
     std::unique_lock lock(mutex_);
@@ -110,28 +160,18 @@ class StallingCalls final : public MovieFileCalls {
   }
 
  private:
+  void stall() {
+    std::unique_lock lock(mutex_);
+    stalled_ = true;
+    changed_.notify_all();
+    changed_.wait(lock, [this] { return open_; });
+  }
+
+  const bool fromTheStart_;
   std::mutex mutex_;  // guards all below
   std::condition_variable changed_;
   bool stalled_ = false;
   bool open_ = false;
-};
-
-/// A file system without nameless files, or without the means to name them.
-class PlainFileSystem final : public MovieFileCalls {
- public:
-  explicit PlainFileSystem(bool hasNameless) : hasNameless_(hasNameless) {}
-  int openNameless(const std::string& folder) override {
-    if (hasNameless_) return MovieFileCalls::openNameless(folder);
-    errno = EOPNOTSUPP;
-    return -1;
-  }
-  int link(int, const std::string&) override {
-    errno = ENOENT;
-    return -1;
-  }
-
- private:
-  const bool hasNameless_;
 };
 
 class MovieFileTest : public MovieTest {
@@ -143,12 +183,32 @@ class MovieFileTest : public MovieTest {
     return movie ? movie->times.size() : 0;
   }
 
+  std::vector<std::string> names() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder_.path()))
+      names.push_back(entry.path().filename().string());
+    std::ranges::sort(names);
+    return names;
+  }
+  void makeOld(const std::string& name) const {
+    std::filesystem::last_write_time(
+        pathOf(name), std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+  }
+  void makeOldFile(const std::string& name) const {
+    std::ofstream(pathOf(name)) << "old";
+    makeOld(name);
+  }
+
   static constexpr int kFrames = 31;
   const std::vector<int64_t> times_ = evenly(0, 33'333, kFrames);
 };
 
-TEST_F(MovieFileTest, KilledAtAnyStepItPlays) {
-  Snapshots calls(pathOf("a.mp4"));
+/// Whether it has nameless files.
+class MovieOnAnyFileSystem : public MovieFileTest, public ::testing::WithParamInterface<bool> {};
+INSTANTIATE_TEST_SUITE_P(, MovieOnAnyFileSystem, ::testing::Bool());
+
+TEST_P(MovieOnAnyFileSystem, KilledAtAnyStepItPlays) {
+  Snapshots calls(pathOf("a.mp4"), GetParam());
   FfmpegAssetWriter writer(pathOf("a.mp4"), calls);
   record(writer, times_);
   ASSERT_EQ(writer.error(), "");
@@ -185,14 +245,10 @@ TEST_F(MovieFileTest, WhileItIsRecordedNoMoreThanAFragmentIsMissing) {
 }
 
 TEST_F(MovieFileTest, AFailureAtAnyStepLeavesAMovieAndAReason) {
-  FailingCalls counting(-1, 0, false);
-  {
-    FfmpegAssetWriter writer(pathOf("count.mp4"), counting);
-    record(writer, times_);
-    ASSERT_EQ(writer.error(), "");
-  }
+  // How many steps a movie takes depends on how many frames waited meanwhile.
   for (const bool forGood : {false, true}) {
-    for (int step = 0; step < counting.steps(); ++step) {
+    int step = 0;
+    for (bool failed = true; failed; ++step) {
       const LogCapture log;
       const std::string path = pathOf(std::to_string(step) + (forGood ? "g.mp4" : ".mp4"));
       FailingCalls calls(step, ENOSPC, forGood);
@@ -205,6 +261,8 @@ TEST_F(MovieFileTest, AFailureAtAnyStepLeavesAMovieAndAReason) {
         if (!writer.appendSampleBuffer({pictures[0], MediaTime(time)})) break;
       }
       finish(writer);
+      failed = calls.steps() > step;
+      if (!failed) continue;
       EXPECT_THAT(writer.error(), HasSubstr("the disk is full")) << step;
       EXPECT_THAT(log.lines(), SizeIs(1)) << step;
       if (writer.framesWritten() == 0) {
@@ -214,6 +272,7 @@ TEST_F(MovieFileTest, AFailureAtAnyStepLeavesAMovieAndAReason) {
         EXPECT_FALSE(readBoxes(path).empty()) << "cut short at step " << step;
       }
     }
+    EXPECT_GE(step, 15);
   }
 }
 
@@ -362,6 +421,123 @@ TEST_F(MovieFileTest, AFileSystemWithoutNamelessFilesWillDo) {
   }
 }
 
+TEST_F(MovieFileTest, WithoutNamelessFilesItIsHiddenUntilItHasAFrame) {
+  PlainFileSystem calls(false);
+  FfmpegAssetWriter writer(pathOf("a.mp4"), calls);
+  ASSERT_TRUE(writer.startWriting(settingsOf(64, 48)));
+  while (names().empty()) std::this_thread::yield();
+  EXPECT_THAT(names(), ElementsAre(StartsWith(".a.mp4.")));
+  writer.startSessionAtSourceTime(MediaTime(0));
+  appendWaiting(writer, {flat({64, 48}, 1, 2, 3), MediaTime(0)});
+  while (writer.framesWritten() < 1) std::this_thread::yield();
+  EXPECT_THAT(names(), ElementsAre("a.mp4"));
+}
+
+TEST_F(MovieFileTest, WithoutNamelessFilesWhatAKilledProgramLeftIsRemoved) {
+  std::ofstream(pathOf(".old.mp4.999999999-3.part")) << "a beginning";
+  PlainFileSystem calls(false);
+  FfmpegAssetWriter writer(pathOf("a.mp4"), calls);
+  record(writer, times_);
+  EXPECT_THAT(names(), ElementsAre("a.mp4"));
+}
+
+// What lies at the name.
+
+TEST_F(MovieFileTest, AnOldFileOfItsNameIsReplaced) {
+  makeOldFile("a.mp4");
+  FfmpegAssetWriter writer(pathOf("a.mp4"));
+  record(writer, times_);
+  EXPECT_EQ(writer.error(), "");
+  EXPECT_THAT(names(), ElementsAre("a.mp4"));
+  EXPECT_EQ(framesIn(pathOf("a.mp4")), size_t(kFrames));
+}
+
+TEST_P(MovieOnAnyFileSystem, AMovieThatAnotherProgramRecordsIsLeftAlone) {
+  PlainFileSystem calls(GetParam());
+  calls.canLink = true;
+  FfmpegAssetWriter other(pathOf("20240131_093005.mp4"), calls);
+  ASSERT_TRUE(other.startWriting(settingsOf(64, 48)));
+  other.startSessionAtSourceTime(MediaTime(0));
+  appendWaiting(other, {flat({64, 48}, 1, 2, 3), MediaTime(0)});
+  while (other.framesWritten() < 1) std::this_thread::yield();
+  makeOld("20240131_093005.mp4");
+
+  FfmpegAssetWriter writer(pathOf("20240131_093005.mp4"), calls);
+  record(writer, times_);
+  finish(other);
+  EXPECT_EQ(writer.error(), "");
+  EXPECT_EQ(other.error(), "");
+  EXPECT_THAT(names(), ElementsAre("20240131_093005.mp4", "20240131_093005_1.mp4"));
+  EXPECT_EQ(framesIn(pathOf("20240131_093005.mp4")), 1U);
+  EXPECT_EQ(framesIn(pathOf("20240131_093005_1.mp4")), size_t(kFrames));
+}
+
+TEST_P(MovieOnAnyFileSystem, TwoThatBeginTogetherBothGetAName) {
+  PlainFileSystem calls(GetParam());
+  calls.canLink = true;
+  FfmpegAssetWriter first(pathOf("20240131_093005_1.mp4"), calls);
+  FfmpegAssetWriter second(pathOf("20240131_093005_1.mp4"), calls);
+  for (FfmpegAssetWriter* writer : {&first, &second}) {
+    ASSERT_TRUE(writer->startWriting(settingsOf(64, 48)));
+    writer->startSessionAtSourceTime(MediaTime(0));
+  }
+  for (FfmpegAssetWriter* writer : {&first, &second}) {
+    appendWaiting(*writer, {flat({64, 48}, 1, 2, 3), MediaTime(0)});
+    finish(*writer);
+    EXPECT_EQ(writer->error(), "");
+  }
+  EXPECT_THAT(names(), ElementsAre("20240131_093005_1.mp4", "20240131_093005_2.mp4"));
+}
+
+TEST_F(MovieFileTest, AFileThatWasMadeJustNowIsLeftAlone) {
+  std::ofstream(pathOf("20240131_093005.mp4")) << "another program's";
+  makeOldFile("20240131_093005_1.mp4");
+  FfmpegAssetWriter writer(pathOf("20240131_093005.mp4"));
+  record(writer, times_);
+  EXPECT_EQ(std::filesystem::file_size(pathOf("20240131_093005.mp4")), 17U);
+  EXPECT_EQ(std::filesystem::file_size(pathOf("20240131_093005_1.mp4")), 3U);
+  EXPECT_EQ(framesIn(pathOf("20240131_093005_2.mp4")), size_t(kFrames));
+}
+
+// A disk that does not answer.
+
+TEST_F(MovieFileTest, NobodyWaitsForADiskThatDoesNotAnswer) {
+  for (const bool fromTheStart : {true, false}) {
+    StallingCalls calls(fromTheStart);
+    const auto completed = std::make_shared<std::atomic<bool>>(false);
+    {
+      FfmpegAssetWriter writer(pathOf(fromTheStart ? "a.mp4" : "b.mp4"), calls, 50ms);
+      ASSERT_TRUE(writer.startWriting(settingsOf(64, 48)));
+      writer.startSessionAtSourceTime(MediaTime(0));
+      appendWaiting(writer, {flat({64, 48}, 1, 2, 3), MediaTime(0)});
+      calls.waitUntilStalled();
+      writer.finishWritingWithCompletionHandler([completed] { *completed = true; });
+    }
+    EXPECT_EQ(SerialQueue::abandonedThreads(), 1);
+    EXPECT_EQ(completed.use_count(), 1) << "nothing is left that could call it";
+    calls.letGo();
+    while (SerialQueue::abandonedThreads() > 0) std::this_thread::yield();
+    EXPECT_FALSE(*completed);
+    EXPECT_EQ(framesIn(pathOf(fromTheStart ? "a.mp4" : "b.mp4")), 1U) << "it came back after all";
+  }
+}
+
+TEST_F(MovieFileTest, NoFrameIsTakenWhileTheOldestHasWaitedLong) {
+  StallingCalls calls;
+  FfmpegAssetWriter writer(pathOf("a.mp4"), calls);
+  const auto picture = flat({64, 48}, 1, 2, 3);
+  ASSERT_TRUE(writer.startWriting(settingsOf(64, 48)));
+  writer.startSessionAtSourceTime(MediaTime(0));
+  const auto began = std::chrono::steady_clock::now();
+  ASSERT_TRUE(writer.appendSampleBuffer({picture, MediaTime(0)}));
+  calls.waitUntilStalled();
+  while (writer.isReadyForMoreMediaData()) std::this_thread::yield();
+  EXPECT_GE(std::chrono::steady_clock::now() - began, MovieRecorder::kLongestUnwritten);
+  calls.letGo();
+  while (!writer.isReadyForMoreMediaData()) std::this_thread::yield();
+  finish(writer);
+}
+
 TEST_F(MovieFileTest, AMovieThatIsDeletedMeanwhileIsMissed) {
   const LogCapture log;
   FfmpegAssetWriter writer(pathOf("a.mp4"));
@@ -379,9 +555,9 @@ TEST_F(MovieFileTest, AFolderThatVanishesBeforeTheFirstFrameIsTold) {
   const LogCapture log;
   const auto folder = folder_.path() / "folder";
   std::filesystem::create_directory(folder);
-  FfmpegAssetWriter writer((folder / "a.mp4").string());
+  VanishingFolder calls(folder);
+  FfmpegAssetWriter writer((folder / "a.mp4").string(), calls);
   ASSERT_TRUE(writer.startWriting(settingsOf(64, 48)));
-  std::filesystem::remove_all(folder);
   writer.startSessionAtSourceTime(MediaTime(0));
   appendWaiting(writer, {flat({64, 48}, 1, 2, 3), MediaTime(0)});
   finish(writer);
