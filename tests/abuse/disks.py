@@ -266,5 +266,5 @@ def spoil_all(trial):
 
 
 if __name__ == '__main__':
-    trial = Trial(['program', 'mirror_disk'], limit=900)
+    trial = Trial('program', 'mirror_disk')
     sys.exit(trial.run(spoil_all))

@@ -63,5 +63,5 @@ def kill_all(trial):
 
 
 if __name__ == '__main__':
-    trial = Trial(['recorder', 'mirror_disk'], limit=900)
+    trial = Trial('recorder', 'mirror_disk')
     sys.exit(trial.run(kill_all))

@@ -17,6 +17,7 @@ from desk import Failure, key, wait_for, xdotool
 SIZE = (1280, 720)
 HEAP = 3_000_000       # bytes in use that may come; what one frame takes at this size
 RESIDENT = 20_000_000  # bytes
+TIDYING = 20           # events after which other windows are closed: some cover everything
 SETTLING = 60          # seconds until threads that are no longer needed have gone
 CHOOSER = 'Choose path'
 
@@ -201,8 +202,10 @@ def press_everything(trial):
     monkey = Monkey(trial)
     monkey.warm_up()
     before = monkey.measure()
-    for _ in range(trial.count):
+    for i in range(trial.count):
         monkey.one()
+        if i % TIDYING == TIDYING - 1:
+            monkey.close_all()
     monkey.settle()
     monkey.still()
     # Threads end by themselves when they have not been needed for a while.
@@ -227,5 +230,5 @@ def press_everything(trial):
 
 
 if __name__ == '__main__':
-    trial = Trial(['program', 'heap_report'], limit=900)
+    trial = Trial('program', 'heap_report')
     sys.exit(trial.run(press_everything))

@@ -131,5 +131,5 @@ def end_all(trial):
 
 
 if __name__ == '__main__':
-    trial = Trial(['program'], limit=600)
+    trial = Trial('program')
     sys.exit(trial.run(end_all))

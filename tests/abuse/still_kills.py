@@ -77,5 +77,5 @@ def kill_all(trial):
 
 
 if __name__ == '__main__':
-    trial = Trial(['program'], limit=600)
+    trial = Trial('program')
     sys.exit(trial.run(kill_all))

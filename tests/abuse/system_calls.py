@@ -170,7 +170,7 @@ def watch_days(trial):
 
 
 if __name__ == '__main__':
-    trial = Trial(['program', 'label_image'], limit=600)
+    trial = Trial('program', 'label_image')
     if not shutil.which('strace') or subprocess.run(
             ['strace', '-o', '/dev/null', 'true'], check=False, capture_output=True).returncode:
         print('system_calls: skipped, strace can\'t be used here')

@@ -26,17 +26,17 @@ class Skipped(Exception):
 
 
 class Trial:
-    """`arguments` are the names of what stands before --seed and --count; each becomes a field."""
+    """`arguments` are the names of what stands before --seed, --count and --limit; each becomes a field."""
 
-    def __init__(self, arguments, limit):
+    def __init__(self, *arguments):
         self.name = os.path.splitext(os.path.basename(sys.argv[0]))[0]
         parser = argparse.ArgumentParser(prog=self.name)
         for argument in arguments:
             parser.add_argument(argument)
         parser.add_argument('--seed', type=int, default=time.time_ns() // 1000 % 1_000_000)
         parser.add_argument('--count', type=int, default=1)
+        parser.add_argument('--limit', type=int, default=1800, help='seconds')
         parser.parse_args(namespace=self)
-        self.limit = limit
         self.random = random.Random(self.seed)
         self.failures = []
         self.at_end = contextlib.ExitStack()
@@ -121,7 +121,7 @@ class Trial:
                                              ignore_cleanup_errors=True) as self.folder:
                 with self.at_end:
                     figures = body(self)
-        except Failure as failure:
+        except (Failure, subprocess.CalledProcessError) as failure:
             self.fail(str(failure))
         except Skipped as reason:
             print(f'{self.name}: skipped, {reason}')
