@@ -27,6 +27,7 @@ AppDelegate::AppDelegate(Platform& platform)
       catalogue_(*platform.captureSystem, gMicroscopes) {}
 
 AppDelegate::~AppDelegate() {
+  platform_.store->setProblemHandler({});
   gOptionsWindowController.reset();
   gCalibrationHelpWindowController.reset();
   gPreviewWindowController.reset();
@@ -44,8 +45,17 @@ void AppDelegate::applicationDidFinishLaunching() {
           *gPreferences, platform_.mainQueue, *platform_.jpegEncoder, *platform_.pngEncoder,
           platform_.makeAssetWriter, platform_.clock, [this] { howToClicked(); },
           [this] { preferencesClicked(); }});
+  platform_.store->setProblemHandler([](const std::string& problem) {
+    FailureListener& failures = gPreviewWindowController->failures();
+    if (problem.empty())
+      failures.recovered(Failure::SettingsNotKept);
+    else
+      failures.failed(Failure::SettingsNotKept, problem);
+  });
   gPreviewWindowController->showWindow();
 }
+
+void AppDelegate::displayDidEnd() { gPreviewWindowController->displayDidEnd(); }
 
 void AppDelegate::preferencesClicked() {
   if (gOptionsWindowController) {

@@ -19,6 +19,8 @@ class AppDelegate {
   AppDelegate& operator=(const AppDelegate&) = delete;
 
   void applicationDidFinishLaunching();
+  /// The display has gone, and the process is about to: finishes what can be finished without it.
+  void displayDidEnd();
   /// Brings up the options window: a new one, or the one that is open.
   void preferencesClicked();
   /// Brings up the help window, which is made once.

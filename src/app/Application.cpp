@@ -1,7 +1,5 @@
 #include "app/Application.h"
 
-#include <csignal>
-
 #include <QtGui/QIcon>
 #include <QtGui/QSurfaceFormat>
 #include <QtWidgets/QApplication>
@@ -31,17 +29,20 @@ std::unique_ptr<QApplication> makeApplication(int& argc, char** argv, const std:
 }
 
 Application::Application(int& argc, char** argv, const std::string& name)
-    : application_(makeApplication(argc, argv, name)), platform_(name) {
-  // A file that may not grow further is an error like a full disk, and no reason to end.
-  std::signal(SIGXFSZ, SIG_IGN);
-}
+    : application_(makeApplication(argc, argv, name)), platform_(name) {}
 
 Application::~Application() = default;
 
 int Application::run() {
   AppDelegate delegate(platform_);
   delegate.applicationDidFinishLaunching();
-  return QApplication::exec();
+  // Leaves the event loops of dialogs too, and no window is asked.
+  process_.setEndHandler([] { QApplication::exit(0); });
+  Process::setBrokenOffHandler([&delegate] { delegate.displayDidEnd(); });
+  const int status = QApplication::exec();
+  Process::setBrokenOffHandler(nullptr);
+  process_.beginEnd(status);
+  return status;
 }
 
 }  // namespace tessary

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "app/Platform.h"
+#include "app/Process.h"
 
 class QApplication;
 
@@ -24,10 +25,12 @@ class Application {
 
   /// May be changed until `run`.
   Platform& platform() { return platform_; }
-  /// Brings the program up and runs it to its end. What `main` returns.
+  /// Brings the program up and runs it to its end, which may also be asked for from outside or come
+  /// with the display's; a movie that runs is finished either way. What `main` returns.
   int run();
 
  private:
+  Process process_;  // first: it ends last
   std::unique_ptr<QApplication> application_;
   Platform platform_;
 };

@@ -1,5 +1,6 @@
 #pragma once
-// The program's log: plain lines, without levels, to standard error.
+// The program's log: plain lines, without levels, to standard error. Nobody waits for it: a line
+// that it can't take at once is lost, and how many were is the next line that it takes.
 
 #include <functional>
 #include <string>

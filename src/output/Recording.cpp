@@ -42,7 +42,9 @@ Recording::Recording(AssetWriterFactory makeWriter, Executor& mainQueue, Failure
       failures_(mainQueue, failures),
       _recordingQueue(std::move(recordingQueue)) {}
 
-Recording::~Recording() {
+Recording::~Recording() { finish(); }
+
+void Recording::finish() {
   setRecordDelegate({});
   std::unique_ptr<Executor> queue;
   {
@@ -50,6 +52,7 @@ Recording::~Recording() {
     const std::lock_guard lock(recordingMutex_);
     queue = std::move(_recordingQueue);
   }
+  if (!queue) return;
   queue.reset();  // runs what is queued; after that this thread is the recording queue
   finishWriter(false);
 

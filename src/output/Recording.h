@@ -38,8 +38,7 @@ class Recording {
   /// that the destructor waits for movies to be finished.
   Recording(AssetWriterFactory makeWriter, Executor& mainQueue, FailureListener& failures,
             std::unique_ptr<Executor> recordingQueue, std::chrono::milliseconds finishLimit);
-  /// Finishes a movie that still runs, without a word to the delegate. Main thread; no other call
-  /// may be on its way.
+  /// Finishes.
   ~Recording();
   Recording(const Recording&) = delete;
   Recording& operator=(const Recording&) = delete;
@@ -62,6 +61,9 @@ class Recording {
                    TextureSize size);
   /// Returns at once. Main thread.
   void stopRecord();
+  /// Finishes a movie that still runs, without a word to the delegate, and waits for that within
+  /// limits. Main thread; no other call may be on its way or come afterwards.
+  void finish();
   /// Passes a frame on, or loses it, counted, while too many are on their way. Returns at once.
   /// Frame queue, while `recordingTakesFrames`.
   void appendMovieFrame(SampleBuffer frame);

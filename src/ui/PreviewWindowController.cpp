@@ -99,6 +99,11 @@ void PreviewWindowController::windowWillClose() {
   capture_->windowWillClose();
 }
 
+void PreviewWindowController::displayDidEnd() {
+  capture_->windowWillClose();
+  previewView->finishRecording();
+}
+
 void PreviewWindowController::windowDidResize() {
   if (previewView) previewView->windowDidResize();
 }

@@ -119,6 +119,8 @@ class PreviewView {
   void setRecordLimit(int32_t seconds) { recording_.setLimit(seconds); }
   /// Returns at once.
   void stopRecord() { recording_.stopRecord(); }
+  /// Finishes a movie that runs, and waits for that; nothing can be recorded afterwards.
+  void finishRecording() { recording_.finish(); }
   /// One of the values of output/RecordingStatus.h. Any thread.
   int64_t recordingStatus() const { return recording_.recordingStatus(); }
 

@@ -25,10 +25,12 @@ mark_all() {
 has_said() { says "$out/$1.log" "$2" "${marks[$1]}"; }
 
 # plug NAME: the kernel refuses a port until it has taken away what was there.
-is_plugged() { has_said "$1" "plugged$" || { tell "$1" plug && sleep 0.2 && has_said "$1" "plugged$"; }; }
+is_plugged() { has_said "$1" ": plugged$" || { tell "$1" plug && sleep 0.3 && has_said "$1" ": plugged$"; }; }
 plug() { wait_for $answer is_plugged "$1"; }
 is_unplugged() { has_said "$1" "unplugged after"; }
 unplug() { tell "$1" unplug && wait_for $answer is_unplugged "$1"; }
+
+both_are_cameras() { [ "$(cat /sys/class/video4linux/*/index | grep -c 0)" -eq 2 ]; }
 
 # back NAME: whether that microscope, the open one, is asked for pictures again, and they are shown.
 streams_again() { has_said "$1" "streaming MJPEG"; }
@@ -78,13 +80,21 @@ for ((turn = 1; turn <= hubs; ++turn)); do
   pair=(first second)
   ((RANDOM % 2)) && pair=(second first)
   rest 3000
+  # On a busy machine the program looks only when both are back.
+  busy=$((RANDOM % 3 == 0))
+  if ((busy)); then kill -STOP "$program"; fi
   # Both at once, and then the words of both.
   for name in "${pair[@]}"; do tell "$name" unplug; done
   for name in "${pair[@]}"; do wait_for $answer is_unplugged "$name"; done
   rest 4000
   ((RANDOM % 2)) && pair=("${pair[1]}" "${pair[0]}")
+  for name in "${pair[@]}"; do tell "$name" plug; done
   for name in "${pair[@]}"; do plug "$name"; done
-  need "hub $turn of $hubs: the $opened one is back" back $opened
+  if ((busy)); then
+    wait_for $answer both_are_cameras || true
+    kill -CONT "$program"
+  fi
+  need "hub $turn of $hubs: the $opened one is back$( ((busy)) && echo ', after both at once')" back $opened
 done
 files_are_no_more() { [ "$(open_files)" -le "$files" ]; }
 check "no file stayed open" wait_for $answer files_are_no_more
