@@ -16,6 +16,8 @@ constexpr int32_t kNoReticle = 0;
 constexpr float kUncalibrated = -1.0f;
 constexpr int32_t kMillimetres = 0;
 constexpr int32_t kCancel = 0;
+/// A camera takes up to two seconds to start.
+constexpr int kSilentLooks = 3;
 
 /// "dmb1 640x480". Bytes of the subtype that can't be shown become question marks.
 std::string describe(const CaptureFormat& format) {
@@ -52,10 +54,11 @@ void CaptureController::setupCaptureSession() {
 }
 
 void CaptureController::addObservers() {
-  sessionRuntimeErrorObserver = makeObserver([](const std::string& reason) {
+  sessionRuntimeErrorObserver = makeObserver([this](const std::string& reason) {
     // Meant: no restart and no change of state here. Frames simply stop.
     log("!!!AVCaptureSessionRuntimeErrorNotification!!!");
     log("{}", reason);
+    surroundings_.failures.failed(Failure::Camera, reason);
   });
   deviceWasConnectedObserver =
       makeObserver([this](const std::string&) { onMicroscopeConnected(); });
@@ -102,6 +105,7 @@ void CaptureController::startCaptureSession(std::shared_ptr<MicroscopeInfo> micr
   // Meant: true even for a window that is covered, until its visibility next changes.
   wndExposed = true;
   framesCaptured = kFramesCapturedAtStart;
+  silentLooks_ = 0;
   capDevice = surroundings_.captureSystem.deviceWithUniqueID(microscope->uniqueID);
 
   capSession->beginConfiguration();
@@ -127,10 +131,13 @@ bool CaptureController::addInputAndOutput() {
   capDeviceInput = surroundings_.captureSystem.makeDeviceInput(capDevice, error);
   if (!capDeviceInput) {
     log("Could not create video device input: {}", error);
+    surroundings_.failures.failed(Failure::Camera, error);
     return false;
   }
   if (!capSession->canAddInput(capDeviceInput)) {
     log("Could not add video device input to the session");
+    surroundings_.failures.failed(Failure::Camera,
+                                  "The microscope can't be opened. Choose it once more.");
     return false;
   }
   capSession->addInput(capDeviceInput);
@@ -160,6 +167,21 @@ void CaptureController::stopCaptureSession() {
   }
   capDevice = nullptr;
   surroundings_.currMicroscope = nullptr;
+  surroundings_.failures.recovered(Failure::Camera);
+}
+
+void CaptureController::watchFrames() {
+  if (!capSession || !capSession->isRunning() || !surroundings_.currMicroscope) return;
+  const uint64_t frames = framesDelivered_;
+  if (frames != framesSeen_) {
+    framesSeen_ = frames;
+    silentLooks_ = 0;
+    surroundings_.failures.recovered(Failure::Camera);
+  } else if (++silentLooks_ == kSilentLooks) {
+    surroundings_.failures.failed(
+        Failure::Camera, fmt::format("{} sends no pictures. Unplug it and plug it in again.",
+                                     surroundings_.currMicroscope->name));
+  }
 }
 
 const CaptureFormat* CaptureController::matchDeviceFormat() const {
@@ -209,6 +231,7 @@ void CaptureController::rememberChoice(const MicroscopeInfo& microscope) {
 
 void CaptureController::captureOutputDidOutputSampleBuffer(const SampleBuffer& sampleBuffer) {
   ++framesCaptured;
+  ++framesDelivered_;
   // Meant: the count starts at 10, so this holds nothing back until the counter has wrapped.
   if (wndExposed && framesCaptured > 1) surroundings_.host.updateVideoFrame(sampleBuffer);
 }

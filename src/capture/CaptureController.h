@@ -20,8 +20,8 @@ namespace tessary {
 
 /// The capture half of the main window's controller: owns the one capture session, opens and closes
 /// the chosen microscope on it, chooses the device's format, forwards the frames to the picture and
-/// reacts to microscopes that come and go. Failures are log lines; the user sees only that there is
-/// no picture. Main thread, except where told.
+/// reacts to microscopes that come and go. Failures are log lines, and told to the user. Main
+/// thread, except where told.
 ///
 ///   Idle     no `capDevice`, no current microscope
 ///   Running  every field set, the session running
@@ -69,6 +69,9 @@ class CaptureController final : private CaptureVideoDataOutputSampleBufferDelega
   /// Sets `currResolution`, or else the microscope's default, at the highest rate of the format's
   /// first range. With the device locked.
   void configDeviceWithCurrResolution();
+  /// Looks for frames, each second or two: a session without any for some seconds is told as a
+  /// failure, until one comes.
+  void watchFrames();
   void refreshCameraControl() {}  ///< Meant: there is nothing to refresh.
 
   // Hot-plug.
@@ -108,6 +111,9 @@ class CaptureController final : private CaptureVideoDataOutputSampleBufferDelega
   void rememberChoice(const MicroscopeInfo& microscope);
 
   Surroundings surroundings_;
+  std::atomic<uint64_t> framesDelivered_ = 0;
+  uint64_t framesSeen_ = 0;  // of those, at the last look
+  int silentLooks_ = 0;
 };
 
 }  // namespace tessary

@@ -135,6 +135,7 @@ void PreviewWindowController::containerViewFrameDidChange() {
 }
 
 void PreviewWindowController::fpsTimerAct() {
+  capture_->watchFrames();
   if (!gCurrMicroscope) {
     controls_->clearStatus();
     return;

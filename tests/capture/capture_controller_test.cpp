@@ -393,6 +393,60 @@ TEST_F(CaptureControllerTest, AMicroscopePulledAfterItsStreamFailedLeavesItIdle)
 
 // ---- Frames
 
+TEST_F(CaptureControllerTest, AMicroscopeThatCantBeOpenedIsToldUntilOneIs) {
+  const auto device = launchWith("m1");
+  device->canBeOpened_ = false;
+  start(0, 0);
+  EXPECT_EQ(failures.text(Failure::Camera), "The camera is used by another program.");
+  controller->watchFrames();
+  EXPECT_EQ(failures.text(Failure::Camera), "The camera is used by another program.");
+  device->canBeOpened_ = true;
+  start(0, 0);
+  EXPECT_EQ(failures.text(Failure::Camera), "");
+}
+
+TEST_F(CaptureControllerTest, AStreamThatFailsIsToldUntilTheSessionStops) {
+  launchWith("m1");
+  sink()->streamFailed("No bandwidth is left on the USB bus; unplug another camera.");
+  mainQueue.runAll();
+  for (int look = 0; look < 5; ++look) controller->watchFrames();
+  EXPECT_EQ(failures.text(Failure::Camera),
+            "No bandwidth is left on the USB bus; unplug another camera.");
+  system.pull("m1");
+  system.tellDisconnected();
+  EXPECT_EQ(failures.text(Failure::Camera), "");
+}
+
+TEST_F(CaptureControllerTest, AMicroscopeThatFallsSilentIsToldUntilItSendsAgain) {
+  launchWith("m1");
+  for (int round = 0; round < 2; ++round) {
+    controller->wndExposed = round == 0;  // frames that are not shown count too
+    sink()->deliver(test::frameOf(640, 480));
+    controller->capVideoDataOutput->drain();
+    for (int look = 0; look < 3; ++look) {
+      controller->watchFrames();
+      EXPECT_EQ(failures.text(Failure::Camera), "") << look;
+    }
+    controller->watchFrames();
+    EXPECT_EQ(failures.text(Failure::Camera),
+              "Microscope sends no pictures. Unplug it and plug it in again.");
+    EXPECT_EQ(failures.told(), round + 1);
+  }
+  controller->watchFrames();
+  EXPECT_EQ(failures.told(), 2);  // once is enough
+  start(0, 0);
+  EXPECT_EQ(failures.text(Failure::Camera), "");
+  controller->watchFrames();
+  controller->watchFrames();
+  EXPECT_EQ(failures.text(Failure::Camera), "");
+  controller->watchFrames();
+  EXPECT_NE(failures.text(Failure::Camera), "");
+  controller->stopCaptureSession();
+  EXPECT_EQ(failures.text(Failure::Camera), "");
+  for (int look = 0; look < 5; ++look) controller->watchFrames();
+  EXPECT_EQ(failures.text(Failure::Camera), "");
+}
+
 TEST_F(CaptureControllerTest, HoldsNoFrameBackAtTheStartOfASession) {
   launchWith("m1");
   EXPECT_EQ(controller->framesCaptured, 10u);
