@@ -55,7 +55,7 @@ void AppDelegate::applicationDidFinishLaunching() {
   gPreviewWindowController->showWindow();
 }
 
-void AppDelegate::displayDidEnd() { gPreviewWindowController->displayDidEnd(); }
+void AppDelegate::finishWork() { gPreviewWindowController->finishWork(); }
 
 void AppDelegate::preferencesClicked() {
   if (gOptionsWindowController) {

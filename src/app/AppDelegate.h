@@ -19,8 +19,9 @@ class AppDelegate {
   AppDelegate& operator=(const AppDelegate&) = delete;
 
   void applicationDidFinishLaunching();
-  /// The display has gone, and the process is about to: finishes what can be finished without it.
-  void displayDidEnd();
+  /// The process is about to end, maybe because the display has gone: stops the camera and finishes
+  /// a movie that runs.
+  void finishWork();
   /// Brings up the options window: a new one, or the one that is open.
   void preferencesClicked();
   /// Brings up the help window, which is made once.

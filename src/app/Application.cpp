@@ -38,10 +38,12 @@ int Application::run() {
   delegate.applicationDidFinishLaunching();
   // Leaves the event loops of dialogs too, and no window is asked.
   process_.setEndHandler([] { QApplication::exit(0); });
-  Process::setBrokenOffHandler([&delegate] { delegate.displayDidEnd(); });
+  Process::setBrokenOffHandler([&delegate] { delegate.finishWork(); });
   const int status = QApplication::exec();
-  Process::setBrokenOffHandler(nullptr);
   process_.beginEnd(status);
+  // Before any window goes, with which the display may go too.
+  delegate.finishWork();
+  Process::setBrokenOffHandler([] {});
   return status;
 }
 

@@ -60,6 +60,7 @@ Process::Process() {
 
 Process::~Process() {
   s_asked = nullptr;
+  s_brokenOff = nullptr;
   if (SerialQueue::abandonedThreads() > 0) std::_Exit(status_);
 }
 
@@ -92,6 +93,7 @@ void Process::setBrokenOffHandler(std::function<void()> end) {
 
 void Process::beginEnd(int status) {
   status_ = status;
+  notifier_.reset();
   std::thread([status] {
     std::this_thread::sleep_for(kEndLimit);
     log("Something hangs: the program ends without it");

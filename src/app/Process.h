@@ -26,7 +26,7 @@ class Process {
   /// on SIGTERM, SIGINT and SIGHUP, except for a SIGHUP that was to be ignored. Needs the toolkit.
   void setEndHandler(std::function<void()> end);
   /// Calls `end` when a library ends the process by itself, as the toolkit does when the display
-  /// has gone. The process then ends at once; the toolkit can't be used any more. Null for nothing.
+  /// has gone. The process then ends at once; the toolkit can't be used any more.
   static void setBrokenOffHandler(std::function<void()> end);
 
   /// From now on the process is gone within fifteen seconds, whatever hangs.

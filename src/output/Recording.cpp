@@ -86,6 +86,7 @@ void Recording::tellDelegate(int64_t status) {
 
 void Recording::startRecord(std::string file, std::weak_ptr<PreviewViewRecordDelegate> delegate,
                             TextureSize size) {
+  if (!_recordingQueue) return;
   setRecordDelegate(std::move(delegate));
   _recordingQueue->post([this, file = std::move(file), size] { openWriter(file, size); });
 }
@@ -198,6 +199,7 @@ void Recording::loseFrame(MediaTime time) {
 }
 
 void Recording::stopRecord() {
+  if (!_recordingQueue) return;
   _recordingQueue->post([this] {
     {
       const std::lock_guard lock(recordingMutex_);

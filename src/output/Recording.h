@@ -62,7 +62,7 @@ class Recording {
   /// Returns at once. Main thread.
   void stopRecord();
   /// Finishes a movie that still runs, without a word to the delegate, and waits for that within
-  /// limits. Main thread; no other call may be on its way or come afterwards.
+  /// limits. Nothing is recorded afterwards. Main thread; no other call may be on its way.
   void finish();
   /// Passes a frame on, or loses it, counted, while too many are on their way. Returns at once.
   /// Frame queue, while `recordingTakesFrames`.

@@ -99,7 +99,7 @@ void PreviewWindowController::windowWillClose() {
   capture_->windowWillClose();
 }
 
-void PreviewWindowController::displayDidEnd() {
+void PreviewWindowController::finishWork() {
   capture_->windowWillClose();
   previewView->finishRecording();
 }

@@ -63,9 +63,9 @@ class PreviewWindowController final : public QObject,
   /// Tells the user, on a line over the picture. What is told before the window is loaded shows
   /// with it.
   FailureListener& failures() { return failures_; }
-  /// Stops the camera and finishes a movie that runs, without a touch to any window: the display
-  /// has gone. Nothing can be done afterwards.
-  void displayDidEnd();
+  /// Stops the camera and finishes a movie that runs, without a touch to any window, since the
+  /// display may have gone. Nothing can be done afterwards.
+  void finishWork();
   /// Settings were changed in the options window.
   void preferencesDidChange();
 

@@ -651,6 +651,20 @@ TEST_P(RecordingStateTest, TheEndOfTheProgramFinishesWhatRuns) {
   EXPECT_THAT(journal.take(), IsEmpty());
 }
 
+TEST_P(RecordingStateTest, AFinishFinishesWhatRunsAndNothingIsRecordedAfterwards) {
+  enter(GetParam());
+  recording->finish();
+  std::vector<std::string> expected;
+  if (GetParam() >= kRecordingWaiting) expected = {"1: finish", "1: destroyed"};
+  if (GetParam() == kRecordingStopping) expected = {"1: destroyed"};
+  EXPECT_EQ(journal.take(), expected);
+  recording->startRecord("/none/b.mp4", delegate, kVga);
+  recording->stopRecord();
+  recording.reset();
+  mainQueue.runAll();
+  EXPECT_THAT(journal.take(), IsEmpty());
+}
+
 // Delegates.
 
 TEST_F(RecordingTest, ADelegateIsKeptWeakly) {

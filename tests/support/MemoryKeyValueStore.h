@@ -4,6 +4,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 
 #include "platform/KeyValueStore.h"
 
@@ -22,7 +23,10 @@ class MemoryKeyValueStore final : public KeyValueStore {
     for (const auto& [key, value] : entries) values[key] = value;
   }
 
+  void setProblemHandler(ProblemHandler handler) override { tellProblem = std::move(handler); }
+
   std::map<std::string, Value> values;
+  ProblemHandler tellProblem;
   int storeCalls = 0;
 };
 

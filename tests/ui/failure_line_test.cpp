@@ -117,5 +117,23 @@ TEST_F(FailureLineTest, AHiddenWindowThatRecordedNothingSaysSoWhenItIsBack) {
   EXPECT_TRUE(line().text().startsWith("Nothing was recorded for "));
 }
 
+TEST_F(FailureLineTest, SettingsThatCantBeKeptAreToldUntilTheyAre) {
+  program.store->tellProblem("The settings can't be kept: the disk is full.");
+  EXPECT_TRUE(line().isVisible());
+  EXPECT_EQ(line().text(), "The settings can't be kept: the disk is full.");
+  program.store->tellProblem("");
+  EXPECT_FALSE(line().isVisible());
+}
+
+TEST_F(FailureLineTest, AMicroscopeThatFallsSilentIsToldUntilItSendsAgain) {
+  ASSERT_TRUE(program.waitForPicture());
+  program.microscope->freeze(std::chrono::hours(1));
+  EXPECT_TRUE(waitUntil([this] { return line().isVisible(); }));
+  EXPECT_EQ(line().text(),
+            "Simulated Microscope sends no pictures. Unplug it and plug it in again.");
+  program.microscope->freeze(std::chrono::milliseconds(0));
+  EXPECT_TRUE(waitUntil([this] { return !line().isVisible(); }));
+}
+
 }  // namespace
 }  // namespace tessary::test
