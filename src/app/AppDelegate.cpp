@@ -2,6 +2,8 @@
 
 #include <memory>
 
+#include <fmt/format.h>
+
 #include "capture/MicroscopeCatalogue.h"
 #include "settings/Preferences.h"
 #include "ui/CalibrationHelpWindowController.h"
@@ -45,13 +47,19 @@ void AppDelegate::applicationDidFinishLaunching() {
           *gPreferences, platform_.mainQueue, *platform_.jpegEncoder, *platform_.pngEncoder,
           platform_.makeAssetWriter, platform_.clock, [this] { howToClicked(); },
           [this] { preferencesClicked(); }});
-  platform_.store->setProblemHandler([](const std::string& problem) {
-    FailureListener& failures = gPreviewWindowController->failures();
+  FailureListener& failures = gPreviewWindowController->failures();
+  platform_.store->setProblemHandler([&failures](const std::string& problem) {
     if (problem.empty())
       failures.recovered(Failure::SettingsNotKept);
     else
       failures.failed(Failure::SettingsNotKept, problem);
   });
+  if (grants_.unanswered()) {
+    failures.failed(Failure::StillNotSaved,
+                    fmt::format("The folder \"{}\" does not answer. Choose another in Options, or "
+                                "start again once it does.",
+                                *grants_.unanswered()));
+  }
   gPreviewWindowController->showWindow();
 }
 

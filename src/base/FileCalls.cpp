@@ -13,12 +13,21 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/SerialQueue.h"
+
 namespace tessary {
 namespace {
 
 constexpr mode_t kMode = 0666;  // less the user's mask
 
 }  // namespace
+
+std::optional<bool> isFolder(const std::string& path) {
+  return callWithin(kDiskAnswerLimit, [path] {
+    std::error_code error;
+    return std::filesystem::is_directory(path, error);
+  });
+}
 
 FileCalls& FileCalls::system() {
   // Never destroyed: a thread that is stuck on a disk may come back at any time.

@@ -1,12 +1,20 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 
 #include <sys/types.h>
 
 namespace tessary {
+
+/// How long anyone waits at most for a disk that may have stopped answering.
+inline constexpr std::chrono::milliseconds kDiskAnswerLimit{2000};
+
+/// Whether `path` is a folder; nothing if its disk does not answer within the limit.
+std::optional<bool> isFolder(const std::string& path);
 
 /// What files that must not be lost ask of the file system, as the system calls do it: -1 and errno
 /// on failure. Tests put themselves in between to fail, stall or look at any step. Any thread.

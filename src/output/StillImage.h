@@ -18,13 +18,10 @@ namespace tessary {
 /// itself when the disk does not answer. Main thread.
 class StillImage {
  public:
-  /// How long anyone waits for the disk.
-  static constexpr std::chrono::milliseconds kAnswerLimit{2000};
-
   /// All must outlive it, `calls` also its thread.
   StillImage(ImageEncoder& jpegEncoder, ImageEncoder& pngEncoder, Executor& mainQueue,
              FailureListener& failures, FileCalls& calls = FileCalls::system(),
-             std::chrono::milliseconds answerLimit = kAnswerLimit);
+             std::chrono::milliseconds answerLimit = kDiskAnswerLimit);
   /// Waits for what is being written, within the limit.
   ~StillImage();
   StillImage(const StillImage&) = delete;

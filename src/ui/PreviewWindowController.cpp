@@ -12,6 +12,8 @@
 #include <QtWidgets/QMessageBox>
 #include <fmt/format.h>
 
+#include "base/FileCalls.h"
+
 namespace tessary {
 namespace {
 
@@ -251,6 +253,12 @@ void PreviewWindowController::folderToolbarItemDidClick() {
   if (!url) {
     showAlert(QMessageBox::Information, tr("Folder not initialized"),
               tr("Please try to capture/save a photo and setup the folder."));
+    return;
+  }
+  // Who shows the folder looks into it first.
+  if (!isFolder(*url).has_value()) {
+    failures_.failed(Failure::StillNotSaved,
+                     "The folder does not answer. Choose another folder in Options.");
     return;
   }
   QDesktopServices::openUrl(QUrl::fromLocalFile(QString::fromStdString(*url)));

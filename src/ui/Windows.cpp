@@ -6,6 +6,7 @@
 #include <QtCore/QStandardPaths>
 #include <QtWidgets/QFileDialog>
 
+#include "base/FileCalls.h"
 #include "dialogs/Placement.h"
 
 namespace tessary {
@@ -25,10 +26,13 @@ void placeBelowTitle(QWidget& window, const QWidget& parent) {
 
 namespace {
 
+/// The chooser looks into the folder that it begins with: not where the disk does not answer.
+bool isThere(const std::string& folder) { return isFolder(folder).value_or(false); }
+
 /// Where the search for a folder begins when none has been chosen yet: with the user's pictures.
 QString firstFolder() {
   const QString pictures = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
-  return QDir(pictures).exists() ? pictures : QDir::homePath();
+  return isThere(pictures.toStdString()) ? pictures : QDir::homePath();
 }
 
 }  // namespace
@@ -40,7 +44,8 @@ void chooseFolder(QWidget& window, const std::optional<std::string>& current,
   dialog->setFileMode(QFileDialog::Directory);
   dialog->setOption(QFileDialog::ShowDirsOnly);
   dialog->setWindowTitle(QStringLiteral("Choose path to save image and video files"));
-  dialog->setDirectory(current ? QString::fromStdString(*current) : firstFolder());
+  dialog->setDirectory(current && isThere(*current) ? QString::fromStdString(*current)
+                                                    : firstFolder());
   // Once: a second Return may be on its way when the chooser ends.
   QObject::connect(
       dialog, &QFileDialog::fileSelected, &window,

@@ -1,12 +1,18 @@
 #include "settings/PathGrants.h"
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <future>
+#include <memory>
 #include <string>
+#include <thread>
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "base/SerialQueue.h"
 
 namespace tessary {
 namespace {
@@ -97,6 +103,23 @@ TEST_F(PathGrantsTest, AFolderHasToBeBothWritableAndSearchable) {
     fs::permissions(folder_, row.permissions);
     EXPECT_EQ(isGrantedToAnOrdinaryUser(folder_.string()), row.granted) << int(row.permissions);
   }
+}
+
+TEST_F(PathGrantsTest, ADiskThatDoesNotAnswerIsNotWaitedFor) {
+  const auto answers = std::make_shared<std::promise<void>>();
+  const PathGrants grants(
+      [answers, answered = answers->get_future().share()](const std::string& url) {
+        if (url == "/stuck") answered.wait();
+        return true;
+      },
+      std::chrono::milliseconds(50));
+  EXPECT_EQ(grants.unanswered(), std::nullopt);
+  EXPECT_FALSE(grants.resolveBookmarkData(bytes("/stuck")));
+  EXPECT_EQ(grants.unanswered(), "/stuck");
+  EXPECT_TRUE(grants.bookmarkData("/fine"));
+  EXPECT_EQ(grants.unanswered(), std::nullopt);
+  answers->set_value();
+  while (SerialQueue::abandonedThreads() > 0) std::this_thread::yield();
 }
 
 }  // namespace

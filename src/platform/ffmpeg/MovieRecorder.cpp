@@ -53,6 +53,8 @@ bool MovieRecorder::hasRoomLocked() const {
   if (!error_.empty()) return true;
   if (!unwritten_.empty() && SteadyClock::now() - unwritten_.front().since >= kLongestUnwritten)
     return false;
+  if (queue_.empty() && !isAtWork_) return true;
+  if (int64_t(queue_.size() + 1) * lastFrameTook_.count() > kQueueSpan) return false;
   if (queue_.empty()) return true;
   return queue_.size() < kQueueCapacity && queue_.back().time - timeAtEncoder_ < kQueueSpan;
 }
@@ -117,8 +119,11 @@ void MovieRecorder::openFile() {
 
 void MovieRecorder::work() {
   while (goesOn()) {
-    if (const auto frame = nextFrame()) encode(*frame);
+    const auto frame = nextFrame();
+    const auto began = SteadyClock::now();
+    if (frame) encode(*frame);
     writeDueFragment();
+    if (frame) frameIsDone(began);
   }
   if (error().empty()) {
     MovieEncoder::Packets rest;
@@ -146,7 +151,15 @@ std::optional<MovieRecorder::Frame> MovieRecorder::nextFrame() {
   Frame frame = std::move(queue_.front());
   queue_.pop_front();
   timeAtEncoder_ = frame.time;
+  isAtWork_ = true;
   return frame;
+}
+
+void MovieRecorder::frameIsDone(SteadyClock::time_point began) {
+  const std::lock_guard lock(mutex_);
+  isAtWork_ = false;
+  lastFrameTook_ =
+      std::chrono::duration_cast<std::chrono::microseconds>(SteadyClock::now() - began);
 }
 
 void MovieRecorder::encode(const Frame& frame) {

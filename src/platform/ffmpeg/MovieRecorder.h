@@ -25,7 +25,8 @@ class MovieRecorder {
   /// second, and few enough to be lost with the process.
   static constexpr size_t kQueueCapacity = 4;
   /// And none is taken when the newest is this much younger than the one at the encoder,
-  /// microseconds: an encoder that is far too slow must not make the movie's end late.
+  /// microseconds, or when the encoder, as slow as it was with the last one, needs longer for what
+  /// is there: a machine that is far too busy must not make the movie's end late.
   static constexpr int64_t kQueueSpan = 150'000;
   /// And none while the oldest that is not in the file yet has waited for longer: what a killed
   /// process loses stays below half a second, however busy the machine is.
@@ -66,6 +67,7 @@ class MovieRecorder {
 
   bool hasRoomLocked() const;
   std::optional<Frame> nextFrame();
+  void frameIsDone(SteadyClock::time_point began);
   bool goesOn() const;
   void openFile();
   void work();
@@ -92,6 +94,8 @@ class MovieRecorder {
   std::deque<Frame> queue_;
   int64_t timeAtEncoder_ = 0;  // of the frame taken out last
   std::deque<Unwritten> unwritten_;
+  bool isAtWork_ = false;  // with a frame, from the queue to the file
+  std::chrono::microseconds lastFrameTook_{0};
   bool stopping_ = false;
   std::function<void()> completed_;
   bool completionHandedOut_ = false;
