@@ -20,6 +20,9 @@ class Compositor {
   /// Drops them. Harmless when there are none.
   virtual void clearBufferResources() = 0;
   virtual bool hasBufferResources() const = 0;
+  /// Drops everything that belongs to the graphics context, also what outlives a frame size. The
+  /// next texture may be made in another context.
+  virtual void contextWillBeDestroyed() = 0;
 
   /// Fills the whole texture: `frame` (of the texture's size), over it `lines` (two vertices a
   /// segment), over these `points` (one pixel each). Nothing is blended: what is drawn replaces.

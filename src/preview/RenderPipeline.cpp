@@ -85,6 +85,9 @@ bool RenderPipeline::readBack(PixelBuffer& target) {
   return compositor_.readBack(target);
 }
 
-void RenderPipeline::contextWillBeDestroyed() { dropResources(); }
+void RenderPipeline::contextWillBeDestroyed() {
+  dropResources();
+  compositor_.contextWillBeDestroyed();
+}
 
 }  // namespace tessary

@@ -32,6 +32,7 @@ class RecordingCompositor final : public Compositor {
     size_ = {};
   }
   bool hasBufferResources() const override { return size_ != TextureSize{}; }
+  void contextWillBeDestroyed() override { calls.emplace_back("drop all"); }
   void compose(const PixelBuffer& frame, std::span<const PointVertex> lines,
                std::span<const PointVertex> points) override {
     EXPECT_EQ(frame.size(), size_);
@@ -270,7 +271,7 @@ TEST(RenderPipeline, ALostContextIsMadeUpForInTheNext) {
   f.draw();
   f.compositor.calls.clear();
   f.pipeline.contextWillBeDestroyed();
-  EXPECT_THAT(f.compositor.takeCalls(), ElementsAre("clear"));
+  EXPECT_THAT(f.compositor.takeCalls(), ElementsAre("clear", "drop all"));
   EXPECT_TRUE(f.draw());
   EXPECT_THAT(f.compositor.takeCalls(),
               ElementsAre("init 640x480", "compose 1 lines 0 points 0", "present 80,60 640x480"));

@@ -42,6 +42,7 @@ class FakeCompositor final : public Compositor {
   void initBufferResources(TextureSize size) override { made = size; }
   void clearBufferResources() override { made = {}; }
   bool hasBufferResources() const override { return made != TextureSize{}; }
+  void contextWillBeDestroyed() override { made = {}; }
   void compose(const PixelBuffer& frame, std::span<const PointVertex> lines,
                std::span<const PointVertex> points) override {
     composed.push_back(frame.size());

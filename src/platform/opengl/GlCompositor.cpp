@@ -72,7 +72,33 @@ void setPlainPacking() {
 
 }  // namespace
 
-struct GlCompositor::Resources {
+/// The composed texture, and what draws into it.
+struct GlCompositor::Picture {
+  explicit Picture(TextureSize textureSize) : size(textureSize) {
+    glBindTexture(GL_TEXTURE_2D, _bufferTexture.name());
+    setPlainUnpacking();
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, size.width, size.height, 0, GL_RGBA, GL_UNSIGNED_BYTE,
+                 nullptr);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAX_LEVEL, 0);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+
+    glBindFramebuffer(GL_FRAMEBUFFER, framebuffer.name());
+    glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D,
+                           _bufferTexture.name(), 0);
+    complete = glCheckFramebufferStatus(GL_FRAMEBUFFER) == GL_FRAMEBUFFER_COMPLETE;
+  }
+
+  TextureSize size;
+  bool complete = false;
+  GlTexture _bufferTexture;
+  GlFramebuffer framebuffer;  // over _bufferTexture
+};
+
+/// What draws, whatever the size of the picture.
+struct GlCompositor::Programs {
   /// A program that draws the composed texture to the screen, and where its numbers go.
   struct Presenter {
     explicit Presenter(std::string_view fragmentShader)
@@ -88,22 +114,7 @@ struct GlCompositor::Resources {
     GLint textureSizeInTexels;
   };
 
-  explicit Resources(TextureSize textureSize) : size(textureSize) {
-    glBindTexture(GL_TEXTURE_2D, _bufferTexture.name());
-    setPlainUnpacking();
-    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, size.width, size.height, 0, GL_RGBA, GL_UNSIGNED_BYTE,
-                 nullptr);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAX_LEVEL, 0);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
-
-    glBindFramebuffer(GL_FRAMEBUFFER, framebuffer.name());
-    glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D,
-                           _bufferTexture.name(), 0);
-    complete = glCheckFramebufferStatus(GL_FRAMEBUFFER) == GL_FRAMEBUFFER_COMPLETE;
-
+  Programs() {
     glBindVertexArray(overlayVertices.name());
     glBindBuffer(GL_ARRAY_BUFFER, vertexBuffer.name());
     const auto offset = [](size_t bytes) { return reinterpret_cast<const void*>(bytes); };
@@ -115,10 +126,12 @@ struct GlCompositor::Resources {
     glEnableVertexAttribArray(1);
   }
 
-  void drawOverlay(std::span<const PointVertex> lines, std::span<const PointVertex> points) {
+  void drawOverlay(const Picture& target, std::span<const PointVertex> lines,
+                   std::span<const PointVertex> points) {
     const size_t count = lines.size() + points.size();
     if (count == 0) return;
-    glBindFramebuffer(GL_FRAMEBUFFER, framebuffer.name());
+    const TextureSize size = target.size;
+    glBindFramebuffer(GL_FRAMEBUFFER, target.framebuffer.name());
     glViewport(0, 0, size.width, size.height);
     overlay.use();
     glBindVertexArray(overlayVertices.name());
@@ -147,7 +160,8 @@ struct GlCompositor::Resources {
     glDrawArrays(GL_POINTS, GLint(lines.size()), GLsizei(points.size()));
   }
 
-  void drawPicture(const Rect& picture, TextureSize surface) const {
+  void drawPicture(const Picture& source, const Rect& picture, TextureSize surface) const {
+    const TextureSize size = source.size;
     // Also kept off the far side of 32 bits: only what lies on the surface counts.
     const double left = std::clamp(picture.origin.x, 0.0, double(surface.width));
     const double top = std::clamp(picture.origin.y, 0.0, double(surface.height));
@@ -169,15 +183,11 @@ struct GlCompositor::Resources {
     glUniform2f(presenter.texelsPerPixel, float(size.width / picture.size.width),
                 float(size.height / picture.size.height));
     glUniform2f(presenter.textureSizeInTexels, float(size.width), float(size.height));
-    glBindTexture(GL_TEXTURE_2D, _bufferTexture.name());
+    glBindTexture(GL_TEXTURE_2D, source._bufferTexture.name());
     glBindVertexArray(noVertices.name());
     glDrawArrays(GL_TRIANGLES, 0, 3);
   }
 
-  TextureSize size;
-  bool complete = false;
-  GlTexture _bufferTexture;
-  GlFramebuffer framebuffer;  // over _bufferTexture
   GlBuffer vertexBuffer;
   size_t vertexRoom = 0;
   GlVertexArray overlayVertices;  // over vertexBuffer
@@ -192,7 +202,7 @@ GlCompositor::GlCompositor() = default;
 GlCompositor::~GlCompositor() = default;
 
 void GlCompositor::initBufferResources(TextureSize size) {
-  resources_.reset();
+  picture_.reset();
   if (size.width <= 0 || size.height <= 0) return;
   GLint largest = 0;
   glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largest);
@@ -202,27 +212,33 @@ void GlCompositor::initBufferResources(TextureSize size) {
     return;
   }
   const GlStateGuard guard;
-  auto resources = std::make_unique<Resources>(size);
-  if (!resources->complete) {
+  auto picture = std::make_unique<Picture>(size);
+  if (!picture->complete) {
     log("A picture of {} by {} pixels can't be shown: the graphics card has no room for it.",
         size.width, size.height);
     return;
   }
-  resources_ = std::move(resources);
+  if (!programs_) programs_ = std::make_unique<Programs>();
+  picture_ = std::move(picture);
 }
 
-void GlCompositor::clearBufferResources() { resources_.reset(); }
+void GlCompositor::clearBufferResources() { picture_.reset(); }
+
+void GlCompositor::contextWillBeDestroyed() {
+  picture_.reset();
+  programs_.reset();
+}
 
 void GlCompositor::compose(const PixelBuffer& frame, std::span<const PointVertex> lines,
                            std::span<const PointVertex> points) {
-  if (!resources_ || frame.size() != resources_->size) return;
+  if (!picture_ || frame.size() != picture_->size) return;
   const GlStateGuard guard;
   setPlainUnpacking();
-  glBindTexture(GL_TEXTURE_2D, resources_->_bufferTexture.name());
+  glBindTexture(GL_TEXTURE_2D, picture_->_bufferTexture.name());
   // Fills every pixel, so nothing has to be cleared before.
   glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, frame.size().width, frame.size().height, GL_RGBA,
                   GL_UNSIGNED_BYTE, frame.data());
-  resources_->drawOverlay(lines, points);
+  programs_->drawOverlay(*picture_, lines, points);
 }
 
 void GlCompositor::present(const Rect& picture, TextureSize surface) {
@@ -230,13 +246,13 @@ void GlCompositor::present(const Rect& picture, TextureSize surface) {
   glViewport(0, 0, surface.width, surface.height);
   glClearColor(0.1F, 0.1F, 0.1F, 1.0F);
   glClear(GL_COLOR_BUFFER_BIT);
-  if (resources_) resources_->drawPicture(picture, surface);
+  if (picture_) programs_->drawPicture(*picture_, picture, surface);
 }
 
 bool GlCompositor::readBack(PixelBuffer& target) {
-  if (!resources_ || target.size() != resources_->size) return false;
+  if (!picture_ || target.size() != picture_->size) return false;
   const GlStateGuard guard;
-  glBindFramebuffer(GL_READ_FRAMEBUFFER, resources_->framebuffer.name());
+  glBindFramebuffer(GL_READ_FRAMEBUFFER, picture_->framebuffer.name());
   setPlainPacking();
   glReadPixels(0, 0, target.size().width, target.size().height, GL_RGBA, GL_UNSIGNED_BYTE,
                target.data());

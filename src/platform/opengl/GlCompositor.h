@@ -15,7 +15,9 @@ namespace tessary {
 ///
 /// Leaves the framebuffer binding and the viewport as it found them; binds nothing else, and leaves
 /// blending and depth test off. Frames larger than the graphics card's textures are refused with a
-/// log line. Destroy it, or clear its resources before, with the context current.
+/// log line. What doesn't depend on the frame's size is made once a context: drivers keep a little
+/// of each shader program that they ever saw. Destroy it with the context current, or tell it
+/// before that the context goes.
 class GlCompositor final : public Compositor {
  public:
   GlCompositor();
@@ -23,7 +25,8 @@ class GlCompositor final : public Compositor {
 
   void initBufferResources(TextureSize size) override;
   void clearBufferResources() override;
-  bool hasBufferResources() const override { return resources_ != nullptr; }
+  bool hasBufferResources() const override { return picture_ != nullptr; }
+  void contextWillBeDestroyed() override;
   void compose(const PixelBuffer& frame, std::span<const PointVertex> lines,
                std::span<const PointVertex> points) override;
   /// Without resources, only clears.
@@ -31,8 +34,10 @@ class GlCompositor final : public Compositor {
   bool readBack(PixelBuffer& target) override;
 
  private:
-  struct Resources;
-  std::unique_ptr<Resources> resources_;
+  struct Picture;
+  struct Programs;
+  std::unique_ptr<Programs> programs_;
+  std::unique_ptr<Picture> picture_;
 };
 
 }  // namespace tessary

@@ -282,6 +282,28 @@ TEST_F(GlCompose, AnotherSizeMakesAnotherTexture) {
   }
 }
 
+/// The shader programs that there are.
+std::vector<GLuint> programs() {
+  std::vector<GLuint> names;
+  for (GLuint name = 1; name < 100; ++name)
+    if (glIsProgram(name) == GL_TRUE) names.push_back(name);
+  return names;
+}
+
+// Drivers keep a little of each program that they ever saw: sessions must not make new ones.
+TEST_F(GlCompose, ShaderProgramsOutliveThePictureAndGoWithTheContext) {
+  compositor.initBufferResources({640, 480});
+  const std::vector<GLuint> made = programs();
+  EXPECT_FALSE(made.empty());
+  compositor.clearBufferResources();
+  EXPECT_EQ(programs(), made);
+  compositor.initBufferResources({1280, 720});
+  EXPECT_EQ(programs(), made);
+  compositor.contextWillBeDestroyed();
+  EXPECT_FALSE(compositor.hasBufferResources());
+  EXPECT_EQ(programs(), std::vector<GLuint>{});
+}
+
 TEST_F(GlCompose, RefusesWhatDoesNotFit) {
   PixelBuffer result({640, 480});
   EXPECT_FALSE(compositor.hasBufferResources());
