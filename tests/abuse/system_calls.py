@@ -14,10 +14,12 @@ import shutil
 import subprocess
 import sys
 
-from trial import SKIPPED, Trial
+os.environ['TESSARY_SLOW_MACHINE'] = 'being watched takes time, and how fast it is isn\'t judged here'
 
-from day import Day
-from desk import wait_for
+from trial import SKIPPED, Trial  # noqa: E402
+
+from day import Day  # noqa: E402
+from desk import wait_for  # noqa: E402
 
 # A call that opens with one of these flags can write.
 WRITING = re.compile(r'O_(WRONLY|RDWR|CREAT|TRUNC|APPEND)')
