@@ -21,7 +21,7 @@ from desk import Failure, key, screen, wait_for
 import movies
 
 SIZE = (1280, 720)
-STANDSTILL = 3.0  # seconds: the two that a call may take, and what looking takes on a busy machine
+STANDSTILL = 4.0  # seconds: the two that a call may take, and as long again on a busy machine
 APPEARING = 10    # seconds until a launch shows its window
 TELLING = 10      # seconds until the line is there
 GOING = 15        # seconds from closing to the end of the process
@@ -122,11 +122,18 @@ class Watcher:
 
 
 def line_shown(program):
-    """Whether there is white text at the left of the picture's upper half, where neither the specimen
-    has white nor a sheet lies."""
+    """Whether there is light text on a darkened ground at the left of the picture's upper half, beside any
+    sheet: an upper edge as straight as nothing in the specimen, and light pixels below it."""
     x, y = program.origin()
-    place = screen().cut(x + 15, y + 5, 100, SIZE[1] // 2)
-    return sum(min(place.at(x, y)) >= 253 for y in range(place.height) for x in range(place.width)) > 20
+    place = screen().cut(x + 16, y + 5, 100, SIZE[1] // 2)
+    rows = [[min(place.at(x, y)) for x in range(place.width)] for y in range(place.height)]
+    dark = [sum(value < 170 for value in row) for row in rows]
+    for top in range(1, place.height - 20):
+        if dark[top] >= 95 and dark[top - 1] <= 60:
+            light = sum(value >= 200 for row in rows[top:top + 20] for value in row)
+            if light >= 30 and min(dark[top:top + 15]) >= 50:
+                return True
+    return False
 
 
 class Case:
