@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "FakeFailureListener.h"
 #include "FakeViewHost.h"
 #include "LogCapture.h"
 #include "ManualExecutor.h"
@@ -98,6 +99,7 @@ class PixelTest : public ::testing::Test {
   GlCompositor compositor;
   QtTextRasterizer rasterizer;
   ManualExecutor mainQueue;
+  FakeFailureListener failures;
   struct : ImageEncoder {
     std::vector<uint8_t> encode(const PixelBuffer&) override { return {}; }
   } noEncoder;
@@ -109,6 +111,7 @@ class PixelTest : public ::testing::Test {
                     .jpegEncoder = noEncoder,
                     .pngEncoder = noEncoder,
                     .makeAssetWriter = {},
+                    .failures = failures,
                     .setNeedsDisplay = [] {},
                     .withGraphicsContext = [](const std::function<void()>& work) { work(); }}};
 
