@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "FakeCaptureHost.h"
+#include "FakeFailureListener.h"
 #include "FakeVideoDriver.h"
 #include "ManualExecutor.h"
 #include "MemoryKeyValueStore.h"
@@ -153,11 +154,6 @@ class Decoder final : public FrameDecoder {
     picture->data()[0] = bytes.front();
     return picture;
   }
-};
-
-class NoListener final : public FailureListener {
-  void failed(Failure, const std::string&) override {}
-  void recovered(Failure) override {}
 };
 
 class Storm {
@@ -321,7 +317,7 @@ class Storm {
   PathGrants grants_;
   Preferences preferences_{defaults_, grants_};
   test::FakeCaptureHost host_{callLog_};
-  NoListener failureListener_;
+  test::FakeFailureListener failureListener_;
   MicroscopeList microscopes_;
   std::shared_ptr<MicroscopeInfo> currMicroscope_;
   MicroscopeCatalogue catalogue_{*system_, microscopes_};
