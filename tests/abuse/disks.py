@@ -225,14 +225,16 @@ class Case:
                     f'the program ended with {self.program.process.returncode}')
 
     def is_kept_by_kernel(self):
-        """Whether the process has ended but for calls that the disk had taken when it stopped: nobody
-        can end those, not even SIGKILL."""
+        """Whether the program has ended, and only calls that the disk had taken when it stopped keep its
+        process: nobody can end those, not even SIGKILL."""
+        exiting = 0x4  # of a task's flags
         tasks = f'/proc/{self.program.process.pid}/task'
-        states = []
+        ended = []
         for task in os.listdir(tasks):
             with contextlib.suppress(OSError), open(f'{tasks}/{task}/stat', encoding='utf-8') as file:
-                states.append(file.read().rpartition(')')[2].split()[0])
-        return 'D' in states and set(states) <= {'D', 'Z'}
+                fields = file.read().rpartition(')')[2].split()
+                ended.append(fields[0] == 'D' or int(fields[6]) & exiting)
+        return all(ended)
 
     def judge_files(self):
         if not os.path.isdir(self.disk.real):

@@ -71,7 +71,6 @@ struct Mirror {
   static int fsync(const char*, int, fuse_file_info* file) {
     return answer(::fsync(int(file->fh)));
   }
-  static int flush(const char*, fuse_file_info*) { return 0; }
   static int unlink(const char* path) { return answer(::unlink(real(path).c_str())); }
   static int mkdir(const char* path, mode_t mode) {
     return answer(::mkdir(real(path).c_str(), mode));
@@ -115,7 +114,6 @@ int main(int argc, char** argv) {
   calls.write = Mirror::write;
   calls.release = Mirror::release;
   calls.fsync = Mirror::fsync;
-  calls.flush = Mirror::flush;
   calls.unlink = Mirror::unlink;
   calls.mkdir = Mirror::mkdir;
   calls.rmdir = Mirror::rmdir;
