@@ -432,7 +432,7 @@ class Day:
         # With another window open, which must not keep the program running.
         key('F1')
         self.program.dialog('Help')
-        xdotool('windowactivate', '--sync', self.program.main.number)
+        self.program.give_keyboard(self.program.main)
         key('ctrl+q')
         check(self.program.wait_for_end() == 0, 'the program ended with an error')
         self.program.end()

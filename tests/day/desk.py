@@ -111,10 +111,22 @@ class Program:
         self.wait_for_keyboard(window)
         return window
 
+    def has_keyboard(self, window):
+        return subprocess.run(['xdotool', 'getactivewindow'], text=True, stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL).stdout.strip() == window.number
+
     def wait_for_keyboard(self, window):
-        wait_for('the keyboard', lambda: subprocess.run(
-            ['xdotool', 'getactivewindow'], text=True, stdout=subprocess.PIPE,
-            stderr=subprocess.DEVNULL).stdout.strip() == window.number)
+        wait_for('the keyboard', lambda: self.has_keyboard(window))
+
+    def give_keyboard(self, window):
+        """Asks for it until it is granted: now and then the window manager lets a wish pass."""
+        def granted():
+            if self.has_keyboard(window):
+                return True
+            subprocess.run(['xdotool', 'windowactivate', window.number], check=False,
+                           stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            return False
+        wait_for('the keyboard', granted)
 
     def no_dialog(self, title):
         """Waits until no window has that title and the main window has the keyboard again."""
