@@ -1,6 +1,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
+#include <mutex>
 #include <thread>
 
 #include <gmock/gmock.h>
@@ -60,6 +61,48 @@ class FakeCompositor final : public Compositor {
   size_t pointCount = 0;
 };
 
+/// Takes every frame, and remembers which.
+class FakeAssetWriter final : public AssetWriter {
+ public:
+  /// What the test and the recording queue share.
+  struct Movie {
+    std::mutex mutex;
+    std::vector<SampleBuffer> frames;
+    std::vector<int64_t> statuses;
+  };
+  explicit FakeAssetWriter(std::shared_ptr<Movie> movie) : movie_(std::move(movie)) {}
+  bool canApplyOutputSettings(const MovieSettings&) const override { return true; }
+  bool startWriting(const MovieSettings&) override { return true; }
+  void startSessionAtSourceTime(MediaTime) override {}
+  bool isReadyForMoreMediaData() const override { return true; }
+  bool appendSampleBuffer(const SampleBuffer& frame) override {
+    const std::lock_guard lock(movie_->mutex);
+    movie_->frames.push_back(frame);
+    return true;
+  }
+  void finishWritingWithCompletionHandler(std::function<void()> completed) override {
+    finisher_ = std::jthread(std::move(completed));
+  }
+  std::string error() const override { return {}; }
+  bool hasFailed() const override { return false; }
+
+ private:
+  std::shared_ptr<Movie> movie_;
+  std::jthread finisher_;
+};
+
+class MovieStatus final : public PreviewViewRecordDelegate {
+ public:
+  explicit MovieStatus(std::shared_ptr<FakeAssetWriter::Movie> movie) : movie_(std::move(movie)) {}
+  void recordStatusDidChange(int64_t status) override {
+    const std::lock_guard lock(movie_->mutex);
+    movie_->statuses.push_back(status);
+  }
+
+ private:
+  std::shared_ptr<FakeAssetWriter::Movie> movie_;
+};
+
 /// A folder of its own that goes with it.
 class QuietFolder {
  public:
@@ -100,7 +143,9 @@ class PreviewViewTest : public ::testing::Test {
             mainQueue,
             jpegEncoder,
             pngEncoder,
-            [](const std::string&, std::string&) { return nullptr; },
+            [movie = movie](const std::string&, std::string&) {
+              return std::make_unique<FakeAssetWriter>(movie);
+            },
             failures,
             [this] { ++displays; },
             [](const std::function<void()>& work) { work(); }};
@@ -133,6 +178,7 @@ class PreviewViewTest : public ::testing::Test {
   int displays = 0;
   FakeEncoder jpegEncoder;
   FakeEncoder pngEncoder;
+  std::shared_ptr<FakeAssetWriter::Movie> movie = std::make_shared<FakeAssetWriter::Movie>();
   PreviewView view{surroundings()};
 };
 
@@ -431,6 +477,46 @@ TEST_F(PreviewViewTest, WithoutAPictureAStillIsSaidToBeSavedAndNothingIsWritten)
   EXPECT_TRUE(view.saveImageFile("a.jpg"));
   EXPECT_THAT(jpegEncoder.encoded, IsEmpty());
   EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+
+TEST_F(PreviewViewTest, ARecordingGetsTheFramesThatComeWhileItRunsAndNoOther) {
+  show({640, 480});
+  const auto status = std::make_shared<MovieStatus>(movie);
+  const auto waitFor = [&](auto condition) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    for (;;) {
+      mainQueue.runAll();
+      {
+        const std::lock_guard lock(movie->mutex);
+        if (condition()) return true;
+      }
+      if (std::chrono::steady_clock::now() > end) return false;
+      std::this_thread::yield();
+    }
+  };
+  view.updateVideoFrame(frame({640, 480}, milliseconds(100)));
+  view.startRecord("/none/a.mp4", status);
+  ASSERT_TRUE(waitFor([&] { return movie->statuses == std::vector<int64_t>{kRecordingWaiting}; }))
+      << "the frame before began nothing";
+  std::vector<SampleBuffer> shown;
+  for (const int time : {200, 233, 266}) {
+    shown.push_back(frame({640, 480}, milliseconds(time)));
+    view.updateVideoFrame(shown.back());
+    ASSERT_TRUE(waitFor([&] { return movie->frames.size() == shown.size(); }));
+  }
+  view.stopRecord();
+  ASSERT_TRUE(waitFor(
+      [&] { return !movie->statuses.empty() && movie->statuses.back() == kRecordingFinished; }));
+  view.updateVideoFrame(frame({640, 480}, milliseconds(300)));
+  view.startRecord("/none/b.mp4", status);  // behind all that was handed over
+  ASSERT_TRUE(waitFor([&] { return movie->statuses.back() == kRecordingWaiting; }));
+  for (size_t i = 0; i < shown.size(); ++i) {
+    EXPECT_EQ(movie->frames[i].imageBuffer, shown[i].imageBuffer);
+    EXPECT_EQ(movie->frames[i].presentationTimeStamp, shown[i].presentationTimeStamp);
+  }
+  EXPECT_EQ(movie->frames.size(), shown.size());
+  EXPECT_THAT(movie->statuses, ElementsAre(kRecordingWaiting, kRecordingRunning, kRecordingStopping,
+                                           kRecordingFinished, kRecordingWaiting));
 }
 
 TEST_F(PreviewViewTest, FramesMayComeFromAnotherThreadWhileTheMainThreadWorks) {
