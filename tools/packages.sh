@@ -4,7 +4,7 @@
 set -euo pipefail
 
 build=(g++ cmake ninja-build pkg-config qt6-base-dev libqt6opengl6-dev libgl-dev libegl-dev
-  libepoxy-dev libturbojpeg0-dev libyuv-dev libpng-dev libavcodec-dev libavformat-dev
+  libxcb1-dev libepoxy-dev libturbojpeg0-dev libyuv-dev libpng-dev libavcodec-dev libavformat-dev
   libavutil-dev libudev-dev libfmt-dev libgtest-dev libgmock-dev libbenchmark-dev
   fonts-open-sans libqt6svg6 libgl1-mesa-dri libegl-mesa0)
 test=(xvfb xauth openbox xdotool imagemagick x11-utils libumockdev-dev umockdev dbus-x11 ffmpeg

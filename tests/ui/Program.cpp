@@ -1,17 +1,54 @@
 #include "Program.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QProcess>
+#include <QtGui/QMouseEvent>
 #include <QtGui/QScreen>
 #include <QtWidgets/QToolBar>
 #include <QtWidgets/QToolButton>
 #include <gtest/gtest.h>
+#include <xcb/xcb.h>
 
 #include "base/FourCharCode.h"
 
 namespace tessary::test {
+namespace {
+
+/// Counts what the display sends to the program's windows.
+class ButtonWatch final : public QObject {
+ public:
+  int events = 0;  ///< Of the left button: presses and releases.
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    const bool isButton = event->type() == QEvent::MouseButtonPress ||
+                          event->type() == QEvent::MouseButtonDblClick ||
+                          event->type() == QEvent::MouseButtonRelease;
+    if (isButton && watched->isWindowType() &&
+        static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton)
+      ++events;
+    return false;
+  }
+};
+
+ButtonWatch* s_buttons = nullptr;
+
+template <typename T>
+using Reply = std::unique_ptr<T, decltype(&std::free)>;
+
+/// How often these arguments of xdotool press or let go the left button.
+int buttonEvents(const QStringList& arguments) {
+  int count = 0;
+  for (qsizetype i = 0; i + 1 < arguments.size(); ++i)
+    count += arguments[i].startsWith(QLatin1String("mouse")) && arguments[i + 1] == "1" &&
+             arguments[i] != "mousemove";
+  return count;
+}
+
+}  // namespace
 
 bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
   QElapsedTimer timer;
@@ -24,18 +61,52 @@ bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds
   return true;
 }
 
+std::optional<QRect> placeOnDisplay(const QWidget& window) {
+  xcb_connection_t* display =
+      qApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
+  const auto id = xcb_window_t(window.winId());
+  const auto asked = xcb_get_window_attributes(display, id);
+  const auto askedSize = xcb_get_geometry(display, id);
+  const Reply<xcb_get_window_attributes_reply_t> state(
+      xcb_get_window_attributes_reply(display, asked, nullptr), std::free);
+  const Reply<xcb_get_geometry_reply_t> size(xcb_get_geometry_reply(display, askedSize, nullptr),
+                                             std::free);
+  if (!state || !size || state->map_state != XCB_MAP_STATE_VIEWABLE) return {};
+  const Reply<xcb_translate_coordinates_reply_t> corner(
+      xcb_translate_coordinates_reply(
+          display, xcb_translate_coordinates(display, id, size->root, 0, 0), nullptr),
+      std::free);
+  if (!corner) return {};
+  return QRect(corner->dst_x, corner->dst_y, size->width, size->height);
+}
+
+void waitForPlace(const QWidget& window) {
+  EXPECT_TRUE(waitUntil([&] { return placeOnDisplay(window) == window.geometry(); }))
+      << window.windowTitle().toStdString() << " is not where it should be";
+}
+
 void xdotool(const QStringList& arguments) {
+  const int before = s_buttons->events;
   QProcess process;
   process.start(QStringLiteral("xdotool"), arguments);
   const bool ended = waitUntil([&] { return process.state() == QProcess::NotRunning; });
   EXPECT_TRUE(ended && process.exitCode() == 0) << arguments.join(' ').toStdString();
-  // What xdotool sent is in the server; one round trip brings it here.
+  // A press or release has come by way of the window manager; none comes to a window that is
+  // blocked.
+  waitUntil([&] { return s_buttons->events - before >= buttonEvents(arguments); },
+            std::chrono::seconds(2));
+  // What else xdotool sent is in the server; one round trip brings it here.
   QElapsedTimer settle;
   settle.start();
   waitUntil([&] { return settle.elapsed() > 30; });
 }
 
+void xdotoolAtOnce(const QStringList& arguments) {
+  EXPECT_EQ(QProcess::execute(QStringLiteral("xdotool"), arguments), 0);
+}
+
 void moveTo(const QWidget& widget, QPoint position) {
+  waitForPlace(*widget.window());
   const QPoint global = widget.mapToGlobal(position);
   xdotool({"mousemove", QString::number(global.x()), QString::number(global.y())});
 }
@@ -142,6 +213,9 @@ class ApplicationEnvironment : public ::testing::Environment {
   void SetUp() override {
     application_ = tessary::makeApplication(argc_, argv_, "tessary-test");
     QApplication::setQuitOnLastWindowClosed(false);
+    tessary::test::s_buttons = new tessary::test::ButtonWatch;
+    tessary::test::s_buttons->setParent(application_.get());
+    application_->installEventFilter(tessary::test::s_buttons);
   }
   void TearDown() override { application_.reset(); }
 

@@ -29,6 +29,14 @@ bool waitUntil(const std::function<bool()>& condition,
 /// Runs xdotool with these arguments, letting events run meanwhile: real events, through the
 /// display.
 void xdotool(const QStringList& arguments);
+/// The same, but nothing is handled meanwhile: all of it finds the windows as they are now.
+void xdotoolAtOnce(const QStringList& arguments);
+
+/// Where the display has a window, without its frame; nothing while it does not show it. The window
+/// manager moves and shows windows in its own time.
+std::optional<QRect> placeOnDisplay(const QWidget& window);
+/// Waits until the display has the window where, and as large as, the program believes it to be.
+void waitForPlace(const QWidget& window);
 
 /// The pointer, moved and pressed as a hand would. Positions are the widget's own.
 void moveTo(const QWidget& widget, QPoint position);

@@ -242,6 +242,17 @@ TEST_F(CalibrationList, ReturnIsApply) {
   EXPECT_EQ(completed, (Completed{{3, false}}));
 }
 
+TEST_F(CalibrationList, WhatComesAfterItsEndDoesNothing) {
+  show(0);
+  xdotoolAtOnce({"key", "alt+c", "alt+d", "alt+a"});
+  EXPECT_TRUE(ended());
+  goBack();
+  EXPECT_EQ(slotName(0), "lens");
+  EXPECT_EQ(saves(), 0);
+  EXPECT_TRUE(completed.empty());
+  EXPECT_EQ(ends, 1);
+}
+
 TEST_F(CalibrationList, WithoutASelectionNoSlotIsHandedOverAndTheSheetEnds) {
   for (const char* name : {"calibrateBtn", "applyBtn"}) {
     ends = 0;

@@ -94,6 +94,17 @@ TEST_F(CalibrationWindow, ReturnIsOk) {
   EXPECT_EQ(dialog->unit(), 0);
 }
 
+TEST_F(CalibrationWindow, TellsOnceHoweverOftenItsKeyComes) {
+  for (const char* name : {"Return", "Escape"}) {
+    completed.clear();
+    show();
+    xdotoolAtOnce({"key", name, name});
+    EXPECT_TRUE(closed()) << name;
+    goBack();
+    EXPECT_EQ(completed, (Completed{{2, 0.0, 0}})) << name;
+  }
+}
+
 TEST_F(CalibrationWindow, TheChosenUnitGoesAlong) {
   show();
   xdotool({"type", "500"});

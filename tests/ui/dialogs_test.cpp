@@ -12,6 +12,7 @@
 
 #include "Program.h"
 #include "base/FourCharCode.h"
+#include "ui/ColorWell.h"
 
 namespace tessary::test {
 namespace {
@@ -41,7 +42,7 @@ QPushButton& button(QWidget& dialog, QDialogButtonBox::StandardButton which) {
 
 bool waitForOptions() {
   return waitUntil(
-      [] { return gOptionsWindowController && gOptionsWindowController->isVisible(); });
+      [] { return gOptionsWindowController && gOptionsWindowController->isActiveWindow(); });
 }
 
 TEST(MicroscopeSheet, ChoosingAMicroscopeMakesItLiveAndIsRemembered) {
@@ -151,6 +152,66 @@ TEST(MicroscopeSheet, AMicroscopeWithoutResolutionsCanNotBeOpened) {
   auto& dialog = *sheet<MicroscopeWindowController>(program);
   EXPECT_EQ(box(dialog, "resolutionFld").count(), 0);
   EXPECT_FALSE(button(dialog, QDialogButtonBox::Ok).isEnabled());
+}
+
+TEST(Sheets, EndOnceHoweverOftenTheirKeyComes) {
+  QTemporaryDir folder;
+  Program program;
+  ASSERT_TRUE(program.waitForPicture());
+  gPreferences->url = folder.path().toStdString();
+  const struct {
+    const char* command;
+    const char* title;
+    const char* key;
+    int saves;
+  } rows[] = {
+      {"ctrl+m", "Microscope", "Escape", 0},   {"ctrl+m", "Microscope", "Return", 1},
+      {"ctrl+comma", "Options", "Escape", 0},  {"ctrl+comma", "Options", "Return", 1},
+      {"ctrl+k", "Calibrations", "Escape", 0}, {"ctrl+k", "Calibrations", "Return", 1},
+      {"ctrl+t", "Text", "Escape", 0},         {"ctrl+t", "Text", "Return", 0},
+      {"ctrl+r", "Record", "Escape", 0},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(testing::Message() << row.title << ", " << row.key);
+    const int stored = program.store->storeCalls;
+    key(row.command);
+    ASSERT_TRUE(waitUntil([&] {
+      const QWidget* active = QApplication::activeWindow();
+      return active && active->windowTitle() == row.title;
+    }));
+    xdotoolAtOnce({"key", row.key, row.key, row.key});
+    ASSERT_TRUE(waitUntil([&] { return program.window().isActiveWindow(); }));
+    EXPECT_EQ(program.store->storeCalls - stored, row.saves);
+    ASSERT_TRUE(waitUntil([&] { return program.enabledCommands() == 20; }));
+  }
+}
+
+TEST(Commands, AfterAFailedStartTheToolsGoByWhetherTheDeviceIsThere) {
+  Program program(Start{.remembered = false});
+  program.microscope->failNextOpen("It is used by another program.");
+  key("ctrl+m");
+  ASSERT_TRUE(waitForSheet(program));
+  key("Return");
+  ASSERT_TRUE(waitUntil([&] { return !sheet<MicroscopeWindowController>(program); }));
+  ASSERT_TRUE(gCurrMicroscope);
+  EXPECT_TRUE(waitUntil([&] { return program.enabledCommands() == 20; }))
+      << "the device is there, though no picture comes";
+
+  const auto gone = std::make_shared<MicroscopeInfo>();
+  gone->name = "Gone";
+  gone->uniqueID = "gone";
+  gone->resolutions.push_back(std::make_shared<Resolution>(Resolution{1, 640, 480}));
+  gone->defResolution = gone->resolutions.front();
+  gMicroscopes.push_back(gone);
+  key("ctrl+m");
+  ASSERT_TRUE(waitForSheet(program));
+  auto& dialog = *sheet<MicroscopeWindowController>(program);
+  box(dialog, "microscopeFld").setFocus();
+  key("Down");
+  ASSERT_TRUE(waitUntil([&] { return box(dialog, "microscopeFld").currentIndex() == 1; }));
+  key("Return");
+  ASSERT_TRUE(waitUntil([&] { return gCurrMicroscope == gone; }));
+  EXPECT_TRUE(waitUntil([&] { return program.enabledCommands() == 4; })) << "there is no device";
 }
 
 TEST(Alerts, WithoutAMicroscopeItsItemSaysSo) {
@@ -342,13 +403,15 @@ TEST(OptionsWindow, AfterOkOrCancelTheNextVisitBuildsAFreshOne) {
   for (const auto which : {QDialogButtonBox::Ok, QDialogButtonBox::Cancel}) {
     click(program.button(kOptions));
     ASSERT_TRUE(waitForOptions());
+    waitForPlace(*gOptionsWindowController);
     const QPoint place = gOptionsWindowController->pos();
     gOptionsWindowController->move(10, 400);
     click(button(*gOptionsWindowController, which));
     EXPECT_TRUE(waitUntil([] { return !gOptionsWindowController; }));
     click(program.button(kOptions));
     ASSERT_TRUE(waitForOptions());
-    EXPECT_EQ(gOptionsWindowController->pos(), place) << "placed by the main window again";
+    EXPECT_TRUE(waitUntil([&] { return gOptionsWindowController->pos() == place; }))
+        << "placed by the main window again";
     click(button(*gOptionsWindowController, QDialogButtonBox::Cancel));
     EXPECT_TRUE(waitUntil([] { return !gOptionsWindowController; }));
   }
@@ -399,6 +462,22 @@ TEST(OptionsWindow, AChosenColourIsTakenWithOkAndForgottenWithCancel) {
   }
   EXPECT_FLOAT_EQ(float(gPreferences->lineColor.red), 1.0F);
   EXPECT_NEAR(gPreferences->lineColor.blue, 0.2, 1e-4);
+}
+
+TEST(OptionsWindow, WhatWasChosenShowsInThePictureAtOnce) {
+  Program program;
+  ASSERT_TRUE(program.waitForPicture());
+  click(program.button("Line Item Identifier"));
+  drag(program.container(), {200, 40}, {400, 40});
+  const auto lineIs = [&](const QColor& color) {
+    return program.screenshot().pixelColor(300, 40) == color;
+  };
+  ASSERT_TRUE(waitUntil([&] { return lineIs(QColor(0, 230, 230)); }));
+  click(program.button(kOptions));
+  ASSERT_TRUE(waitForOptions());
+  gOptionsWindowController->findChild<ColorWell*>("lineColorFld")->setColor({1.0, 0.0, 0.0, 1.0});
+  click(button(*gOptionsWindowController, QDialogButtonBox::Ok));
+  EXPECT_TRUE(waitUntil([&] { return lineIs(QColor(255, 0, 0)); }));
 }
 
 TEST(OptionsWindow, AChosenFolderStaysAlthoughTheWindowIsCancelled) {

@@ -6,6 +6,12 @@
 namespace tessary::test {
 namespace {
 
+/// Where a hand takes hold of the zoom slider's knob: at so many fourths of the way, less the
+/// knob's own half width at both ends.
+QPoint knob(const QSlider& slider, int step) {
+  return {6 + (slider.width() - 12) * step / 4, slider.height() / 2 - 3};
+}
+
 TEST(MainWindow, TheRememberedMicroscopeIsLiveAfterTheLaunch) {
   Program program;
   EXPECT_TRUE(program.waitForPicture());
@@ -43,13 +49,73 @@ TEST(MainWindow, TheZoomSliderShowsItsStepInPercent) {
   } rows[] = {{0, "50%"}, {1, "75%"}, {3, "125%"}, {4, "150%"}, {2, "100%"}};
   QSlider& slider = program.slider("zoomSlider");
   for (const auto& row : rows) {
-    // The handle stands at a fifth of the way, less its own half width at both ends.
-    const int x = 6 + (slider.width() - 12) * slider.value() / 4;
-    const int target = 6 + (slider.width() - 12) * row.step / 4;
-    drag(slider, {x, slider.height() / 2 - 3}, {target, slider.height() / 2 - 3});
-    EXPECT_EQ(program.text("zoomText").toStdString(), row.text);
+    drag(slider, knob(slider, slider.value()), knob(slider, row.step));
+    EXPECT_TRUE(waitUntil([&] { return program.text("zoomText") == row.text; }))
+        << row.text << ", not " << program.text("zoomText").toStdString();
   }
   EXPECT_EQ(slider.maximum(), 4) << "200 percent is out of reach";
+}
+
+TEST(MainWindow, AKnobThatStoodStillSendsItsStepWhenItIsClicked) {
+  Program program;
+  ASSERT_TRUE(program.waitForPicture());
+  PreviewView& view = gPreviewWindowController->getPreviewView();
+  QSlider& slider = program.slider("zoomSlider");
+  slider.setValue(4);
+  ASSERT_EQ(view.zoom(), 4);
+  view.setCalibration(50.0F, 0);
+  ASSERT_EQ(view.zoom(), 2);
+  ASSERT_EQ(slider.value(), 4) << "the knob stands still";
+  click(slider, knob(slider, 4));
+  EXPECT_TRUE(waitUntil([&] { return view.zoom() == 4; }));
+  EXPECT_EQ(program.text("zoomText"), "150%");
+  EXPECT_EQ(program.slider("horizontalSlider").maximum(), 960 - 640) << "all else goes along";
+
+  view.setCalibration(60.0F, 0);
+  ASSERT_EQ(view.zoom(), 2);
+  slider.setFocus();
+  key("Right");
+  EXPECT_TRUE(waitUntil([&] { return view.zoom() == 4; })) << "a key that can't move it further";
+}
+
+TEST(MainWindow, OpensBelowTheTopOfTheScreen) {
+  Program program(Start{.plugged = false});
+  const QWidget& window = program.window();
+  EXPECT_TRUE(waitUntil([&] { return window.frameGeometry().top() == 25; }))
+      << window.frameGeometry().top();
+}
+
+TEST(MainWindow, ThePanSlidersStandInTheUpperRightCorner) {
+  Program program;
+  ASSERT_TRUE(program.waitForPicture());
+  program.slider("zoomSlider").setValue(4);
+  for (const QSize by : {QSize(0, 0), QSize(-100, -60)}) {
+    program.window().resize(program.window().size() + by);
+    const int width = 640 + by.width();
+    ASSERT_TRUE(waitUntil([&] { return program.container().width() == width; }));
+    EXPECT_EQ(program.slider("horizontalSlider").geometry(), QRect(width - 180, 10, 140, 20));
+    EXPECT_EQ(program.slider("verticalSlider").geometry(), QRect(width - 30, 30, 20, 140));
+    EXPECT_TRUE(program.slider("horizontalSlider").isVisible());
+    EXPECT_TRUE(program.slider("verticalSlider").isVisible());
+  }
+}
+
+TEST(MainWindow, TheFrameRateIsRounded) {
+  Program program(Start{.plugged = false});
+  QWidget container;
+  PreviewControls controls(container, gPreviewWindowController->getPreviewView());
+  const struct {
+    float rate;
+    const char* text;
+  } rows[] = {{0.0F, "640x480  fps:0"},
+              {0.5F, "640x480  fps:1"},
+              {29.4F, "640x480  fps:29"},
+              {29.5F, "640x480  fps:30"},
+              {29.97F, "640x480  fps:30"}};
+  for (const auto& row : rows) {
+    controls.showStatus({0, 640, 480}, row.rate);
+    EXPECT_EQ(container.findChild<QLabel*>("fpsText")->text(), row.text) << row.rate;
+  }
 }
 
 TEST(MainWindow, AWindowLargerThanThePictureHidesThePanSlidersAndCentresIt) {
@@ -110,7 +176,7 @@ TEST(MainWindow, DraggingThePictureMovesTheSlidersWithIt) {
   const int x = program.slider("horizontalSlider").value();
   const int y = program.slider("verticalSlider").value();
   drag(program.container(), {300, 300}, {280, 270});
-  EXPECT_EQ(program.slider("horizontalSlider").value(), x + 20);
+  EXPECT_TRUE(waitUntil([&] { return program.slider("horizontalSlider").value() == x + 20; }));
   EXPECT_EQ(program.slider("verticalSlider").value(), y - 30) << "its top is the picture's top";
 }
 
@@ -119,7 +185,7 @@ TEST(MainWindow, ToolsPutTheZoomBackToHundredPercent) {
   ASSERT_TRUE(program.waitForPicture());
   program.slider("zoomSlider").setValue(0);
   click(program.button("Line Item Identifier"));
-  EXPECT_EQ(program.slider("zoomSlider").value(), 2);
+  EXPECT_TRUE(waitUntil([&] { return program.slider("zoomSlider").value() == 2; }));
   EXPECT_EQ(program.text("zoomText"), "100%");
 }
 

@@ -13,12 +13,18 @@ namespace tessary::test {
 namespace {
 
 /// Whether the display has `window` on top at all four corners and in the middle.
-bool isOnTop(const QWidget& window) {
-  const QRect area = window.frameGeometry().adjusted(10, 30, -10, -10);
-  for (const QPoint place :
-       {area.topLeft(), area.topRight(), area.bottomLeft(), area.bottomRight(), area.center()})
-    if (QApplication::topLevelAt(place) != &window) return false;
-  return true;
+::testing::AssertionResult isOnTop(const QWidget& window) {
+  const auto place = placeOnDisplay(window);
+  if (!place) return ::testing::AssertionFailure() << "it does not show";
+  const QRect area = place->adjusted(5, 5, -5, -5);
+  for (const QPoint point :
+       {area.topLeft(), area.topRight(), area.bottomLeft(), area.bottomRight(), area.center()}) {
+    const QWidget* top = QApplication::topLevelAt(point);
+    if (top == &window) continue;
+    return ::testing::AssertionFailure() << (top ? top->metaObject()->className() : "nothing")
+                                         << " is at (" << point.x() << ", " << point.y() << ")";
+  }
+  return ::testing::AssertionSuccess();
 }
 
 QWidget* modal() {
@@ -31,7 +37,7 @@ QWidget* modal() {
 bool putOver(QWidget& floating, Program& program) {
   const QRect over(program.window().geometry().center() - QPoint(260, 200), QSize(520, 400));
   floating.setGeometry(over);
-  return waitUntil([&] { return isOnTop(floating); });
+  return waitUntil([&] { return bool(isOnTop(floating)); });
 }
 
 struct Opening {
@@ -69,11 +75,12 @@ void expectOnTop(Program& program, QWidget& floating, std::span<const Opening> o
   for (const Opening& opening : openings) {
     SCOPED_TRACE(opening.what);
     ASSERT_NO_FATAL_FAILURE(goBack(program));
-    ASSERT_TRUE(waitUntil([&] { return isOnTop(floating); })) << "it floats";
+    ASSERT_TRUE(waitUntil([&] { return bool(isOnTop(floating)); })) << "it floats";
     ASSERT_NO_FATAL_FAILURE(opening.open(program));
     ASSERT_TRUE(waitUntil([] { return modal() != nullptr; }));
     EXPECT_TRUE(waitUntil([] { return modal()->isActiveWindow(); }, std::chrono::seconds(5)));
-    EXPECT_TRUE(waitUntil([] { return isOnTop(*modal()); }, std::chrono::seconds(5)));
+    EXPECT_TRUE(waitUntil([] { return bool(isOnTop(*modal())); }, std::chrono::seconds(5)))
+        << isOnTop(*modal()).message();
     modal()->close();
     ASSERT_TRUE(waitUntil([] { return modal() == nullptr; }));
   }
@@ -126,7 +133,7 @@ TEST(Stacking, TheOptionsOwnFolderChooserOpensAboveThemAndTheHelp) {
       [] { return gOptionsWindowController && gOptionsWindowController->isActiveWindow(); }));
   click(*gOptionsWindowController->findChild<QWidget*>("folderFld"));
   ASSERT_TRUE(waitUntil([] { return modal() && modal()->isActiveWindow(); }));
-  EXPECT_TRUE(waitUntil([] { return isOnTop(*modal()); }));
+  EXPECT_TRUE(waitUntil([] { return bool(isOnTop(*modal())); }));
   key("Escape");
   ASSERT_TRUE(waitUntil([] { return modal() == nullptr; }));
   click(program.container(), {10, program.container().height() - 60});

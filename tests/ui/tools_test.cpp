@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "Program.h"
+#include "RecordingRasterizer.h"
 
 namespace tessary::test {
 namespace {
@@ -32,25 +33,6 @@ constexpr const char* kDeleteAll = "Delet All Item Identifier";
 
 /// Away from every shape of these tests.
 constexpr QPoint kAside(600, 400);
-
-/// Draws as the real one does, and remembers what was drawn last.
-class RecordingRasterizer final : public TextRasterizer {
- public:
-  RecordingRasterizer(std::unique_ptr<TextRasterizer> real, std::string& last)
-      : real_(std::move(real)), last_(last) {}
-  Size imageBounds(const std::string& text, const Font& font) override {
-    return real_->imageBounds(text, font);
-  }
-  void drawLine(const std::string& text, const Font& font, const Color& color, double x,
-                double baseline, const Bitmap& bitmap) override {
-    last_ = text;
-    real_->drawLine(text, font, color, x, baseline, bitmap);
-  }
-
- private:
-  std::unique_ptr<TextRasterizer> real_;
-  std::string& last_;
-};
 
 class Tools : public ::testing::Test {
  protected:
@@ -85,6 +67,7 @@ class Tools : public ::testing::Test {
   }
   /// The pointer goes there, and does this there; all in one run of xdotool.
   static void pointer(const QWidget& widget, QPoint place, const QStringList& then = {}) {
+    waitForPlace(*widget.window());
     const QPoint global = widget.mapToGlobal(place);
     xdotool(QStringList{"mousemove", QString::number(global.x()), QString::number(global.y())} +
             then);

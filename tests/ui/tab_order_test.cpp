@@ -1,0 +1,68 @@
+// The Tab key's way through each dialog, from the control that has the keyboard first.
+
+#include <QtWidgets/QAbstractButton>
+#include <gtest/gtest.h>
+
+#include "Program.h"
+
+namespace tessary::test {
+namespace {
+
+/// A control by its name, or by its text where it has none: a button of a button box.
+std::string nameOf(const QWidget* control) {
+  if (!control) return "none";
+  if (!control->objectName().isEmpty()) return control->objectName().toStdString();
+  const auto* button = qobject_cast<const QAbstractButton*>(control);
+  return button ? button->text().remove('&').toStdString() : control->metaObject()->className();
+}
+
+TEST(TabOrder, FollowsTheEye) {
+  Program program;
+  ASSERT_TRUE(program.waitForPicture());
+  gPreferences->url = "/tmp";
+  const struct {
+    std::vector<const char*> keys;
+    const char* title;
+    std::vector<std::string> order;
+  } rows[] = {
+      {{"ctrl+m"}, "Microscope", {"OK", "Cancel", "microscopeFld", "resolutionFld"}},
+      {{"ctrl+comma"},
+       "Options",
+       {"OK", "Cancel", "gridColorFld", "lineColorFld", "textColorFld", "textSizeFld", "folderFld",
+        "photoFormatFld"}},
+      {{"ctrl+t"}, "Text", {"textFld", "OK", "Cancel"}},
+      {{"ctrl+r"}, "Record", {"startBtn", "closeBtn", "limitFld"}},
+      {{"ctrl+k"},
+       "Calibrations",
+       {"calibrations", "renameBtn", "deleteBtn", "calibrateBtn", "applyBtn", "closeBtn"}},
+      {{"ctrl+k", "alt+b"}, "Calibrate", {"lengthFld", "unitFld", "OK", "Cancel", "Help"}},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.title);
+    const auto isThere = [](const char* title) {
+      const QWidget* active = QApplication::activeWindow();
+      return active && active->windowTitle() == title && QApplication::focusWidget();
+    };
+    key(row.keys.front());
+    if (row.keys.size() > 1) {
+      ASSERT_TRUE(waitUntil([&] { return isThere("Calibrations"); }));
+      key(row.keys[1]);
+    }
+    ASSERT_TRUE(waitUntil([&] { return isThere(row.title); }));
+    std::vector<std::string> order{nameOf(QApplication::focusWidget())};
+    for (size_t i = 0; i < row.order.size(); ++i) {
+      const QWidget* before = QApplication::focusWidget();
+      key("Tab");
+      ASSERT_TRUE(waitUntil([&] { return QApplication::focusWidget() != before; }));
+      order.push_back(nameOf(QApplication::focusWidget()));
+    }
+    std::vector<std::string> around = row.order;
+    around.push_back(row.order.front());
+    EXPECT_EQ(order, around);
+    QApplication::activeWindow()->close();
+    ASSERT_TRUE(waitUntil([&] { return program.window().isActiveWindow(); }));
+  }
+}
+
+}  // namespace
+}  // namespace tessary::test
