@@ -22,6 +22,7 @@ RecordWindowController::RecordWindowController(QWidget* parent, Preferences& pre
   connect(ui_->startBtn, &QPushButton::clicked, this, &RecordWindowController::startBtnClicked);
   connect(ui_->closeBtn, &QPushButton::clicked, this, &RecordWindowController::closeBtnClicked);
   connect(&timer, &QTimer::timeout, this, &RecordWindowController::timerTriggered);
+  connect(this, &QDialog::finished, &timer, &QTimer::stop);
   timer.setTimerType(Qt::PreciseTimer);
   windowDidLoad();
 }
@@ -69,11 +70,6 @@ void RecordWindowController::timerTriggered() {
       break;
     case RecordClock::Tick::LimitPassed: done(1); break;
   }
-}
-
-void RecordWindowController::done(int returnCode) {
-  timer.stop();
-  Dialog::done(returnCode);
 }
 
 }  // namespace tessary

@@ -40,8 +40,6 @@ class RecordWindowController final : public Dialog {
   /// What the recording tells its status to. It may outlive the sheet.
   std::shared_ptr<PreviewViewRecordDelegate> statusDelegate() const { return clock_; }
 
-  /// Ends the sheet and its clock.
-  void done(int returnCode) override;
   void reject() override { closeBtnClicked(); }
 
  private:
