@@ -51,7 +51,8 @@ bool AtomicFile::save(std::span<const uint8_t> bytes) {
   if (!isOpen() || !write(bytes)) return false;
   if (takeName()) return true;
   if (!partPath_.empty()) return false;
-  // Where /proc is not to be had, a nameless file stays nameless.
+  // Only a rename replaces a file, and it wants a name. And where /proc is not to be had, a
+  // nameless file stays nameless.
   error_ = 0;
   file_.close();
   return openPart() && write(bytes) && takeName();
@@ -71,20 +72,12 @@ bool AtomicFile::write(std::span<const uint8_t> bytes) {
 
 bool AtomicFile::takeName() {
   if (partPath_.empty()) {
-    if (calls_.link(file_.get(), path_) == 0) return file_.close() || fail(errno);
-    // Only a rename replaces a file, and it wants a name.
-    if (errno != EEXIST || !linkAsPart()) return fail(errno);
+    if (calls_.link(file_.get(), path_) != 0) return fail(errno);
+    return file_.close() || fail(errno);
   }
   if (!file_.close()) return fail(errno);
   if (::rename(partPath_.c_str(), path_.c_str()) != 0) return fail(errno);
   partPath_.clear();
-  return true;
-}
-
-bool AtomicFile::linkAsPart() {
-  const std::string part = hiddenPartPath(path_);
-  if (calls_.link(file_.get(), part) != 0) return false;
-  partPath_ = part;
   return true;
 }
 

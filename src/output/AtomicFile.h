@@ -38,7 +38,6 @@ class AtomicFile {
   bool openPart();
   bool write(std::span<const uint8_t> bytes);
   bool takeName();
-  bool linkAsPart();
   bool fail(int error);
 
   const std::string path_;

@@ -438,9 +438,11 @@ TEST_F(PreviewViewTest, AStillBetweenANewFrameSizeAndItsLayoutHasTheNewSize) {
   QuietFolder folder;
   preferences.url = folder.path();
   show({1280, 720});
+  view.changeScale(1);
   view.updateVideoFrame(frame({800, 600}));
   EXPECT_TRUE(view.saveImageFile("a.jpg"));
   EXPECT_EQ(compositor.composed.back(), (TextureSize{800, 600}));
+  EXPECT_EQ(failures.told(), 0) << "what lies over the picture is in it";
   view.updateVideoFrame(frame({320, 240}));
   EXPECT_TRUE(view.saveImageFile("b.jpg"));
   EXPECT_THAT(jpegEncoder.encoded, ElementsAre(TextureSize{800, 600}, TextureSize{320, 240}));
