@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 #include <libyuv.h>
+#include <malloc.h>
 
 #include "base/Log.h"
 
@@ -77,6 +78,12 @@ MovieEncoder::MovieEncoder(const MovieSettings& settings, const EffortLadder& la
       parameters_(takeAv(avcodec_parameters_alloc())),
       frame_(takeAv(av_frame_alloc())),
       meanInterval_(1e6 / settings.expectedSourceFrameRate) {}
+
+MovieEncoder::~MovieEncoder() {
+  context_.reset();
+  // An encoder is many pieces of all sizes, and the heap would keep their room, tens of megabytes.
+  malloc_trim(0);
+}
 
 AvHandle<AVCodecContext> MovieEncoder::open(std::string& error) const {
   const AVCodec* codec = findEncoder();

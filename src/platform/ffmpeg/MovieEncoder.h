@@ -31,6 +31,8 @@ class MovieEncoder {
   /// On failure null, and `error` tells why.
   static std::unique_ptr<MovieEncoder> make(const MovieSettings& settings,
                                             const EffortLadder& ladder, std::string& error);
+  /// Gives the encoder's memory back to the system.
+  ~MovieEncoder();
 
   /// The stream's format, valid for all that ever comes out.
   const AVCodecParameters& parameters() const { return *parameters_; }

@@ -1,6 +1,10 @@
+#include <fstream>
 #include <string>
+#include <thread>
 
 #include <gtest/gtest.h>
+#include <malloc.h>
+#include <unistd.h>
 
 #include "MovieFixture.h"
 #include "base/Log.h"
@@ -67,6 +71,41 @@ TEST_F(Encoder, AllEffortsOfALadderShareTheirStreamHeader) {
       }
       ladder.stepDown();
     }
+  }
+}
+
+/// Bytes of this process that are in memory.
+int64_t residentMemory() {
+  int64_t pages = 0;
+  std::ifstream("/proc/self/statm") >> pages >> pages;
+  return pages * sysconf(_SC_PAGESIZE);
+}
+
+TEST_F(Encoder, LeavesNoMemoryBehind) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "sanitizers keep what is freed";
+#endif
+  const TextureSize size{1920, 1080};
+  const auto pictures = specimen(size, 1);
+  const auto encodeSome = [&] {
+    std::string error;
+    const EffortLadder ladder(size.width, size.height, 30, 2);
+    const auto encoder =
+        MovieEncoder::make(settingsOf(size.width, size.height, 8'000'000), ladder, error);
+    ASSERT_TRUE(encoder) << error;
+    MovieEncoder::Packets packets;
+    for (int64_t i = 0; i < 4; ++i) {
+      ASSERT_TRUE(encoder->encode(*pictures[0], i * 33'333, packets, error)) << error;
+    }
+  };
+  // As the recording does, on a thread of its own.
+  const auto encodeElsewhere = [&] { std::jthread thread(encodeSome); };
+  encodeElsewhere();
+  malloc_trim(0);
+  const int64_t before = residentMemory();
+  for (int turn = 0; turn < 3; ++turn) {
+    encodeElsewhere();
+    EXPECT_LT(residentMemory() - before, 4'000'000) << "turn " << turn;
   }
 }
 
