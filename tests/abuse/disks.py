@@ -17,12 +17,13 @@ import time
 
 from trial import Trial, begun_movie, end, has_fuse, mirror, movies_in, start_recording
 
-from desk import Failure, key, screen, wait_for
+from desk import Failure, key, wait_for
 import movies
+from picture import Picture
 
 SIZE = (1280, 720)
 STANDSTILL = 3.0  # seconds: the two that a call may take, and what a busy machine takes besides
-APPEARING = 10    # seconds until a launch shows its window
+APPEARING = 30    # seconds until a launch shows its window, on a busy machine
 TELLING = 10      # seconds until the line is there
 GOING = 15        # seconds from closing to the end of the process
 SMALL = 300_000   # bytes; a second or two of a movie
@@ -97,13 +98,21 @@ class Hanging(Pulled):
         end(self.process)
 
 
+def looked_at(width, height, x, y):
+    """This part of the screen."""
+    done = subprocess.run(['import', '-silent', '-window', 'root', '-depth', '8',
+                           '-crop', f'{width}x{height}+{x}+{y}', '+repage', 'ppm:-'],
+                          check=True, stdout=subprocess.PIPE)
+    return Picture.from_ppm(done.stdout)
+
+
 class Watcher:
     """Looks at the picture's running number again and again, for how long it ever stood still."""
 
     def __init__(self, program):
         x, y = program.origin()
         # The lowest rows: above them the numbers lie below a text.
-        self.place = f'96x2+{x}+{y + SIZE[1] - 3}'
+        self.place = (96, 2, x, y + SIZE[1] - 3)
         self.longest, self.done = 0.0, threading.Event()
         self.thread = threading.Thread(target=self.watch)
         self.thread.start()
@@ -112,10 +121,9 @@ class Watcher:
         last = None
         while not self.done.is_set():
             begin = time.monotonic()
-            done = subprocess.run(['import', '-silent', '-window', 'root', '-crop', self.place, 'ppm:-'],
-                                  stdout=subprocess.PIPE, check=False)
-            if done.stdout != last:
-                last, seen = done.stdout, time.monotonic()
+            picture = looked_at(*self.place).pixels
+            if picture != last:
+                last, seen = picture, time.monotonic()
             self.longest = max(self.longest, begin - seen)  # what is sure: looking takes time too
 
     def end(self):
@@ -128,7 +136,7 @@ def line_shown(program):
     """Whether there is light text on a darkened ground at the left of the picture's upper half, beside any
     sheet: an upper edge as straight as nothing in the specimen, and light pixels below it."""
     x, y = program.origin()
-    place = screen().cut(x + 16, y + 5, 100, SIZE[1] // 2)
+    place = looked_at(100, SIZE[1] // 2, x + 16, y + 5)
     rows = [[min(place.at(x, y)) for x in range(place.width)] for y in range(place.height)]
     dark = [sum(value < 170 for value in row) for row in rows]
     for top in range(1, place.height - 20):

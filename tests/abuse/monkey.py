@@ -149,7 +149,10 @@ class Monkey:
             raise Failure(f'{failure}; beside it: {names}') from None
 
     def settle(self):
-        """Everything closed, and a picture and a window as they were at first: another size and back."""
+        """Everything closed and deleted, and a picture and a window as they were at first: another size
+        and back."""
+        self.close_all()
+        key('alt+e', 'Up', 'Return')  # the last item: Delete All
         self.close_all()
         for size, downs in (((640, 480), []), (SIZE, ['Down'])):
             key('ctrl+m')
