@@ -8,6 +8,7 @@
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
+#include <QtGui/QPainter>
 #include <gtest/gtest.h>
 
 #include "Program.h"
@@ -91,8 +92,13 @@ class Tools : public ::testing::Test {
     return isInk(120, 220) && !isInk(117, 220) && isInk(520, 220) && !isInk(523, 220) &&
            isInk(320, 240) && !isInk(320, 244);
   }
-  /// As it is on screen, down to where the texts and sliders of the status lie.
-  QImage picture() { return program.screenshot().copy(0, 0, 640, 440); }
+  /// As it is on screen, down to where the texts and sliders of the status lie, and without the
+  /// line at the top that says, rightly, that no pictures come.
+  QImage picture() {
+    QImage image = program.screenshot().copy(0, 0, 640, 440);
+    QPainter(&image).fillRect(0, 0, 640, 60, Qt::black);
+    return image;
+  }
   static bool isLineColour(const QImage& image, QPoint place) {
     return image.pixelColor(place) == QColor(0, 230, 230);
   }
