@@ -33,9 +33,14 @@ open_display() {
   export QT_QPA_PLATFORM=xcb
   openbox >/dev/null 2>&1 &
   started+=("$!")
-  # Windows that are mapped before the window manager is there end up anywhere.
+  # Windows that are mapped before the window manager is there end up anywhere. On a busy machine
+  # it has been seen to give up.
   for _ in $(seq 600); do
     xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id' && return
+    if ! kill -0 "${started[-1]}" 2>/dev/null; then
+      openbox >/dev/null 2>&1 &
+      started[-1]=$!
+    fi
     sleep 0.05
   done
   echo "openbox did not start" >&2

@@ -1,8 +1,10 @@
 #include "app/Application.h"
 
 #include <QtGui/QIcon>
+#include <QtGui/QPixmapCache>
 #include <QtGui/QSurfaceFormat>
 #include <QtWidgets/QApplication>
+#include <malloc.h>
 
 #include "app/AppDelegate.h"
 
@@ -11,13 +13,27 @@
 static void initResources() { Q_INIT_RESOURCE(tessary); }
 
 namespace tessary {
+namespace {
+
+/// Frames, and the encoder's pictures, are larger.
+constexpr int kLargeBlock = 512 * 1024;
+/// Kilobytes; the toolbar's icons at twice their size take half of it.
+constexpr int kScaledIcons = 1024;
+
+}  // namespace
 
 std::unique_ptr<QApplication> makeApplication(int& argc, char** argv, const std::string& name) {
+  // Large blocks get mappings of their own, which go back to the system with them. Left to itself
+  // the C library takes them from the heap once the first was let go, and the heap keeps their
+  // room.
+  mallopt(M_MMAP_THRESHOLD, kLargeBlock);
   QSurfaceFormat format;
   format.setVersion(3, 3);
   format.setProfile(QSurfaceFormat::CoreProfile);
   QSurfaceFormat::setDefaultFormat(format);
   auto application = std::make_unique<QApplication>(argc, argv);
+  // Every dialog that opens leaves its buttons' icons there, under new names each time.
+  QPixmapCache::setCacheLimit(kScaledIcons);
   initResources();
   QApplication::setApplicationName(QString::fromStdString(name));
   QApplication::setApplicationVersion(QStringLiteral(TESSARY_VERSION));

@@ -2,14 +2,28 @@
 
 #include <algorithm>
 
+#include <QtGui/QPixmapCache>
 #include <QtWidgets/QColorDialog>
 
 namespace tessary {
 namespace {
 
+constexpr QSize kSwatch(64, 16);
+
 QColor displayColor(const Color& color) {
   const auto clamped = [](double value) { return float(std::clamp(value, 0.0, 1.0)); };
   return QColor::fromRgbF(clamped(color.red), clamped(color.green), clamped(color.blue));
+}
+
+/// The same picture for the same colour: what the toolkit keeps of an icon it keeps once.
+QPixmap swatchOf(const QColor& color) {
+  const QString key = QStringLiteral("swatch ") + color.name();
+  QPixmap swatch;
+  if (QPixmapCache::find(key, &swatch)) return swatch;
+  swatch = QPixmap(kSwatch);
+  swatch.fill(color);
+  QPixmapCache::insert(key, swatch);
+  return swatch;
 }
 
 }  // namespace
@@ -20,11 +34,8 @@ ColorWell::ColorWell(QWidget* parent) : QPushButton(parent) {
 
 void ColorWell::setColor(const Color& color) {
   color_ = color;
-  const QSize size(64, 16);
-  QPixmap swatch(size);
-  swatch.fill(displayColor(color));
-  setIconSize(size);
-  setIcon(swatch);
+  setIconSize(kSwatch);
+  setIcon(swatchOf(displayColor(color)));
 }
 
 void ColorWell::chooseColor() {

@@ -18,7 +18,7 @@ void report(const std::string& path) {
   const std::string part = path + ".part";
   std::FILE* file = std::fopen(part.c_str(), "w");
   if (file == nullptr) return;
-  fmt::print(file, "{}\n", heap.uordblks + heap.hblkhd);
+  fmt::print(file, "{} {}\n", heap.uordblks, heap.hblkhd);
   std::fclose(file);
   std::rename(part.c_str(), path.c_str());  // so that it's never read half written
 }

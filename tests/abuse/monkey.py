@@ -177,7 +177,7 @@ class Monkey:
         process.send_signal(signal.SIGRTMIN)
         wait_for('the heap', lambda: os.path.exists(self.report), patience=10)
         with open(self.report, encoding='utf-8') as file:
-            heap = int(file.read())
+            heap = sum(map(int, file.read().split()))
         with open(proc('smaps_rollup'), encoding='utf-8') as file:
             resident, = [int(line.split()[1]) * 1024 for line in file if line.startswith('Rss:')]
         return heap, resident, len(os.listdir(proc('fd'))), len(os.listdir(proc('task')))
