@@ -355,6 +355,7 @@ class Day:
     def record(self):
         key('ctrl+r')
         self.program.dialog('Record')
+        started = time.monotonic()
         key('Return')
 
         def has_begun(path):
@@ -371,8 +372,9 @@ class Day:
         self.show('recording')
         key('Return')
         self.program.no_dialog('Record')
+        longest = time.monotonic() - started
         wait_for('the movie to be whole', lambda: self.is_whole(path))
-        self.check_movie(path)
+        self.check_movie(path, longest)
 
     @staticmethod
     def boxes(path):
@@ -394,7 +396,8 @@ class Day:
         names = [name for name, _ in self.boxes(path)]
         return b'moov' in names and b'moof' not in names
 
-    def check_movie(self, path):
+    def check_movie(self, path, longest):
+        """`longest` is the time in seconds that the recording can have taken."""
         kind, content = self.boxes(path)[0]
         check(kind == b'ftyp' and content[:4] == b'qt  ', f'it begins with {kind} {content}')
         done = subprocess.run(['ffprobe', '-v', 'error', '-of', 'json', '-count_frames',
@@ -407,7 +410,7 @@ class Day:
         seconds, frames = float(answer['format']['duration']), int(stream['nb_read_frames'])
         print(f'         movie: {seconds:.2f} s, {frames} frames', flush=True)
         # Frames are dropped where the machine can't encode them in time, and never shown late.
-        longest, fewest = (120, 0.2) if SLOW else (8, 12)
+        fewest = 0.2 if SLOW else 3
         check(4.5 < seconds < longest and fewest < frames / seconds < 31,
               f'{frames} frames in {seconds} s')
         frame = os.path.join(self.out, 'movie-frame.png')
