@@ -16,6 +16,8 @@ class RecordingFailures {
   static constexpr MediaTime kNoAnswer{2'000'000};
   /// So long without a loss, and frames are no longer lost.
   static constexpr MediaTime kQuiet{2'000'000};
+  /// While frames go on being lost the user is told again this often: a message goes by itself.
+  static constexpr MediaTime kAgain{5'000'000};
 
   RecordingFailures(Executor& mainQueue, FailureListener& listener) : post_(mainQueue, listener) {}
 
@@ -27,12 +29,16 @@ class RecordingFailures {
   void frameLost(MediaTime time);
 
  private:
+  /// With the mutex held; nothing within kAgain of the last time.
+  void tellAgain(MediaTime time);
+
   FailurePost post_;
 
-  std::mutex mutex_;  // guards all below
-  bool movieFailed_ = false;
-  bool silentTold_ = false;  // that the disk does not answer
+  std::mutex mutex_;          // guards all below
+  std::string movieFailure_;  // what was told of the movie's end; empty for nothing
+  bool silentTold_ = false;   // that the disk does not answer
   bool lossTold_ = false;
+  std::optional<MediaTime> toldAt_;
   std::optional<MediaTime> lastLost_;
   std::optional<MediaTime> losingSince_;  // the first frame lost since one was taken
 };

@@ -336,6 +336,28 @@ TEST_F(RecordingTest, AMovieThatCanNotBeWrittenIsToldOnce) {
   EXPECT_EQ(failures.told(), 1) << "and not that its frames are lost";
 }
 
+TEST_F(RecordingTest, WhatGoesOnIsToldAgain) {
+  constexpr int64_t kAgain = RecordingFailures::kAgain.count();
+  start();
+  script.takesFrames = false;
+  frame(0);
+  frame(kAgain - 1);
+  mainQueue.runAll();
+  const int before = failures.told();
+  EXPECT_THAT(failures.text(Failure::FramesLost), Not(IsEmpty()));
+  script.hasFailed = true;
+  script.error = "Nothing was recorded: the disk is full.";
+  frame(kAgain);
+  frame(2 * kAgain - 1);
+  mainQueue.runAll();
+  EXPECT_EQ(failures.told(), before + 1);
+  frame(2 * kAgain);
+  frame(2 * kAgain + 1);
+  mainQueue.runAll();
+  EXPECT_EQ(failures.told(), before + 2) << "a message goes after ten seconds, and this goes on";
+  EXPECT_THAT(failures.text(Failure::MovieNotSaved), HasSubstr("the disk is full"));
+}
+
 TEST_F(RecordingTest, AMovieThatCanNotBeFinishedIsTold) {
   start();
   frame(1);
