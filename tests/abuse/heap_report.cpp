@@ -1,6 +1,6 @@
 // Loaded into the program with LD_PRELOAD: at each SIGRTMIN the heap in use, in bytes, is written
-// to the file that TESSARY_HEAP_REPORT names: that in ordinary blocks, then that in large ones, which
-// have mappings of their own. Without the variable it does nothing.
+// to the file that TESSARY_HEAP_REPORT names: that in ordinary blocks, then that in large ones,
+// which have mappings of their own. Without the variable it does nothing.
 
 #include <csignal>
 #include <cstdio>

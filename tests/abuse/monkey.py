@@ -15,7 +15,9 @@ from trial import Trial, begun_movie, start_recording
 from desk import Failure, key, wait_for, xdotool
 
 SIZE = (1280, 720)
-HEAP = 2_000_000       # bytes in use that may come
+HEAP = 2_000_000       # bytes in use that may come in the second half of many events
+FIRST_USES = 6_000_000  # and in few: what is made once, when it is first wanted, is not all there then
+MANY = 1000
 RESIDENT = 20_000_000  # bytes
 TIDYING = 20           # events after which other windows are closed: some cover everything
 SETTLING = 60          # seconds until threads that are no longer needed have gone
@@ -108,6 +110,15 @@ class Monkey:
         else:
             event()
         self.done[event.__name__] = self.done.get(event.__name__, 0) + 1
+
+    def play(self, events):
+        """So many of them, and then everything closed."""
+        for i in range(events):
+            self.one()
+            if i % TIDYING == TIDYING - 1:
+                self.close_all()
+        self.settle()
+        self.still()
 
     # Before and after.
 
@@ -204,13 +215,11 @@ class Monkey:
 def press_everything(trial):
     monkey = Monkey(trial)
     monkey.warm_up()
+    many = trial.count >= MANY
+    if many:
+        monkey.play(trial.count // 2)
     before = monkey.measure()
-    for i in range(trial.count):
-        monkey.one()
-        if i % TIDYING == TIDYING - 1:
-            monkey.close_all()
-    monkey.settle()
-    monkey.still()
+    monkey.play(trial.count - trial.count // 2 if many else trial.count)
     # Threads end by themselves when they have not been needed for a while.
     try:
         wait_for('descriptors and threads', lambda: all(
@@ -219,7 +228,7 @@ def press_everything(trial):
         pass
     after = monkey.measure()
     grown = [now - then for now, then in zip(after, before)]
-    trial.expect(grown[0] <= HEAP, f'the heap has grown by {grown[0]} bytes')
+    trial.expect(grown[0] <= (HEAP if many else FIRST_USES), f'the heap has grown by {grown[0]} bytes')
     trial.expect(grown[1] <= RESIDENT, f'resident memory has grown by {grown[1]} bytes')
     trial.expect(grown[2] <= 0, f'{grown[2]} more descriptors')
     trial.expect(grown[3] <= 0, f'{grown[3]} more threads')
