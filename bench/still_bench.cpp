@@ -21,6 +21,8 @@
 #include <turbojpeg.h>
 #include <unistd.h>
 
+#include "FakeFailureListener.h"
+#include "ManualExecutor.h"
 #include "base/Number.h"
 #include "output/StillImage.h"
 #include "platform/jpeg/JpegImageEncoder.h"
@@ -29,19 +31,6 @@
 
 namespace tessary {
 namespace {
-
-/// A main queue that does not wait.
-class AtOnce final : public tessary::Executor {
- public:
-  void post(std::function<void()> work) override { work(); }
-};
-
-/// The log tells enough.
-class Nobody final : public tessary::FailureListener {
- public:
-  void failed(tessary::Failure, const std::string&) override {}
-  void recovered(tessary::Failure) override {}
-};
 
 constexpr TextureSize kSize{1920, 1080};
 constexpr int kWarmUp = 3;
@@ -146,9 +135,9 @@ void bench(const std::string& title, const PixelBuffer& picture, const std::stri
   TurboJpeg bare;
   JpegImageEncoder jpeg;
   PngImageEncoder png;
-  AtOnce mainQueue;
-  Nobody nobody;
-  StillImage still(jpeg, png, mainQueue, nobody);
+  test::ManualExecutor mainQueue;  // nobody reads what is told
+  test::FakeFailureListener failures;
+  StillImage still(jpeg, png, mainQueue, failures);
   const auto save = [&](const std::string& name, int32_t imagePNG) {
     if (!still.saveImageFile(folder, name, imagePNG, picture)) std::exit(1);
     return size_t(std::filesystem::file_size(std::filesystem::path(folder) / name));

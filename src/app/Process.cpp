@@ -17,7 +17,7 @@
 namespace tessary {
 namespace {
 
-/// A movie has ten seconds to be finished.
+/// A movie has eight seconds to be finished, and what else waits for a disk has some more.
 constexpr std::chrono::seconds kEndLimit{13};
 
 std::atomic<WakeUp*> s_asked{nullptr};

@@ -87,7 +87,7 @@ void PreviewWindowController::setupPreviewView() {
   calibration_ = std::make_unique<CalibrationFlow>(window_, *previewView, surroundings_.preferences,
                                                    surroundings_.clock);
   saving_ = std::make_unique<SavingFlow>(window_, *previewView, surroundings_.preferences,
-                                         surroundings_.clock, failures_);
+                                         surroundings_.clock);
   previewView->setCalibration(-1.0F, 0);
   previewView->setLocationDelegate(this);
   previewWidget_->setPreviewView(previewView.get());

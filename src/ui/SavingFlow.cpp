@@ -8,12 +8,8 @@
 namespace tessary {
 
 SavingFlow::SavingFlow(QWidget& window, PreviewView& previewView, Preferences& preferences,
-                       Clock& clock, FailureListener& failures)
-    : window_(window),
-      previewView_(previewView),
-      preferences_(preferences),
-      failures_(failures),
-      fileNames_(clock) {}
+                       Clock& clock)
+    : window_(window), previewView_(previewView), preferences_(preferences), fileNames_(clock) {}
 
 void SavingFlow::withFolder(std::function<void()> go) {
   if (preferences_.url) {

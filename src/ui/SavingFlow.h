@@ -6,7 +6,6 @@
 #include <QtCore/QObject>
 #include <QtCore/QPointer>
 
-#include "base/Failures.h"
 #include "output/FileNames.h"
 #include "settings/Preferences.h"
 #include "ui/FileSavedWindowController.h"
@@ -21,8 +20,7 @@ namespace tessary {
 class SavingFlow final : public QObject, private RecordWindowDelegate {
  public:
   /// All must outlive it; `window` carries the sheets.
-  SavingFlow(QWidget& window, PreviewView& previewView, Preferences& preferences, Clock& clock,
-             FailureListener& failures);
+  SavingFlow(QWidget& window, PreviewView& previewView, Preferences& preferences, Clock& clock);
 
   /// Saves a still, after asking for the folder if there is none.
   void getPathAndSaveImage();
@@ -42,7 +40,6 @@ class SavingFlow final : public QObject, private RecordWindowDelegate {
   QWidget& window_;
   PreviewView& previewView_;
   Preferences& preferences_;
-  FailureListener& failures_;
   FileNames fileNames_;
   QPointer<RecordWindowController> recordWindowController;        // while the sheet is up
   QPointer<FileSavedWindowController> fileSavedWindowController;  // kept after its first use

@@ -4,26 +4,11 @@
 
 #include <fmt/format.h>
 
+#include "FakeFailureListener.h"
+#include "ManualExecutor.h"
 #include "output/StillImage.h"
 #include "platform/jpeg/JpegImageEncoder.h"
 #include "platform/png/PngImageEncoder.h"
-
-namespace {
-
-/// A main queue that does not wait.
-class AtOnce final : public tessary::Executor {
- public:
-  void post(std::function<void()> work) override { work(); }
-};
-
-/// The log tells enough.
-class Nobody final : public tessary::FailureListener {
- public:
-  void failed(tessary::Failure, const std::string&) override {}
-  void recovered(tessary::Failure) override {}
-};
-
-}  // namespace
 
 int main(int argc, char** argv) {
   using namespace tessary;
@@ -34,9 +19,9 @@ int main(int argc, char** argv) {
   JpegImageEncoder jpeg;
   PngImageEncoder png;
   {
-    AtOnce mainQueue;
-    Nobody nobody;
-    StillImage still(jpeg, png, mainQueue, nobody);
+    test::ManualExecutor mainQueue;  // nobody reads what is told
+    test::FakeFailureListener failures;
+    StillImage still(jpeg, png, mainQueue, failures);
     still.saveImageFile(argv[1], "still.jpg", 0, picture);
     still.saveImageFile(argv[1], "still.png", 1, picture);
   }

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
+#include <span>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -13,6 +14,7 @@
 #include <unistd.h>
 
 #include "base/Log.h"
+#include "base/PartFiles.h"
 
 namespace tessary {
 namespace {
@@ -48,16 +50,6 @@ std::string behindLinks(const std::string& path) {
   for (int links = 0; links < kMostLinks && fs::is_symlink(file, error); ++links)
     file = file.parent_path() / fs::read_symlink(file, error);
   return file;
-}
-
-bool writeAll(int fd, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = ::write(fd, text.data(), text.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return false;
-    text.remove_prefix(size_t(written));
-  }
-  return true;
 }
 
 void sync(const std::string& path, const FileDescriptor& file,
@@ -151,23 +143,23 @@ SettingsFile::Answer SettingsFile::replaceNow(const std::string& path, const std
   const bool isThere = ::stat(place.c_str(), &status) == 0;
   if (isThere && !S_ISREG(status.st_mode)) return {std::nullopt, "it is no ordinary file", nullptr};
 
-  // One name a process: what a kill leaves behind is written over or at least stays alone.
-  const std::string part = fmt::format("{}.{}.part", place, ::getpid());
-  auto file = std::make_shared<FileDescriptor>(
-      ::open(part.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666));
+  removeAbandonedParts(fs::path(place).parent_path());
+  FileCalls& calls = FileCalls::system();
+  const std::string part = hiddenPartPath(place);
+  auto file = std::make_shared<FileDescriptor>(calls.openNew(part));
   if (!file->isOpen()) return failure(errno);
-  const auto giveUp = [&] {
-    const int error = errno;
-    ::unlink(part.c_str());
+  const auto giveUp = [&](int error) {
+    calls.unlink(part);
     return failure(error);
   };
-  if (isThere && ::fchmod(file->get(), status.st_mode & 07777) != 0) return giveUp();
-  if (!writeAll(file->get(), text)) return giveUp();
+  if (isThere && ::fchmod(file->get(), status.st_mode & 07777) != 0) return giveUp(errno);
+  const std::span bytes(reinterpret_cast<const uint8_t*>(text.data()), text.size());
+  if (const int error = writeWhole(calls, file->get(), bytes, 0)) return giveUp(error);
   // Starts the write-out without waiting for it. With the blocks handed to the disk before the new
   // name, a journalling file system does not bring back a name without its bytes after a power
   // failure. Where that is not to be had, nothing is lost by asking.
   ::sync_file_range(file->get(), 0, 0, SYNC_FILE_RANGE_WRITE);
-  if (::rename(part.c_str(), place.c_str()) != 0) return giveUp();
+  if (::rename(part.c_str(), place.c_str()) != 0) return giveUp(errno);
   return {std::string(), {}, std::move(file)};
 }
 

@@ -8,6 +8,7 @@
 
 #include <unistd.h>
 
+#include "base/FileCalls.h"
 #include "base/FileDescriptor.h"
 #include "base/SerialQueue.h"
 
@@ -24,7 +25,7 @@ class SettingsFile {
   /// What a test may change.
   struct Disk {
     /// How long a call waits, and how long while the last one was not answered.
-    std::chrono::milliseconds patience{2000};
+    std::chrono::milliseconds patience = kDiskAnswerLimit;
     std::chrono::milliseconds patienceAfterSilence{100};
     /// Called before each look at the disk, on the thread that looks; may take its time.
     std::function<void()> touch = [] {};

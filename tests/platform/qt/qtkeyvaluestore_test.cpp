@@ -72,6 +72,15 @@ TEST_F(QtKeyValueStoreTest, AKeyThatWasNeverStoredHasNoValueAndReadingMakesNoFil
   EXPECT_EQ(filesInFolder(), 0U);
 }
 
+TEST_F(QtKeyValueStoreTest, WhatAKilledRunLeftBehindGoesWithTheNextSave) {
+  write("half", ".settings.ini.999999999-0.part");
+  write("", "settings.ini.part");  // another program's
+  QtKeyValueStore store(path());
+  this->store(store, "a", "1");
+  EXPECT_FALSE(fs::exists(path(".settings.ini.999999999-0.part")));
+  EXPECT_EQ(filesInFolder(), 2U);
+}
+
 TEST_F(QtKeyValueStoreTest, ValuesComeBackAsTextInTheSameRunAndInTheNext) {
   std::string everyByte;
   for (int i = 0; i < 256; ++i) everyByte += char(i);
