@@ -1,10 +1,14 @@
-// Settings files as no program wrote them: random bytes, good files with damage, absurd values. The
-// real store reads each, and the preferences are filled from it: nothing crashes, every value is in
-// its range, memory stays where it is, and what the program then writes comes back as it is.
+// Settings as no program wrote them: random bytes, good files with damage, absurd values. The
+// preferences are filled from each: nothing crashes, every value is in its range, memory stays
+// where it is, and what the program then writes comes back as it is. One in fifty is a file that
+// the real store reads and replaces; the others lie in memory, since what files cost is not on
+// trial here.
 
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <memory>
 #include <random>
 #include <string>
 #include <vector>
@@ -14,6 +18,7 @@
 
 #include "Trial.h"
 #include "base/Log.h"
+#include "platform/qt/IniText.h"
 #include "platform/qt/QtKeyValueStore.h"
 #include "settings/PathGrants.h"
 #include "settings/Preferences.h"
@@ -33,7 +38,7 @@ constexpr const char* kKeys[] = {"gridColor", "lineColor",   "textColor",   "tex
                                  "width",     "height",      "imagePath",   "General",
                                  "%",         "calibration", "calibrations"};
 
-/// In memory, where there is such a folder: a hundred thousand files are no work for a disk.
+/// In memory, where there is such a folder.
 std::filesystem::path temporaryFolder() {
   std::error_code none;
   const std::filesystem::path memory = "/dev/shm";
@@ -161,6 +166,22 @@ class Junk {
   std::mt19937_64 random_;
 };
 
+/// Settings that lie in a text, read and written as those in a file are.
+class TextStore final : public KeyValueStore {
+ public:
+  explicit TextStore(std::string& text) : text_(text), ini_(text) {}
+
+  std::optional<Value> value(const std::string& key) override { return ini_.value(key); }
+  void store(std::span<const Entry> entries) override {
+    for (const auto& [key, value] : entries) ini_.setValue(key, textOf(value));
+    text_ = ini_.text();
+  }
+
+ private:
+  std::string& text_;
+  IniText ini_;
+};
+
 /// What is wrong with these settings, or nothing.
 std::string complaint(const Preferences& preferences) {
   if (preferences.textSize < 12 || preferences.textSize > 48) return "text size";
@@ -185,9 +206,16 @@ int run(const Trial& trial) {
   std::filesystem::create_directory(folder);
   const std::string path = folder / "settings.ini";
   const PathGrants grants;
+  std::string text;
+  bool inFile = true;
   const auto load = [&](const std::function<void(Preferences&)>& use) {
-    QtKeyValueStore store(path);
-    UserDefaults defaults(store);
+    std::unique_ptr<KeyValueStore> store;
+    if (inFile) {
+      store = std::make_unique<QtKeyValueStore>(path);
+    } else {
+      store = std::make_unique<TextStore>(text);
+    }
+    UserDefaults defaults(*store);
     Preferences::registerDefaults(defaults);
     Preferences preferences(defaults, grants);
     use(preferences);
@@ -212,9 +240,10 @@ int run(const Trial& trial) {
   int64_t memory = 0;
   for (int64_t i = 0; i < trial.count() && failures < 10; ++i) {
     if (i == 100) memory = peakMemory();  // once everything has been in use
-    const std::string text = junk.file(good);
+    text = junk.file(good);
     bytes += int64_t(text.size());
-    std::ofstream(path, std::ios::trunc | std::ios::binary) << text;
+    inFile = i % 50 == 0;
+    if (inFile) std::ofstream(path, std::ios::trunc | std::ios::binary) << text;
     load([&](Preferences& preferences) {
       expect(i, complaint(preferences));
       if (i % 10 != 0) return;
