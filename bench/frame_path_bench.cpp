@@ -18,8 +18,8 @@
 #include <turbojpeg.h>
 
 #include "base/FourCharCode.h"
-#include "platform/jpeg/JpegFrameDecoder.h"
-#include "platform/simulated/FrameLoop.h"
+#include "jpeg/JpegFrameDecoder.h"
+#include "simulated/FrameLoop.h"
 
 namespace tessary {
 namespace {

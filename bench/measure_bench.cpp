@@ -16,7 +16,7 @@
 #include "measure/MouseInteraction.h"
 #include "measure/OverlayRedraw.h"
 #include "measure/ShapeList.h"
-#include "platform/qt/QtTextRasterizer.h"
+#include "qt/QtTextRasterizer.h"
 #include "settings/Preferences.h"
 
 namespace tessary {

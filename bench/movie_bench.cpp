@@ -1,6 +1,7 @@
 // What recording costs, on frames of the simulated microscope (they have a camera's grain).
 //   movie_bench efforts                          every effort of the encoder at every size: the
-//                                                numbers that src/platform/ffmpeg/EncoderEffort.cpp
+//                                                numbers that
+//                                                src/adapters/ffmpeg/ffmpeg/EncoderEffort.cpp
 //                                                chooses by
 //   movie_bench record WIDTH HEIGHT SECONDS MOVIE FRAMES
 //                                                records MOVIE in real time, having written one
@@ -20,9 +21,9 @@
 #include <fmt/core.h>
 #include <sys/resource.h>
 
-#include "platform/ffmpeg/FfmpegAssetWriter.h"
-#include "platform/ffmpeg/MovieEncoder.h"
-#include "platform/simulated/SimulatedScene.h"
+#include "ffmpeg/FfmpegAssetWriter.h"
+#include "ffmpeg/MovieEncoder.h"
+#include "simulated/SimulatedScene.h"
 
 namespace {
 

@@ -24,10 +24,10 @@
 #include "FakeFailureListener.h"
 #include "ManualExecutor.h"
 #include "base/Number.h"
+#include "jpeg/JpegImageEncoder.h"
 #include "output/StillImage.h"
-#include "platform/jpeg/JpegImageEncoder.h"
-#include "platform/png/PngImageEncoder.h"
-#include "platform/simulated/SimulatedScene.h"
+#include "png/PngImageEncoder.h"
+#include "simulated/SimulatedScene.h"
 
 namespace tessary {
 namespace {

@@ -23,9 +23,9 @@
 #include "base/FourCharCode.h"
 #include "base/Log.h"
 #include "base/Number.h"
-#include "platform/qt/QtKeyValueStore.h"
-#include "platform/simulated/SimulatedCaptureSystem.h"
+#include "qt/QtKeyValueStore.h"
 #include "settings/Preferences.h"
+#include "simulated/SimulatedCaptureSystem.h"
 #include "ui/PreviewWindowController.h"
 
 namespace tessary {

@@ -16,10 +16,10 @@
 
 #include <fmt/format.h>
 
+#include "HeadlessContext.h"
 #include "base/Number.h"
-#include "platform/opengl/GlCompositor.h"
-#include "platform/opengl/GlObject.h"
-#include "platform/opengl/HeadlessContext.h"
+#include "opengl/GlCompositor.h"
+#include "opengl/GlObject.h"
 
 namespace tessary {
 namespace {

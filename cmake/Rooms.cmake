@@ -1,54 +1,37 @@
-# A room is one folder below src/, built as one library that sees only the rooms it links: each room
-# gets an include root of its own that holds nothing but a link to its folder, so that including a
-# room which is not linked fails to build.
+# A room is one folder below src/ (an adapter: below src/adapters/), built as one library that sees
+# only the rooms it links. src/<room>/ is its include root, and its files lie one folder deeper, in
+# src/<room>/<room>/: so "<room>/File.h" is found by those who link the room, and by nobody else.
 #
-#   tessary_room(<folder> [NAME name] [LINKS target...] [PRIVATE_LINKS target...])
+#   tessary_room(<name> [SOURCES file...] [LINKS target...] [PRIVATE_LINKS target...])
 #
-# <folder> is relative to src/. The target is tessary_<name>, name being the folder with / as _.
-# A folder that holds no .cpp becomes an interface library.
-function(tessary_room folder)
-  cmake_parse_arguments(ROOM "" "NAME" "LINKS;PRIVATE_LINKS;EXCLUDE" ${ARGN})
-  if(NOT ROOM_NAME)
-    string(REPLACE "/" "_" ROOM_NAME ${folder})
-  endif()
-  set(target tessary_${ROOM_NAME})
-  set(dir ${CMAKE_SOURCE_DIR}/src/${folder})
-
-  set(root ${CMAKE_BINARY_DIR}/rooms/${ROOM_NAME})
-  get_filename_component(parent ${root}/${folder} DIRECTORY)
-  file(MAKE_DIRECTORY ${parent})
-  file(CREATE_LINK ${dir} ${root}/${folder} SYMBOLIC)
-
-  file(GLOB sources CONFIGURE_DEPENDS ${dir}/*.cpp)
-  list(REMOVE_ITEM sources ${ROOM_EXCLUDE})
-  if(sources)
-    add_library(${target} STATIC ${sources})
-    target_include_directories(${target} PUBLIC ${root})
+# For the CMakeLists.txt of the include root. SOURCES lie in the folder <name>; without any, the room
+# is made of headers alone. LINKS are what its headers include, PRIVATE_LINKS what only its sources do.
+# The target is tessary_<name>.
+function(tessary_room name)
+  cmake_parse_arguments(PARSE_ARGV 1 ROOM "" "" "SOURCES;LINKS;PRIVATE_LINKS")
+  set(target tessary_${name})
+  if(ROOM_SOURCES)
+    list(TRANSFORM ROOM_SOURCES PREPEND ${name}/)
+    add_library(${target} STATIC ${ROOM_SOURCES})
+    target_include_directories(${target} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
     target_link_libraries(${target} PUBLIC ${ROOM_LINKS} PRIVATE tessary_options ${ROOM_PRIVATE_LINKS})
   else()
     add_library(${target} INTERFACE)
-    target_include_directories(${target} INTERFACE ${root})
+    target_include_directories(${target} INTERFACE ${CMAKE_CURRENT_SOURCE_DIR})
     target_link_libraries(${target} INTERFACE ${ROOM_LINKS})
   endif()
 endfunction()
 
-# One test program a room: tests/<folder>/*_test.cpp, every test listed by CTest.
-#   tessary_test(<folder> LINKS target... [LABELS label...])
-function(tessary_test folder)
-  cmake_parse_arguments(ARG "" "" "LINKS;LABELS;ENVIRONMENT" ${ARGN})
-  string(REPLACE "/" "_" name ${folder})
+# A room's test program, for the CMakeLists.txt beside its SOURCES; every test is listed by CTest.
+#   tessary_test(<name> SOURCES file... LINKS target... [ENVIRONMENT NAME=VALUE...])
+# The target is <name>_test.
+function(tessary_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LINKS;ENVIRONMENT")
   set(target ${name}_test)
-  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/${folder}/*.cpp)
-  if(NOT sources)
-    return()
-  endif()
-  add_executable(${target} ${sources})
+  add_executable(${target} ${ARG_SOURCES})
   target_link_libraries(${target} PRIVATE ${ARG_LINKS} tessary_test_support tessary_options
     GTest::gmock_main)
   set(properties TIMEOUT 120)
-  if(ARG_LABELS)
-    list(APPEND properties LABELS ${ARG_LABELS})
-  endif()
   if(ARG_ENVIRONMENT)
     list(APPEND properties ENVIRONMENT "${ARG_ENVIRONMENT}")
   endif()

@@ -1,5 +1,4 @@
-# One interface target that every target of this project links: warnings, sanitizers, and the
-# code generation that the overlay's arithmetic relies on.
+# One interface target that every target of this project links: warnings and sanitizers.
 add_library(tessary_options INTERFACE)
 target_compile_options(tessary_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion
   -Wno-sign-conversion -Wnon-virtual-dtor -Woverloaded-virtual -Wimplicit-fallthrough
@@ -7,9 +6,6 @@ target_compile_options(tessary_options INTERFACE -Wall -Wextra -Wpedantic -Wshad
 if(TESSARY_WERROR)
   target_compile_options(tessary_options INTERFACE -Werror)
 endif()
-# Vertex positions and labels are exact to the last bit: no fused multiply-add, and no straight-line
-# vectoriser, which in g++ 12 drops a narrowing to float when it packs an x and a y.
-target_compile_options(tessary_options INTERFACE -ffp-contract=off -fno-tree-slp-vectorize)
 if(TESSARY_SANITIZE)
   target_compile_options(tessary_options INTERFACE -fsanitize=${TESSARY_SANITIZE}
     -fno-omit-frame-pointer)
@@ -22,3 +18,10 @@ if(TESSARY_SANITIZE)
     target_compile_options(tessary_options INTERFACE -Wno-tsan)
   endif()
 endif()
+
+# For the rooms whose arithmetic is exact to the last bit, as vertex positions and labels are: no fused
+# multiply-add, and no straight-line vectoriser, which in g++ 12 drops a narrowing to float when it
+# packs an x and a y. Whoever links such a room, and so compiles what stands in its headers, gets it too.
+add_library(tessary_exact_arithmetic INTERFACE)
+target_compile_options(tessary_exact_arithmetic INTERFACE -ffp-contract=off
+  -fno-tree-slp-vectorize)

@@ -17,7 +17,7 @@
 #include "base/FourCharCode.h"
 #include "base/Log.h"
 #include "capture/CaptureController.h"
-#include "platform/linux/V4l2CaptureSystem.h"
+#include "linux/V4l2CaptureSystem.h"
 #include "settings/PathGrants.h"
 
 namespace tessary {

@@ -18,8 +18,8 @@
 
 #include "Trial.h"
 #include "base/Log.h"
-#include "platform/qt/IniText.h"
-#include "platform/qt/QtKeyValueStore.h"
+#include "qt/IniText.h"
+#include "qt/QtKeyValueStore.h"
 #include "settings/PathGrants.h"
 #include "settings/Preferences.h"
 #include "settings/UserDefaults.h"

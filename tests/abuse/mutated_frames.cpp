@@ -13,8 +13,8 @@
 #include "JpegFrames.h"
 #include "Trial.h"
 #include "base/FourCharCode.h"
-#include "platform/jpeg/JpegFrameDecoder.h"
-#include "platform/yuv/YuvFrameDecoder.h"
+#include "jpeg/JpegFrameDecoder.h"
+#include "yuv/YuvFrameDecoder.h"
 
 namespace tessary {
 namespace {

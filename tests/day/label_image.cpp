@@ -7,7 +7,7 @@
 #include <fmt/format.h>
 
 #include "base/Number.h"
-#include "platform/qt/QtTextRasterizer.h"
+#include "qt/QtTextRasterizer.h"
 
 // Draws each line of its input as the program draws a label, and writes one line of JSON for each:
 // the size of its ink, and every lit pixel as [column, row, red, green, blue], column and row

@@ -15,7 +15,7 @@
 
 #include <fmt/core.h>
 
-#include "platform/ffmpeg/FfmpegAssetWriter.h"
+#include "ffmpeg/FfmpegAssetWriter.h"
 
 namespace {
 

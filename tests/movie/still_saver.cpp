@@ -6,9 +6,9 @@
 
 #include "FakeFailureListener.h"
 #include "ManualExecutor.h"
+#include "jpeg/JpegImageEncoder.h"
 #include "output/StillImage.h"
-#include "platform/jpeg/JpegImageEncoder.h"
-#include "platform/png/PngImageEncoder.h"
+#include "png/PngImageEncoder.h"
 
 int main(int argc, char** argv) {
   using namespace tessary;

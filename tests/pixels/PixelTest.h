@@ -8,13 +8,13 @@
 
 #include "FakeFailureListener.h"
 #include "FakeViewHost.h"
+#include "HeadlessContext.h"
 #include "LogCapture.h"
 #include "ManualExecutor.h"
 #include "MemoryKeyValueStore.h"
 #include "Picture.h"
-#include "platform/opengl/GlCompositor.h"
-#include "platform/opengl/HeadlessContext.h"
-#include "platform/qt/QtTextRasterizer.h"
+#include "opengl/GlCompositor.h"
+#include "qt/QtTextRasterizer.h"
 #include "settings/PathGrants.h"
 #include "view/PreviewView.h"
 

@@ -15,7 +15,7 @@
 #include "MemoryKeyValueStore.h"
 #include "app/AppDelegate.h"
 #include "app/Application.h"
-#include "platform/simulated/SimulatedCaptureSystem.h"
+#include "simulated/SimulatedCaptureSystem.h"
 #include "ui/CalibrationHelpWindowController.h"
 #include "ui/OptionsWindowController.h"
 #include "ui/PreviewWindowController.h"

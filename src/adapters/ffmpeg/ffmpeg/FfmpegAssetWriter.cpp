@@ -1,0 +1,175 @@
+#include "ffmpeg/FfmpegAssetWriter.h"
+
+#include <csignal>
+#include <exception>
+#include <filesystem>
+#include <utility>
+
+#include <fmt/format.h>
+#include <pthread.h>
+
+#include "ffmpeg/MovieEncoder.h"
+#include "ffmpeg/MovieFile.h"
+#include "ffmpeg/MovieRecorder.h"
+
+namespace tessary {
+namespace {
+
+void prepareThisThread() {
+  // A file that has reached the limit of file sizes is a failed write, not the program's end.
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGXFSZ);
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
+}  // namespace
+
+FfmpegAssetWriter::FfmpegAssetWriter(std::string path)
+    : FfmpegAssetWriter(std::move(path), FileCalls::system()) {}
+
+FfmpegAssetWriter::FfmpegAssetWriter(std::string path, FileCalls& calls,
+                                     std::chrono::milliseconds endLimit)
+    : path_(std::move(path)), calls_(calls), endLimit_(endLimit) {}
+
+FfmpegAssetWriter::~FfmpegAssetWriter() {
+  if (!queue_) return;
+  if (!finishing_) endsBy_ = std::chrono::steady_clock::now() + endLimit_;
+  if (recorder_) recorder_->stop({});
+  // The completion handler may destroy the writer that it runs for; its thread then has nothing of
+  // the writer's left to use.
+  if (queue_->isThisThread()) return;
+  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+      endsBy_ - std::chrono::steady_clock::now());
+  const bool ended = queue_->call(left, [] { return true; }).has_value();
+  // A completion that is being called goes by itself; it must not outlive the writer.
+  if (!ended && (!recorder_ || !recorder_->forgetCompletion())) queue_->drain();
+}
+
+bool FfmpegAssetWriter::canApplyOutputSettings(const MovieSettings& settings) const {
+  return refuse(MovieEncoder::refusal(settings));
+}
+
+bool FfmpegAssetWriter::startWriting(const MovieSettings& settings) {
+  if (recorder_ || finishing_) return refuse("The writer has been started before.");
+  std::string reason;
+  if (open(settings, reason)) return refuse({});
+  const std::lock_guard lock(mutex_);
+  failure_ = std::move(reason);
+  return false;
+}
+
+bool FfmpegAssetWriter::open(const MovieSettings& settings, std::string& reason) try {
+  const EffortLadder ladder(settings.width, settings.height, settings.expectedSourceFrameRate,
+                            std::thread::hardware_concurrency());
+  auto encoder = MovieEncoder::make(settings, ladder, reason);
+  if (!encoder) return false;
+  auto recorder = std::make_shared<MovieRecorder>(std::move(encoder),
+                                                  std::make_unique<MovieFile>(path_, calls_));
+  startThread([recorder]() mutable {
+    const auto completed = recorder->run();
+    recorder.reset();
+    if (completed) completed();
+  });
+  settings_ = settings;
+  const std::lock_guard lock(mutex_);
+  recorder_ = std::move(recorder);
+  return true;
+} catch (const MovieMuxer::Error& error) {
+  reason = error.text;
+  return false;
+} catch (const std::exception& error) {
+  reason = fmt::format("The movie can't be made: {}.", error.what());
+  return false;
+}
+
+void FfmpegAssetWriter::startThread(std::function<void()> work) {
+  queue_ = std::make_unique<SerialQueue>("movie writer", std::chrono::milliseconds(0));
+  queue_->post([work = std::move(work)] {
+    prepareThisThread();
+    work();
+  });
+}
+
+void FfmpegAssetWriter::startSessionAtSourceTime(MediaTime time) {
+  if (!sessionStart_) sessionStart_ = time;
+}
+
+bool FfmpegAssetWriter::isReadyForMoreMediaData() const {
+  return recorder_ && sessionStart_ && !finishing_ && recorder_->hasRoom();
+}
+
+bool FfmpegAssetWriter::appendSampleBuffer(const SampleBuffer& frame) {
+  if (!refuse(refusalOf(frame))) return false;
+  const MediaTime time = frame.presentationTimeStamp;
+  if (!recorder_->push(frame.imageBuffer, (time - *sessionStart_).count()))
+    return recorder_->error().empty() && refuse("The encoder has not kept up.");
+  lastTime_ = time;
+  return true;
+}
+
+std::string FfmpegAssetWriter::refusalOf(const SampleBuffer& frame) const {
+  const MediaTime time = frame.presentationTimeStamp;
+  if (!recorder_) return "Writing has not begun.";
+  if (finishing_) return "The movie is being finished.";
+  if (!sessionStart_) return "The movie's timeline has not begun.";
+  if (!frame.imageBuffer) return "A frame without a picture.";
+  const auto [width, height] = frame.imageBuffer->size();
+  if (width != settings_.width || height != settings_.height)
+    return fmt::format("A frame of {} by {} does not fit into a movie of {} by {}.", width, height,
+                       settings_.width, settings_.height);
+  if (time < *sessionStart_) return "A frame from before the movie's timeline.";
+  if (lastTime_ && time <= *lastTime_)
+    return fmt::format(
+        "A frame's time stamp ({} microseconds) does not follow the one before it ({}).",
+        time.count(), lastTime_->count());
+  return {};
+}
+
+void FfmpegAssetWriter::finishWritingWithCompletionHandler(std::function<void()> completed) {
+  if (finishing_) return;
+  finishing_ = true;
+  endsBy_ = std::chrono::steady_clock::now() + endLimit_;
+  refuse({});
+  if (recorder_)
+    recorder_->stop(std::move(completed));
+  else if (completed)
+    startThread(std::move(completed));
+}
+
+bool FfmpegAssetWriter::hasFailed() const {
+  const std::lock_guard lock(mutex_);
+  return !failure_.empty() || (recorder_ && !recorder_->error().empty());
+}
+
+std::string FfmpegAssetWriter::error() const {
+  const std::lock_guard lock(mutex_);
+  if (!failure_.empty()) return failure_;
+  std::string failure = recorder_ ? recorder_->error() : std::string();
+  return failure.empty() ? refusal_ : failure;
+}
+
+int64_t FfmpegAssetWriter::framesWritten() const {
+  const std::lock_guard lock(mutex_);
+  return recorder_ ? recorder_->framesWritten() : 0;
+}
+
+/// Keeps why something was refused, and says whether nothing was.
+bool FfmpegAssetWriter::refuse(std::string reason) const {
+  const std::lock_guard lock(mutex_);
+  refusal_ = std::move(reason);
+  return refusal_.empty();
+}
+
+AssetWriterFactory makeFfmpegAssetWriterFactory() {
+  return [](const std::string& path, std::string& error) -> std::unique_ptr<AssetWriter> {
+    error.clear();
+    if (!std::filesystem::path(path).is_absolute()) {
+      error = fmt::format("\"{}\" is not the whole path of a movie.", path);
+      return nullptr;
+    }
+    return std::make_unique<FfmpegAssetWriter>(path);
+  };
+}
+
+}  // namespace tessary

@@ -1,0 +1,87 @@
+#include "simulated/FrameLoop.h"
+
+#include <algorithm>
+
+#include <libyuv.h>
+#include <turbojpeg.h>
+
+#include "base/FourCharCode.h"
+
+namespace tessary {
+namespace {
+
+constexpr int kQuality = 85;
+constexpr size_t kLongestLoop = 48;
+constexpr size_t kRawBytesKept = 64'000'000;  // so that uncompressed frames don't fill the memory
+
+size_t rawBytes(const CaptureFormat& format) {
+  return size_t(format.width) * 2 * size_t(format.height);
+}
+
+size_t loopLength(const CaptureFormat& format) {
+  if (format.mediaSubType == kMediaSubTypeMJPEG) return kLongestLoop;
+  return std::clamp<size_t>(kRawBytesKept / rawBytes(format), 8, kLongestLoop);
+}
+
+struct DestroyCompressor {
+  void operator()(void* handle) const { tjDestroy(handle); }
+};
+
+struct FreeBytes {
+  void operator()(uint8_t* bytes) const { tjFree(bytes); }
+};
+
+}  // namespace
+
+struct FrameLoop::Studio {
+  explicit Studio(const CaptureFormat& format, size_t frameCount)
+      : scene({format.width, format.height}, frameCount),
+        picture({format.width, format.height}),
+        compressor(tjInitCompress()) {}
+
+  SimulatedScene scene;
+  PixelBuffer picture;
+  std::unique_ptr<void, DestroyCompressor> compressor;
+};
+
+FrameLoop::FrameLoop(const CaptureFormat& format)
+    : format_(format), frames_(loopLength(format)), missing_(frames_.size()) {}
+
+FrameLoop::~FrameLoop() = default;
+
+size_t FrameLoop::bytesPerRow() const {
+  return format_.mediaSubType == kMediaSubTypeMJPEG ? 0 : size_t(format_.width) * 2;
+}
+
+std::span<const uint8_t> FrameLoop::frame(size_t index) {
+  index %= frames_.size();
+  std::vector<uint8_t>& bytes = frames_[index];
+  if (bytes.empty()) {
+    if (!studio_) studio_ = std::make_unique<Studio>(format_, frames_.size());
+    bytes = encoded(index);
+    if (!bytes.empty() && --missing_ == 0) studio_.reset();
+  }
+  return bytes;
+}
+
+std::vector<uint8_t> FrameLoop::encoded(size_t index) {
+  PixelBuffer& picture = studio_->picture;
+  studio_->scene.draw(index, picture);
+  const int stride = int(picture.bytesPerRow());
+  if (format_.mediaSubType != kMediaSubTypeMJPEG) {
+    std::vector<uint8_t> bytes(rawBytes(format_));
+    libyuv::ARGBToYUY2(picture.data(), stride, bytes.data(), int(bytesPerRow()), format_.width,
+                       format_.height);
+    return bytes;
+  }
+  uint8_t* compressed = nullptr;
+  unsigned long size = 0;
+  const int result =
+      tjCompress2(studio_->compressor.get(), picture.data(), format_.width, stride, format_.height,
+                  TJPF_BGRX, &compressed, &size, TJSAMP_422, kQuality, 0);
+  const std::unique_ptr<uint8_t, FreeBytes> owned(compressed);
+  if (result != 0) return {};
+  return {compressed, compressed + size};
+}
+
+}  // namespace tessary

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <string>
+
+#include "base/Executor.h"
+#include "platform/CaptureSystem.h"
+#include "platform/FrameDecoder.h"
+#include "simulated/SimulatedMicroscope.h"
+
+namespace tessary {
+
+/// A machine with one simulated microscope, plugged in at first. Main thread.
+class SimulatedCaptureSystem final : public CaptureSystem {
+ public:
+  /// Hot-plug handlers are posted to `mainQueue`; `makeDecoder` serves the streams.
+  SimulatedCaptureSystem(Executor& mainQueue, FrameDecoderFactory makeDecoder);
+  ~SimulatedCaptureSystem() override;
+
+  std::vector<std::shared_ptr<CaptureDevice>> devices() override;
+  std::shared_ptr<CaptureDevice> deviceWithUniqueID(const std::string& uniqueID) override;
+  std::unique_ptr<CaptureDeviceInput> makeDeviceInput(const std::shared_ptr<CaptureDevice>& device,
+                                                      std::string& error) override;
+  void setHotPlugHandlers(std::function<void()> deviceWasConnected,
+                          std::function<void()> deviceWasDisconnected) override;
+
+  /// Plugging in makes a new device object with the same uniqueID. Twice the same does nothing. The
+  /// list follows when it is told; while nobody is told of it, at once.
+  void plug();
+  void unplug();
+
+  // Faults of the microscope that is plugged in; nothing without one.
+  /// The next `frames` frames arrive cut off in the middle.
+  void damageNext(int frames);
+  /// No frame comes for `time` from now.
+  void freeze(std::chrono::milliseconds time);
+  /// The next opening fails with `reason`.
+  void failNextOpen(std::string reason) { openFailure_ = std::move(reason); }
+  /// Frames of the plugged microscope that did not decode.
+  uint64_t droppedFrames() const;
+
+ private:
+  /// What the program sees.
+  struct Seen {
+    std::shared_ptr<SimulatedMicroscope> microscope;  // null without one
+    std::function<void()> deviceWasConnected;
+    std::function<void()> deviceWasDisconnected;
+  };
+  /// Lists what is plugged in now and tells of it.
+  void tell();
+
+  Executor& mainQueue_;
+  const FrameDecoderFactory makeDecoder_;
+  std::shared_ptr<SimulatedMicroscope> plugged_;  // null while unplugged
+  std::string openFailure_;
+  // Shared with what is posted, which may run after this object's end.
+  const std::shared_ptr<Seen> seen_ = std::make_shared<Seen>();
+};
+
+}  // namespace tessary

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <stop_token>
+
+#include "platform/CaptureSystem.h"
+#include "simulated/FrameLoop.h"
+
+namespace tessary {
+
+/// A microscope that is not there: it counts as a real one by its numbers, and offers 'dmb1' and
+/// 'yuvs' at 640x480, 1280x720 and 1920x1080 with 5 to 30 frames a second. What a stream needs of
+/// it may be called on any thread.
+class SimulatedMicroscope final : public CaptureDevice {
+ public:
+  using TimePoint = std::chrono::steady_clock::time_point;
+
+  /// What is in force. Every unlocking makes a new revision, also one that changes nothing.
+  struct Setting {
+    CaptureFormat format;
+    Fraction frameDuration;
+    uint64_t revision = 0;
+  };
+
+  SimulatedMicroscope();
+
+  std::string modelID() const override;
+  std::string uniqueID() const override;
+  std::string localizedName() const override;
+  std::string manufacturer() const override;
+  uint32_t transportType() const override;
+  bool hasVideo() const override { return true; }
+  const std::vector<CaptureFormat>& formats() const override { return formats_; }
+  bool lockForConfiguration() override;
+  void unlockForConfiguration() override;
+  /// A format that is not among formats() is ignored.
+  void setActiveFormat(const CaptureFormat& format) override;
+  /// The format set last, also before unlocking puts it into force.
+  CaptureFormat activeFormat() const override;
+  void setActiveVideoMinFrameDuration(Fraction duration) override;
+
+  // For the stream.
+  Setting setting() const;
+  bool isConnected() const;
+  /// Returns at `deadline`, or earlier when `stop` is requested, the microscope is unplugged, or
+  /// `revision` is no longer in force.
+  void wait(const std::stop_token& stop, uint64_t revision, TimePoint deadline);
+  /// The frames of `format`: those that the last stream left, or new ones.
+  std::unique_ptr<FrameLoop> takeFrames(const CaptureFormat& format);
+  void keepFrames(std::unique_ptr<FrameLoop> frames);
+  /// Whether the next frame is to be spoilt.
+  bool takeDamage();
+  bool isFrozen(TimePoint now) const;
+  void countDroppedFrame();
+
+  // Events, and faults on request.
+  void disconnect();
+  void damageNext(int frames);
+  void freeze(std::chrono::milliseconds time);
+  /// Frames that did not decode, over all streams.
+  uint64_t droppedFrames() const;
+
+ private:
+  const std::vector<CaptureFormat> formats_;
+  mutable std::mutex mutex_;  // guards all below
+  std::condition_variable_any changed_;
+  Setting inForce_;
+  Setting wanted_;
+  bool connected_ = true;
+  std::unique_ptr<FrameLoop> frames_;
+  int framesToDamage_ = 0;
+  TimePoint frozenUntil_{};
+  uint64_t droppedFrames_ = 0;
+};
+
+}  // namespace tessary
