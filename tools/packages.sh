@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what is missing of the packages that this project needs, as root or with sudo.
-#   tools/packages.sh [build] [test] [usb] [abuse]     default: build
+#   tools/packages.sh [build] [test] [abuse] [tidy] [usb]     default: build
 set -euo pipefail
 
 build=(g++ cmake ninja-build pkg-config qt6-base-dev libqt6opengl6-dev libgl-dev libegl-dev
@@ -8,8 +8,9 @@ build=(g++ cmake ninja-build pkg-config qt6-base-dev libqt6opengl6-dev libgl-dev
   libavutil-dev libudev-dev libfmt-dev libgtest-dev libgmock-dev libbenchmark-dev
   fonts-open-sans libqt6svg6 libgl1-mesa-dri libegl-mesa0)
 test=(xvfb xauth openbox xdotool imagemagick x11-utils libumockdev-dev umockdev dbus-x11 ffmpeg
-  clang-format python3 desktop-file-utils strace)
+  clang-format python3 desktop-file-utils strace locales)
 abuse=(fuse3 libfuse3-dev)
+tidy=(clang-tidy)
 usb=(qemu-system-x86 busybox-static kmod cpio v4l-utils udev python3)
 
 wanted=()
@@ -18,8 +19,9 @@ for group in "${@:-build}"; do
     build) wanted+=("${build[@]}") ;;
     test) wanted+=("${test[@]}") ;;
     abuse) wanted+=("${abuse[@]}") ;;
+    tidy) wanted+=("${tidy[@]}") ;;
     usb) wanted+=("${usb[@]}") ;;
-    *) echo "tools/packages.sh: no group '$group' (build, test, usb, abuse)" >&2; exit 2 ;;
+    *) echo "tools/packages.sh: no group '$group' (build, test, abuse, tidy, usb)" >&2; exit 2 ;;
   esac
 done
 

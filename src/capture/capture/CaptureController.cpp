@@ -92,6 +92,8 @@ void CaptureController::windowWillClose() {
   deviceWasDisconnectedObserver = nullptr;
 }
 
+// A copy, since it may be the current one, which a stop lets go.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 void CaptureController::startCaptureSession(std::shared_ptr<MicroscopeInfo> microscope,
                                             std::shared_ptr<Resolution> resolution) {
   if (!capSession || !microscope) return;  // before the window is set up and after it has closed

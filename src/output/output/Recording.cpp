@@ -267,10 +267,10 @@ void Recording::didStop(uint64_t start) {
 void Recording::dropFinishedWriters() {
   std::vector<Finishing> done;
   const std::lock_guard lock(recordingMutex_);
-  const auto rest =
-      std::ranges::partition(finishing_, [](const Finishing& each) { return !each.done; });
-  std::ranges::move(rest, std::back_inserter(done));
-  finishing_.erase(rest.begin(), rest.end());
+  const auto firstDone = std::partition(finishing_.begin(), finishing_.end(),
+                                        [](const Finishing& each) { return !each.done; });
+  std::move(firstDone, finishing_.end(), std::back_inserter(done));
+  finishing_.erase(firstDone, finishing_.end());
 }
 
 }  // namespace tessary

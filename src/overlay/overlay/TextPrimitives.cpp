@@ -63,7 +63,7 @@ void TextPrimitives::addTextLineToPointVector(MyDataArray<PointVertex>& target,
     std::memset(_textBmpData.get(), 0, size_t{kBytesPerRow} * kBitmapHeight);
   } else {
     for (int32_t r = 0; r < kBitmapHeight; ++r) {
-      std::memset(_textBmpData.get() + r * kBytesPerRow, 0, static_cast<size_t>(columns) * 4);
+      std::memset(rowOf(r), 0, static_cast<size_t>(columns) * 4);
     }
   }
   rasterizer_.drawLine(line.text, line.font, line.color, kTextX, kBaseline,
@@ -71,14 +71,14 @@ void TextPrimitives::addTextLineToPointVector(MyDataArray<PointVertex>& target,
 
   const auto [width, height] = cvTextureSize_;
   for (int32_t r = 0; r < kBitmapHeight; ++r) {
-    const uint8_t* const row = _textBmpData.get() + r * kBytesPerRow;
+    const uint8_t* const row = rowOf(r);
     // A line wider than the bitmap is meant to read on into the rows below, to the end of the
     // block.
     const int32_t count = std::min(columns, kBitmapPixels - r * kBitmapWidth);
     if (!anyLit(row, count)) continue;
     const float y = clipCoordinate(-point.y - r + 256.0 + height / 2, height);
     for (int32_t c = 0; c < count; ++c) {
-      const uint8_t* const pixel = row + c * 4;
+      const uint8_t* const pixel = row + size_t(c) * 4;
       if (!isLit(pixel)) continue;
       const float x = clipCoordinate(point.x + c - width / 2, width);
       // Divided by 256, not 255, and premultiplied as they stand.
@@ -94,7 +94,8 @@ void TextPrimitives::addTextToPointVector(MyDataArray<PointVertex>& target, cons
                                           Point point, bool up, const Color& color) {
   const TextLine line{text, preferences_.font, color};
   const Size size = measure(line);
-  auto [x, y] = point;
+  double x = point.x;
+  double y = point.y;
 
   if (cvTextureSize_.width < x + size.width + 2) {
     x -= size.width + 4;
@@ -126,7 +127,8 @@ void TextPrimitives::add3TextToPointVector(MyDataArray<PointVertex>& target,
   auto totalH = static_cast<float>(size1.height + size2.height + size3.height + 12.0);
   if (!hasThird) totalH = static_cast<float>(totalH - (size3.height + 2.0));
 
-  auto [x, y] = point;
+  double x = point.x;
+  double y = point.y;
   const bool flipped = cvTextureSize_.width < x + maxW + 2;
   if (flipped) {
     x -= maxW + 4;

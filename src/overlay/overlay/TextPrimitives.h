@@ -54,6 +54,7 @@ class TextPrimitives {
 
  private:
   Size measure(const TextLine& line);
+  uint8_t* rowOf(int32_t r) { return _textBmpData.get() + size_t(r) * kBytesPerRow; }
 
   TextRasterizer& rasterizer_;
   const Preferences& preferences_;

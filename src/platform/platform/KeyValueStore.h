@@ -42,7 +42,7 @@ class KeyValueStore {
   /// empty text when that has passed.
   using ProblemHandler = std::function<void(const std::string& problem)>;
   /// Told at once of what is wrong already.
-  virtual void setProblemHandler(ProblemHandler) {}
+  virtual void setProblemHandler(ProblemHandler handler) = 0;
 };
 
 }  // namespace tessary

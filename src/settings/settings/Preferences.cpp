@@ -126,14 +126,12 @@ Preferences::Entries Preferences::merged(const Entries& now) const {
   for (const auto& [key, value] : now) {
     const std::optional<std::string> stored = defaults_.storedText(key);
     const bool isOthers = stored && stored != ownTexts_.at(key);
-    if (!isOthers) {
-      result.emplace_back(key, value);
-    } else if (key == "calibrations") {
+    if (isOthers && key == "calibrations") {
       result.emplace_back(key, mergedCalibrations(*stored));
-    } else if (std::ranges::find(kChoice, key) != std::end(kChoice) ? choiceIsChanged
-                                                                    : isChanged(key)) {
-      result.emplace_back(key, value);
+      continue;
     }
+    const bool isChoice = std::ranges::find(kChoice, key) != std::end(kChoice);
+    if (!isOthers || (isChoice ? choiceIsChanged : isChanged(key))) result.emplace_back(key, value);
   }
   return result;
 }

@@ -5,6 +5,7 @@
 #include <QtGui/QScreen>
 #include <QtGui/QShortcut>
 #include <QtGui/QValidator>
+#include <QtWidgets/QPushButton>
 
 #include "base/Log.h"
 #include "base/Number.h"

@@ -5,6 +5,7 @@
 #include <QtCore/QEvent>
 #include <QtGui/QWindow>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QWidget>
 
 namespace tessary {
 

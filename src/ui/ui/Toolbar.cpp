@@ -5,6 +5,7 @@
 #include <QtGui/QAction>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QMainWindow>
+#include <QtWidgets/QMenu>
 #include <QtWidgets/QMenuBar>
 #include <QtWidgets/QMessageBox>
 #include <QtWidgets/QToolBar>
@@ -43,7 +44,7 @@ QWidget* makeFlexibleSpace(QWidget* parent) {
 
 }  // namespace
 
-Toolbar::Toolbar(QMainWindow& window, std::function<void(Command)> perform,
+Toolbar::Toolbar(QMainWindow& window, const std::function<void(Command)>& perform,
                  std::function<bool(Command)> validate)
     : window_(window), validate_(std::move(validate)) {
   for (const CommandInfo& info : allCommands()) {

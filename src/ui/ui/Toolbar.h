@@ -9,6 +9,7 @@
 
 class QAction;
 class QMainWindow;
+class QMenu;
 
 namespace tessary {
 
@@ -18,7 +19,7 @@ class Toolbar final : public QObject {
   Q_OBJECT
  public:
   /// `perform` runs a command; `validate` is the one rule of availability.
-  Toolbar(QMainWindow& window, std::function<void(Command)> perform,
+  Toolbar(QMainWindow& window, const std::function<void(Command)>& perform,
           std::function<bool(Command)> validate);
 
   /// Puts the toolbar's twenty-four entries into the window.
@@ -31,7 +32,7 @@ class Toolbar final : public QObject {
   QAction& action(Command command) { return *actions_.at(command); }
 
  private:
-  void fillMenu(int menu, class QMenu& target);
+  void fillMenu(int menu, QMenu& target);
   void showAbout();
 
   QMainWindow& window_;

@@ -192,7 +192,7 @@ std::shared_ptr<const PixelBuffer> PreviewView::currentPicture() {
     surroundings_.failures.recovered(Failure::OverlayLeftOut);
     return picture;
   }
-  const auto frame = ring_.newest().frame;
+  FrameRing::Frame frame = ring_.newest().frame;
   if (!frame) return std::make_shared<PixelBuffer>(TextureSize{});
   if (_totalLines.count > 0 || _totalPoints.count > 0) {
     surroundings_.failures.failed(

@@ -12,7 +12,7 @@ constexpr std::array<EncoderEffort, 3> kSmallFrames{
     EncoderEffort{"veryfast", 11}, EncoderEffort{"superfast", 7}, EncoderEffort{"ultrafast", 4.5}};
 constexpr std::array<EncoderEffort, 2> kLargeFrames{EncoderEffort{"superfast", 9.5},
                                                     EncoderEffort{"ultrafast", 6}};
-constexpr int64_t kSmallFramePixels = 1024 * 768;
+constexpr int64_t kSmallFramePixels = int64_t{1024} * 768;
 
 // The live preview decodes and draws the same frames meanwhile and takes as much again; the other
 // half is for stalls and for whatever else runs. So two cores take 1920x1080 with the least effort.

@@ -32,7 +32,7 @@ uint32_t hexNumber(const std::string& digits) {
   return number;
 }
 
-std::string firstOf(std::string a, std::string b) { return a.empty() ? std::move(b) : a; }
+std::string firstOf(const std::string& a, const std::string& b) { return a.empty() ? b : a; }
 
 // The kernel numbers sysfs folders as it makes them, and the devices of a bus as they are plugged
 // in.

@@ -57,7 +57,7 @@ std::unique_ptr<CaptureDeviceInput> V4l2CaptureSystem::makeDeviceInput(
     error = "The camera is not connected. Plug it in.";
     return nullptr;
   }
-  return V4l2DeviceInput::open(calls_, std::move(camera), makeDecoder_, timing_, error);
+  return V4l2DeviceInput::open(calls_, camera, makeDecoder_, timing_, error);
 }
 
 void V4l2CaptureSystem::setHotPlugHandlers(std::function<void()> deviceWasConnected,

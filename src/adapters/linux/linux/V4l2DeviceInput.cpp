@@ -6,11 +6,9 @@
 
 namespace tessary {
 
-std::unique_ptr<V4l2DeviceInput> V4l2DeviceInput::open(std::shared_ptr<V4l2Calls> calls,
-                                                       std::shared_ptr<V4l2CaptureDevice> device,
-                                                       FrameDecoderFactory makeDecoder,
-                                                       const StreamTiming& timing,
-                                                       std::string& error) {
+std::unique_ptr<V4l2DeviceInput> V4l2DeviceInput::open(
+    std::shared_ptr<V4l2Calls> calls, const std::shared_ptr<V4l2CaptureDevice>& device,
+    FrameDecoderFactory makeDecoder, const StreamTiming& timing, std::string& error) {
   // The constructor is private, out of make_unique's reach.
   std::unique_ptr<V4l2DeviceInput> input(
       new V4l2DeviceInput(std::move(calls), device, std::move(makeDecoder), timing));

@@ -17,7 +17,7 @@ class V4l2DeviceInput final : public CaptureDeviceInput {
  public:
   /// Null when the node can't be opened or another program has the camera; `error` tells.
   static std::unique_ptr<V4l2DeviceInput> open(std::shared_ptr<V4l2Calls> calls,
-                                               std::shared_ptr<V4l2CaptureDevice> device,
+                                               const std::shared_ptr<V4l2CaptureDevice>& device,
                                                FrameDecoderFactory makeDecoder,
                                                const StreamTiming& timing, std::string& error);
   ~V4l2DeviceInput() override;

@@ -117,6 +117,7 @@ struct GlCompositor::Programs {
   Programs() {
     glBindVertexArray(overlayVertices.name());
     glBindBuffer(GL_ARRAY_BUFFER, vertexBuffer.name());
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the calls take offsets for pointers.
     const auto offset = [](size_t bytes) { return reinterpret_cast<const void*>(bytes); };
     glVertexAttribPointer(0, 4, GL_FLOAT, GL_FALSE, sizeof(PointVertex),
                           offset(offsetof(PointVertex, position)));

@@ -101,7 +101,7 @@ SettingsFile::Answer SettingsFile::ask(std::function<Answer()> look) {
 }
 
 SettingsFile::Answer SettingsFile::readNow(const std::string& path) {
-  const Answer none{std::string(), {}, nullptr};
+  Answer none{std::string(), {}, nullptr};
   struct stat status {};
   if (::lstat(path.c_str(), &status) != 0) {
     if (errno == ENOENT || errno == ENOTDIR) return none;
