@@ -12,6 +12,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include "MemoryKeyValueStore.h"
+#include "NoGrants.h"
 #include "base/Log.h"
 #include "measure/MouseInteraction.h"
 #include "measure/OverlayRedraw.h"
@@ -38,18 +40,6 @@ class BlockRasterizer final : public TextRasterizer {
       for (int32_t c = 0; c < width; c += 3, pixel += 12) std::fill_n(pixel, 4, uint8_t{200});
     }
   }
-};
-
-class NoStore final : public KeyValueStore {
- public:
-  std::optional<Value> value(const std::string&) override { return {}; }
-  void store(std::span<const Entry>) override {}
-};
-
-class NoGrants final : public FolderGrants {
- public:
-  std::optional<Bytes> bookmarkData(const std::string&) const override { return {}; }
-  std::optional<ResolvedFolder> resolveBookmarkData(const Bytes&) const override { return {}; }
 };
 
 class NoWindow final : public ViewHost {
@@ -89,9 +79,9 @@ struct Desk {
 
   bool isReal;
   LogRedirection quiet{[](std::string_view) {}};
-  NoStore store;
+  test::MemoryKeyValueStore store;
   UserDefaults defaults{store};
-  NoGrants grants;
+  test::NoGrants grants;
   Preferences preferences{defaults, grants};
   TextureSize texture = kFrame;
   NoWindow host;

@@ -176,6 +176,7 @@ class TextStore final : public KeyValueStore {
     for (const auto& [key, value] : entries) ini_.setValue(key, textOf(value));
     text_ = ini_.text();
   }
+  void setProblemHandler(ProblemHandler) override {}
 
  private:
   std::string& text_;

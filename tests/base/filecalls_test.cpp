@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include "TemporaryFolder.h"
+
 namespace tessary {
 namespace {
 
@@ -36,8 +38,8 @@ TEST(FileErrorText, SaysWhatTheUserCanUnderstand) {
 }
 
 TEST(FileCalls, RenamesOnlyToANameThatNoFileHas) {
-  std::string folder = (std::filesystem::temp_directory_path() / "tessary-base-XXXXXX").string();
-  ASSERT_TRUE(mkdtemp(folder.data()));
+  const test::TemporaryFolder own;
+  const std::string folder = own.path();
   std::ofstream(folder + "/a") << "one";
   std::ofstream(folder + "/b") << "two";
   FileCalls& calls = FileCalls::system();
@@ -46,7 +48,6 @@ TEST(FileCalls, RenamesOnlyToANameThatNoFileHas) {
   EXPECT_EQ(calls.renameToNew(folder + "/a", folder + "/c"), 0);
   EXPECT_FALSE(std::filesystem::exists(folder + "/a"));
   EXPECT_TRUE(std::filesystem::exists(folder + "/c"));
-  std::filesystem::remove_all(folder);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "TemporaryFolder.h"
 #include "base/FileDescriptor.h"
 
 namespace tessary {
@@ -18,22 +19,14 @@ using ::testing::MatchesRegex;
 
 class PartFiles : public ::testing::Test {
  protected:
-  PartFiles() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "tessary-base-XXXXXX").string();
-    if (!mkdtemp(pattern.data())) std::abort();
-    folder = pattern;
-  }
-  ~PartFiles() override {
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
-  }
   std::string make(const std::string& name) const {
     std::ofstream(folder / name) << "part";
     return (folder / name).string();
   }
   bool exists(const std::string& name) const { return std::filesystem::exists(folder / name); }
 
-  std::filesystem::path folder;
+  test::TemporaryFolder own_;
+  const std::filesystem::path folder = own_.path();
 };
 
 TEST_F(PartFiles, AreHiddenBesideTheirNameAndNoTwoAreAlike) {

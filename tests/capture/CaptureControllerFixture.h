@@ -11,34 +11,21 @@
 #include "FakeFailureListener.h"
 #include "LogCapture.h"
 #include "ManualExecutor.h"
+#include "MemoryKeyValueStore.h"
+#include "NoGrants.h"
 #include "capture/CaptureController.h"
-#include "platform/KeyValueStore.h"
 
 namespace tessary::test {
-
-/// Settings that begin empty; each time they are saved is noted.
-class FakeStore final : public KeyValueStore {
- public:
-  explicit FakeStore(std::shared_ptr<CallLog> log) : log_(std::move(log)) {}
-  std::optional<Value> value(const std::string&) override { return {}; }
-  void store(std::span<const Entry>) override { log_->note("save"); }
-
- private:
-  std::shared_ptr<CallLog> log_;
-};
-
-/// No folder can be granted; nothing here asks for one.
-class NoGrants final : public FolderGrants {
- public:
-  std::optional<Bytes> bookmarkData(const std::string&) const override { return {}; }
-  std::optional<ResolvedFolder> resolveBookmarkData(const Bytes&) const override { return {}; }
-};
 
 /// A controller among fakes. What it does is asked of by its calls in their order, by the state
 /// that it is in and by its log lines.
 class CaptureControllerFixture : public testing::Test {
  protected:
   enum class State { Idle, Running, Failed, Other };
+
+  CaptureControllerFixture() {
+    store.didStore = [this] { callLog->note("save"); };
+  }
 
   /// As at launch: the list is filled, the window put together, the remembered microscope opened.
   void launch() {
@@ -103,7 +90,7 @@ class CaptureControllerFixture : public testing::Test {
   LogCapture log;
   FakeCaptureSystem system;
   std::shared_ptr<CallLog> callLog = system.log;
-  FakeStore store{callLog};
+  MemoryKeyValueStore store;
   UserDefaults defaults{store};
   NoGrants grants;
   Preferences preferences{defaults, grants};

@@ -14,6 +14,7 @@
 #include <gmock/gmock.h>
 
 #include "MemoryKeyValueStore.h"
+#include "NoGrants.h"
 #include "base/Log.h"
 #include "measure/MouseInteraction.h"
 #include "measure/OverlayRedraw.h"
@@ -84,12 +85,6 @@ class CountingDelegate final : public PreviewViewLocationDelegate {
   void previewViewLocationDidChange(Point location) override { locations.push_back(location); }
   void previewViewZoomDidChange() override {}
   std::vector<Point> locations;
-};
-
-class NoGrants final : public FolderGrants {
- public:
-  std::optional<Bytes> bookmarkData(const std::string&) const override { return {}; }
-  std::optional<ResolvedFolder> resolveBookmarkData(const Bytes&) const override { return {}; }
 };
 
 struct RegisteredDefaults : UserDefaults {

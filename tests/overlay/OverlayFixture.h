@@ -4,6 +4,8 @@
 
 #include "FakeRasterizer.h"
 #include "LogCapture.h"
+#include "MemoryKeyValueStore.h"
+#include "NoGrants.h"
 #include "Vertices.h"
 #include "overlay/Calibration.h"
 #include "overlay/CalibrationLine.h"
@@ -15,20 +17,6 @@
 
 namespace tessary::test {
 
-/// Settings that hold nothing but their defaults.
-class NoStore final : public KeyValueStore {
- public:
-  std::optional<Value> value(const std::string&) override { return std::nullopt; }
-  void store(std::span<const Entry>) override {}
-};
-class NoGrants final : public FolderGrants {
- public:
-  std::optional<Bytes> bookmarkData(const std::string&) const override { return std::nullopt; }
-  std::optional<ResolvedFolder> resolveBookmarkData(const Bytes&) const override {
-    return std::nullopt;
-  }
-};
-
 /// The overlay's parts, wired as the view wires them.
 class OverlayTest : public testing::Test {
  protected:
@@ -39,7 +27,7 @@ class OverlayTest : public testing::Test {
   }
 
   LogCapture log;  // the settings tell that they start empty
-  NoStore store;
+  MemoryKeyValueStore store;
   UserDefaults defaults{store};
   NoGrants grants;
   Preferences preferences{defaults, grants};

@@ -12,6 +12,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "TemporaryFolder.h"
 #include "base/SerialQueue.h"
 
 namespace tessary {
@@ -23,15 +24,9 @@ FolderGrants::Bytes bytes(const std::string& text) { return {text.begin(), text.
 
 class PathGrantsTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    std::string pattern = (fs::temp_directory_path() / "grants-XXXXXX").string();
-    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-    folder_ = pattern;
-  }
   void TearDown() override {
     std::error_code ignored;
-    fs::permissions(folder_, fs::perms::owner_all, ignored);
-    fs::remove_all(folder_, ignored);
+    fs::permissions(folder_, fs::perms::owner_all, ignored);  // so that it can go
   }
 
   /// Whether `url` can neither be granted nor be had from a stored grant.
@@ -40,7 +35,8 @@ class PathGrantsTest : public ::testing::Test {
     EXPECT_FALSE(grants_.resolveBookmarkData(bytes(url))) << url;
   }
 
-  fs::path folder_;
+  test::TemporaryFolder own_;
+  const fs::path folder_ = own_.path();
   PathGrants grants_;
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <span>
@@ -21,6 +22,7 @@ class MemoryKeyValueStore final : public KeyValueStore {
   void store(std::span<const Entry> entries) override {
     ++storeCalls;
     for (const auto& [key, value] : entries) values[key] = value;
+    if (didStore) didStore();
   }
 
   void setProblemHandler(ProblemHandler handler) override { tellProblem = std::move(handler); }
@@ -28,6 +30,7 @@ class MemoryKeyValueStore final : public KeyValueStore {
   std::map<std::string, Value> values;
   ProblemHandler tellProblem;
   int storeCalls = 0;
+  std::function<void()> didStore;  ///< Called after each batch, if set.
 };
 
 }  // namespace tessary::test

@@ -16,7 +16,7 @@ namespace tessary::test {
 class TemporaryFolder {
  public:
   TemporaryFolder() {
-    std::string pattern = std::filesystem::temp_directory_path() / "tessary-output-XXXXXX";
+    std::string pattern = std::filesystem::temp_directory_path() / "tessary-test-XXXXXX";
     if (!mkdtemp(pattern.data())) throw std::runtime_error("no temporary folder");
     path_ = pattern;
   }

@@ -13,6 +13,7 @@
 #include "LogCapture.h"
 #include "ManualExecutor.h"
 #include "MemoryKeyValueStore.h"
+#include "TemporaryFolder.h"
 #include "settings/PathGrants.h"
 #include "view/PreviewView.h"
 
@@ -101,19 +102,6 @@ class MovieStatus final : public PreviewViewRecordDelegate {
 
  private:
   std::shared_ptr<FakeAssetWriter::Movie> movie_;
-};
-
-/// A folder of its own that goes with it.
-class QuietFolder {
- public:
-  QuietFolder() : path_(::testing::TempDir() + "tessary-view-XXXXXX") {
-    EXPECT_TRUE(mkdtemp(path_.data()));
-  }
-  ~QuietFolder() { std::filesystem::remove_all(path_); }
-  const std::string& path() const { return path_; }
-
- private:
-  std::string path_;
 };
 
 class RecordingDelegate final : public PreviewViewLocationDelegate {
@@ -415,7 +403,7 @@ TEST_F(PreviewViewTest, AFrameSizeChangeDoesNotRebuildTheOverlay) {
 }
 
 TEST_F(PreviewViewTest, AStillHasTheFramesSizeAtEveryZoom) {
-  QuietFolder folder;
+  test::TemporaryFolder folder;
   preferences.url = folder.path();
   show({1280, 720});
   view.zoomTo(4);
@@ -427,7 +415,7 @@ TEST_F(PreviewViewTest, AStillHasTheFramesSizeAtEveryZoom) {
 }
 
 TEST_F(PreviewViewTest, AFrameTooSmallToBeComposedIsSavedAlone) {
-  QuietFolder folder;
+  test::TemporaryFolder folder;
   preferences.url = folder.path();
   show({320, 240});
   EXPECT_TRUE(view.saveImageFile("a.jpg"));
@@ -435,7 +423,7 @@ TEST_F(PreviewViewTest, AFrameTooSmallToBeComposedIsSavedAlone) {
 }
 
 TEST_F(PreviewViewTest, AStillBetweenANewFrameSizeAndItsLayoutHasTheNewSize) {
-  QuietFolder folder;
+  test::TemporaryFolder folder;
   preferences.url = folder.path();
   show({1280, 720});
   view.changeScale(1);
@@ -449,7 +437,7 @@ TEST_F(PreviewViewTest, AStillBetweenANewFrameSizeAndItsLayoutHasTheNewSize) {
 }
 
 TEST_F(PreviewViewTest, AStillThatCanNotBeReadBackIsSavedWithoutOverlayAndSaysSo) {
-  QuietFolder folder;
+  test::TemporaryFolder folder;
   preferences.url = folder.path();
   show({1280, 720});
   compositor.readsBack = false;
@@ -465,7 +453,7 @@ TEST_F(PreviewViewTest, AStillThatCanNotBeReadBackIsSavedWithoutOverlayAndSaysSo
 }
 
 TEST_F(PreviewViewTest, AFrameTooSmallToBeComposedSaysThatTheOverlayIsLeftOut) {
-  QuietFolder folder;
+  test::TemporaryFolder folder;
   preferences.url = folder.path();
   show({320, 240});
   view.changeScale(1);
@@ -474,7 +462,7 @@ TEST_F(PreviewViewTest, AFrameTooSmallToBeComposedSaysThatTheOverlayIsLeftOut) {
 }
 
 TEST_F(PreviewViewTest, WithoutAPictureAStillIsSaidToBeSavedAndNothingIsWritten) {
-  QuietFolder folder;
+  test::TemporaryFolder folder;
   preferences.url = folder.path();
   EXPECT_TRUE(view.saveImageFile("a.jpg"));
   EXPECT_THAT(jpegEncoder.encoded, IsEmpty());

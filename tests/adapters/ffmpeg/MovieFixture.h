@@ -18,29 +18,12 @@
 #include <unistd.h>
 
 #include "ReadMovie.h"
+#include "TemporaryFolder.h"
 #include "ffmpeg/FfmpegAssetWriter.h"
 
 namespace tessary::test {
 
 using namespace std::chrono_literals;
-
-/// A folder that goes away with the test.
-class TemporaryFolder {
- public:
-  TemporaryFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "tessary-movie-XXXXXX").string();
-    if (!::mkdtemp(name.data())) std::abort();
-    path_ = name;
-  }
-  ~TemporaryFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-  const std::filesystem::path& path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
 
 /// Makes a movie in a folder of its own.
 class MovieTest : public ::testing::Test {
@@ -85,7 +68,7 @@ class MovieTest : public ::testing::Test {
     return pictures;
   }
 
-  std::string pathOf(const std::string& name) const { return (folder_.path() / name).string(); }
+  std::string pathOf(const std::string& name) const { return folder_.file(name); }
 
   /// Appends, waiting for room: a camera that waits for the encoder.
   static void appendWaiting(FfmpegAssetWriter& writer, const SampleBuffer& frame) {

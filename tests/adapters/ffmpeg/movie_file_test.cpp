@@ -555,7 +555,7 @@ TEST_F(MovieFileTest, AMovieThatIsDeletedMeanwhileIsMissed) {
 
 TEST_F(MovieFileTest, AFolderThatVanishesBeforeTheFirstFrameIsTold) {
   const LogCapture log;
-  const auto folder = folder_.path() / "folder";
+  const std::filesystem::path folder = folder_.file("folder");
   std::filesystem::create_directory(folder);
   VanishingFolder calls(folder);
   FfmpegAssetWriter writer((folder / "a.mp4").string(), calls);
