@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "base/FileDescriptor.h"
 #include "base/Log.h"
 #include "base/SerialQueue.h"
 
@@ -43,10 +44,8 @@ void logMessage(QtMsgType, const QMessageLogContext&, const QString& message) {
 /// Without them the next file that is opened would take the place of the log.
 void openStandardFiles() {
   int fd = 0;
-  do {
-    fd = ::open("/dev/null", O_RDWR);
-  } while (fd >= 0 && fd <= STDERR_FILENO);
-  if (fd >= 0) ::close(fd);
+  while (fd >= 0 && fd <= STDERR_FILENO) fd = ::open("/dev/null", O_RDWR);
+  const FileDescriptor oneTooMany(fd);
 }
 
 }  // namespace

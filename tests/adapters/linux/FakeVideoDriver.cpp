@@ -18,8 +18,6 @@ FakeVideoDriver::FakeVideoDriver()
     : formats{{V4L2_PIX_FMT_MJPEG, {{64, 48}, {32, 24}}}, {V4L2_PIX_FMT_YUYV, {{8, 4}}}},
       fd_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
 
-FakeVideoDriver::~FakeVideoDriver() { ::close(fd_); }
-
 // ---- Things that happen
 
 bool FakeVideoDriver::push(Frame frame) {
@@ -193,7 +191,7 @@ int FakeVideoDriver::open(const char*, int flags) {
   if (openError_ != 0) return answer(openError_);
   if (!(flags & O_NONBLOCK)) violations_.emplace_back("opened to block");
   ++open_;
-  return fd_;
+  return fd_.get();
 }
 
 int FakeVideoDriver::close(int) {
@@ -413,14 +411,14 @@ void FakeVideoDriver::showReadiness() {
   const bool ready =
       unplugged_ || !filled_.empty() || (freeRunning_ && streaming_ && !queued_.empty());
   if (ready) [[maybe_unused]]
-    const auto written = ::write(fd_, &count, sizeof count);
+    const auto written = ::write(fd_.get(), &count, sizeof count);
   else [[maybe_unused]]
-    const auto got = ::read(fd_, &count, sizeof count);
+    const auto got = ::read(fd_.get(), &count, sizeof count);
 }
 
 int FakeVideoDriver::poll(pollfd* descriptors, nfds_t count, int timeoutMilliseconds) {
   pollfd* ours = std::find_if(descriptors, descriptors + count,
-                              [&](const pollfd& descriptor) { return descriptor.fd == fd_; });
+                              [&](const pollfd& descriptor) { return descriptor.fd == fd_.get(); });
   const bool concernsUs = ours != descriptors + count;
   if (concernsUs) {
     const Lock lock(mutex_);

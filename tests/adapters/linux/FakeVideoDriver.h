@@ -14,6 +14,7 @@
 
 #include <linux/videodev2.h>
 
+#include "base/FileDescriptor.h"
 #include "base/Time.h"
 #include "linux/V4l2Calls.h"
 
@@ -46,7 +47,6 @@ class FakeVideoDriver final : public V4l2Calls {
   };
 
   FakeVideoDriver();
-  ~FakeVideoDriver() override;
 
   // The camera, to be set before it is used.
   std::string card = "Fake Microscope";
@@ -122,7 +122,7 @@ class FakeVideoDriver final : public V4l2Calls {
 
   mutable std::recursive_mutex mutex_;  // guards all below
   mutable std::condition_variable_any changed_;
-  int fd_;
+  FileDescriptor fd_;
   int openError_ = 0;
   bool waitsWithoutLimit_ = false;
   bool unplugged_ = false;

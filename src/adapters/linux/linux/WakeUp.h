@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/FileDescriptor.h"
+
 namespace tessary {
 
 /// Ends another thread's poll(): an eventfd that is readable from signal() until drain().
@@ -7,17 +9,14 @@ class WakeUp {
  public:
   /// Throws std::system_error when the process has no descriptor left.
   WakeUp();
-  ~WakeUp();
-  WakeUp(const WakeUp&) = delete;
-  WakeUp& operator=(const WakeUp&) = delete;
 
-  int fd() const noexcept { return fd_; }
+  int fd() const noexcept { return event_.get(); }
   /// Any thread.
   void signal() noexcept;
   void drain() noexcept;
 
  private:
-  int fd_;
+  FileDescriptor event_;
 };
 
 }  // namespace tessary
