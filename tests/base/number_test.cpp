@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <limits>
+#include <optional>
 #include <string>
 
 #include <fmt/format.h>
@@ -165,6 +166,32 @@ TEST(Number, ALocaleWithADecimalCommaChangesNothing) {
   EXPECT_EQ(fmt::format("{} {:.2f}", 1.5, 1.5), "1.5 1.50");
   std::setlocale(LC_ALL, "C");
   unsetenv("LOCPATH");
+}
+
+TEST(Number, AWholeNumberIsAllOfItsText) {
+  struct Row {
+    const char* text;
+    std::optional<int32_t> value;
+  };
+  const Row rows[] = {
+      {"0", 0},           {"17", 17}, {"007", 7}, {"-3", -3}, {"2147483647", 2147483647},
+      {"2147483648", {}}, {"+3", {}}, {" 3", {}}, {"3 ", {}}, {"3a", {}},
+      {"3.5", {}},        {"-", {}},  {"", {}},
+  };
+  for (const Row& row : rows) EXPECT_EQ(wholeInt(row.text), row.value) << '"' << row.text << '"';
+}
+
+TEST(Number, AByteIsTwoHexadecimalDigits) {
+  struct Row {
+    const char* text;
+    std::optional<char> value;
+  };
+  const Row rows[] = {
+      {"20", ' '},         {"7e", '~'}, {"7E", '~'}, {"fF", '\xFF'}, {"00", '\0'},
+      {"41and more", 'A'}, {"4", {}},   {"4g", {}},  {"g4", {}},     {"0x41", {}},
+      {"-4", {}},          {"+4", {}},  {" 4", {}},  {"", {}},
+  };
+  for (const Row& row : rows) EXPECT_EQ(hexByte(row.text), row.value) << '"' << row.text << '"';
 }
 
 }  // namespace

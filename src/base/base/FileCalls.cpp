@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cstdio>
 #include <filesystem>
 #include <string_view>
@@ -13,6 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/Number.h"
 #include "base/SerialQueue.h"
 
 namespace tessary {
@@ -113,17 +113,10 @@ std::string nextIndexedPath(const std::string& path) {
   const std::string stem = whole.stem().string();
   // DATE_TIME or DATE_TIME_INDEX: the index is the third piece.
   const size_t last = stem.rfind('_');
-  int index = 0;
-  std::string base = stem;
-  if (std::ranges::count(stem, '_') > 1) {
-    const auto [end, error] =
-        std::from_chars(stem.data() + last + 1, stem.data() + stem.size(), index);
-    if (error == std::errc() && end == stem.data() + stem.size())
-      base = stem.substr(0, last);
-    else
-      index = 0;
-  }
-  const std::string name = fmt::format("{}_{}{}", base, index + 1, whole.extension().string());
+  std::optional<int32_t> index;
+  if (std::ranges::count(stem, '_') > 1) index = wholeInt(std::string_view(stem).substr(last + 1));
+  const std::string name = fmt::format("{}_{}{}", index ? stem.substr(0, last) : stem,
+                                       index.value_or(0) + 1, whole.extension().string());
   return (whole.parent_path() / name).string();
 }
 

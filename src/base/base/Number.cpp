@@ -79,4 +79,19 @@ int64_t int64Value(std::string_view text) { return integerPrefix<int64_t>(text);
 float floatValue(std::string_view text) { return decimalPrefix<float>(text); }
 double doubleValue(std::string_view text) { return decimalPrefix<double>(text); }
 
+std::optional<int32_t> wholeInt(std::string_view text) {
+  int32_t value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return value;
+}
+
+std::optional<char> hexByte(std::string_view text) {
+  text = text.substr(0, 2);
+  uint8_t value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, 16);
+  if (end != text.data() + 2) return std::nullopt;
+  return char(value);
+}
+
 }  // namespace tessary

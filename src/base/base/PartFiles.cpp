@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <cerrno>
-#include <charconv>
 #include <csignal>
 #include <cstdint>
 #include <filesystem>
@@ -16,6 +15,7 @@
 #include <unistd.h>
 
 #include "base/FileDescriptor.h"
+#include "base/Number.h"
 
 namespace tessary {
 namespace {
@@ -30,14 +30,8 @@ std::optional<pid_t> processOf(std::string_view name) {
   const size_t dash = name.rfind('-');
   const size_t dot = dash == std::string_view::npos ? dash : name.rfind('.', dash);
   if (dot == std::string_view::npos || dot == 0) return std::nullopt;
-  const auto number = [](std::string_view text) -> std::optional<int32_t> {
-    int32_t value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size() || value < 0) return std::nullopt;
-    return value;
-  };
-  if (!number(name.substr(dash + 1))) return std::nullopt;
-  return number(name.substr(dot + 1, dash - dot - 1));
+  if (!wholeInt(name.substr(dash + 1))) return std::nullopt;
+  return wholeInt(name.substr(dot + 1, dash - dot - 1));
 }
 
 bool isGone(pid_t process) { return process > 0 && ::kill(process, 0) != 0 && errno == ESRCH; }

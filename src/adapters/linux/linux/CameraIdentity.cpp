@@ -4,15 +4,10 @@
 
 #include <fmt/format.h>
 
+#include "base/Number.h"
+
 namespace tessary {
 namespace {
-
-std::optional<int> hexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return std::nullopt;
-}
 
 // Length of the well-formed UTF-8 sequence that `text` starts with, 0 if it starts with none.
 size_t utf8Length(std::string_view text) {
@@ -46,16 +41,10 @@ std::string unescapeUdev(std::string_view text) {
   std::string plain;
   plain.reserve(text.size());
   for (size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '\\' && i + 3 < text.size() && text[i + 1] == 'x') {
-      const auto high = hexDigit(text[i + 2]);
-      const auto low = hexDigit(text[i + 3]);
-      if (high && low) {
-        plain += char(*high * 16 + *low);
-        i += 3;
-        continue;
-      }
-    }
-    plain += text[i];
+    std::optional<char> byte;
+    if (text.substr(i).starts_with("\\x")) byte = hexByte(text.substr(i + 2));
+    plain += byte.value_or(text[i]);
+    if (byte) i += 3;
   }
   return plain;
 }

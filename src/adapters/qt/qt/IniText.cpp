@@ -5,6 +5,8 @@
 
 #include <fmt/format.h>
 
+#include "base/Number.h"
+
 namespace tessary {
 namespace {
 
@@ -27,13 +29,6 @@ std::string_view keyOf(std::string_view line) {
   return equals == std::string_view::npos ? std::string_view() : trimmed(line.substr(0, equals));
 }
 
-int hexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
-
 /// What stands between quotes, from behind the first one. Without a last one, up to the end.
 std::string unquoted(std::string_view text) {
   std::string value;
@@ -43,10 +38,9 @@ std::string unquoted(std::string_view text) {
       continue;
     }
     const char c = text[++i];
-    const int high = i + 2 < text.size() ? hexDigit(text[i + 1]) : -1;
-    const int low = i + 2 < text.size() ? hexDigit(text[i + 2]) : -1;
-    if (c == 'x' && high >= 0 && low >= 0) {
-      value += char(high * 16 + low);
+    const auto byte = c == 'x' ? hexByte(text.substr(i + 1)) : std::nullopt;
+    if (byte) {
+      value += *byte;
       i += 2;
     } else {
       value += c == 'n' ? '\n' : c == 'r' ? '\r' : c == 't' ? '\t' : c;
