@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <charconv>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <future>
 #include <random>
@@ -64,6 +65,8 @@ int main(int count, char** arguments) {
     settings.height = numberIn(words[4]);
     settings.averageBitRate = numberIn(words[5]);
   }
+  std::signal(SIGXFSZ,
+              SIG_IGN);  // as the program does: a file that may not grow fails to be written
   const auto pictures = makePictures({settings.width, settings.height});
   FfmpegAssetWriter writer{std::string(words[1])};
   if (!writer.startWriting(settings)) {

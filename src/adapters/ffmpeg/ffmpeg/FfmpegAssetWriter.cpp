@@ -1,29 +1,16 @@
 #include "ffmpeg/FfmpegAssetWriter.h"
 
-#include <csignal>
 #include <exception>
 #include <filesystem>
 #include <utility>
 
 #include <fmt/format.h>
-#include <pthread.h>
 
 #include "ffmpeg/MovieEncoder.h"
 #include "ffmpeg/MovieFile.h"
 #include "ffmpeg/MovieRecorder.h"
 
 namespace tessary {
-namespace {
-
-void prepareThisThread() {
-  // A file that has reached the limit of file sizes is a failed write, not the program's end.
-  sigset_t signals;
-  sigemptyset(&signals);
-  sigaddset(&signals, SIGXFSZ);
-  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-}
-
-}  // namespace
 
 FfmpegAssetWriter::FfmpegAssetWriter(std::string path)
     : FfmpegAssetWriter(std::move(path), FileCalls::system()) {}
@@ -85,10 +72,7 @@ bool FfmpegAssetWriter::open(const MovieSettings& settings, std::string& reason)
 
 void FfmpegAssetWriter::startThread(std::function<void()> work) {
   queue_ = std::make_unique<SerialQueue>("movie writer", std::chrono::milliseconds(0));
-  queue_->post([work = std::move(work)] {
-    prepareThisThread();
-    work();
-  });
+  queue_->post(std::move(work));
 }
 
 void FfmpegAssetWriter::startSessionAtSourceTime(MediaTime time) {
