@@ -19,6 +19,7 @@
 
 #include "base/FourCharCode.h"
 #include "jpeg/JpegFrameDecoder.h"
+#include "jpeg/JpegImageEncoder.h"
 #include "simulated/FrameLoop.h"
 
 namespace tessary {
@@ -80,7 +81,8 @@ double timed(Decoder& decoder, std::span<const uint8_t> bytes, bool& good) {
 void framePath(benchmark::State& state) {
   const auto width = int32_t(state.range(0));
   const auto height = int32_t(state.range(1));
-  FrameLoop frames({kMediaSubTypeMJPEG, width, height, {}});
+  FrameLoop frames({kMediaSubTypeMJPEG, width, height, {}},
+                   std::make_shared<JpegImageEncoder>(JpegImageEncoder::kCameraFrame));
   double bytesOfAll = 0;
   for (size_t i = 0; i < frames.frameCount(); ++i) bytesOfAll += double(frames.frame(i).size());
 

@@ -119,7 +119,8 @@ void bench(MainThread& mainThread, const std::filesystem::path& folder, int32_t 
 
 void run(const std::filesystem::path& folder, int rounds) {
   Platform platform;
-  auto simulated = std::make_unique<SimulatedCaptureSystem>(platform.mainQueue, frameDecoders());
+  auto simulated = std::make_unique<SimulatedCaptureSystem>(platform.mainQueue, frameDecoders(),
+                                                            cameraEncoder());
   platform.store = std::make_unique<QtKeyValueStore>(folder / "settings.ini");
   platform.defaults = {{"uniqueID", simulated->devices().front()->uniqueID()},
                        {"videoType", int64_t(kMediaSubTypeMJPEG)},

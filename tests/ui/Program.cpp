@@ -139,7 +139,8 @@ void key(const char* name) { xdotool({"key", QString::fromLatin1(name)}); }
 Program::Program(Start start) : platform(std::make_unique<Platform>()) {
   auto memory = std::make_unique<MemoryKeyValueStore>();
   store = memory.get();
-  auto simulated = std::make_unique<SimulatedCaptureSystem>(platform->mainQueue, frameDecoders());
+  auto simulated = std::make_unique<SimulatedCaptureSystem>(platform->mainQueue, frameDecoders(),
+                                                            cameraEncoder());
   microscope = simulated.get();
   const std::string uniqueID = simulated->devices().front()->uniqueID();
   if (!start.plugged) simulated->unplug();

@@ -20,6 +20,10 @@ FrameDecoderFactory frameDecoders() {
   };
 }
 
+std::shared_ptr<ImageEncoder> cameraEncoder() {
+  return std::make_shared<JpegImageEncoder>(JpegImageEncoder::kCameraFrame);
+}
+
 Platform::Platform()
     : textRasterizer(std::make_unique<QtTextRasterizer>()),
       compositor(std::make_unique<GlCompositor>()),

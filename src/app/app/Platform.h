@@ -38,5 +38,7 @@ struct Platform {
 
 /// Decoders for everything that cameras send.
 FrameDecoderFactory frameDecoders();
+/// Compresses as cameras do, for one that is simulated.
+std::shared_ptr<ImageEncoder> cameraEncoder();
 
 }  // namespace tessary

@@ -8,8 +8,8 @@
 int main(int argc, char** argv) {
   tessary::Application application(argc, argv, "tessary-demo");
   tessary::Platform& platform = application.platform();
-  auto simulated = std::make_unique<tessary::SimulatedCaptureSystem>(platform.mainQueue,
-                                                                     tessary::frameDecoders());
+  auto simulated = std::make_unique<tessary::SimulatedCaptureSystem>(
+      platform.mainQueue, tessary::frameDecoders(), tessary::cameraEncoder());
   const std::string microscope = simulated->devices().front()->uniqueID();
   platform.captureSystem = std::make_unique<tessary::CombinedCaptureSystem>(
       std::move(simulated), std::move(platform.captureSystem));

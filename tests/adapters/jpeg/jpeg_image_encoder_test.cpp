@@ -89,6 +89,11 @@ TEST(JpegImageEncoder, HasQuality80) {
       std::equal(std::begin(kFirstQuantisersAt80), std::end(kFirstQuantisersAt80), table.end()));
 }
 
+TEST(JpegImageEncoder, ACamerasFrameHalvesTheColour) {
+  JpegImageEncoder encoder(JpegImageEncoder::kCameraFrame);
+  EXPECT_EQ(decode(encoder.encode(makePicture({160, 120}, 255))).subsampling, TJSAMP_422);
+}
+
 TEST(JpegImageEncoder, AlphaMakesNoDifference) {
   JpegImageEncoder encoder;
   EXPECT_EQ(encoder.encode(makePicture({64, 48}, 0)), encoder.encode(makePicture({64, 48}, 255)));

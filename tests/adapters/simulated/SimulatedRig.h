@@ -14,6 +14,7 @@
 #include "ManualExecutor.h"
 #include "base/FourCharCode.h"
 #include "jpeg/JpegFrameDecoder.h"
+#include "jpeg/JpegImageEncoder.h"
 #include "simulated/SimulatedCaptureSystem.h"
 #include "yuv/YuvFrameDecoder.h"
 
@@ -92,6 +93,10 @@ inline FrameDecoderFactory decoders() {
   };
 }
 
+inline std::shared_ptr<ImageEncoder> cameraEncoder() {
+  return std::make_shared<JpegImageEncoder>(JpegImageEncoder::kCameraFrame);
+}
+
 /// A simulated microscope, and a stream of it.
 class SimulatedRig {
  public:
@@ -124,7 +129,7 @@ class SimulatedRig {
   }
 
   ManualExecutor mainQueue;
-  SimulatedCaptureSystem system{mainQueue, decoders()};
+  SimulatedCaptureSystem system{mainQueue, decoders(), cameraEncoder()};
   CollectingSink sink;
   std::unique_ptr<CaptureDeviceInput> input;
 };

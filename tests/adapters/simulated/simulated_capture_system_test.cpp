@@ -123,7 +123,7 @@ TEST(SimulatedCaptureSystem, ANoticeThatComesAfterItsEndIsHarmless) {
   test::ManualExecutor mainQueue;
   int told = 0;
   {
-    SimulatedCaptureSystem system(mainQueue, test::decoders());
+    SimulatedCaptureSystem system(mainQueue, test::decoders(), test::cameraEncoder());
     system.setHotPlugHandlers({}, [&] { ++told; });
     system.unplug();
   }
@@ -151,8 +151,10 @@ TEST(SimulatedCaptureSystem, OpeningFailsInPlainWords) {
 class CombinedCaptureSystemTest : public testing::Test {
  protected:
   CombinedCaptureSystemTest() {
-    auto first = std::make_unique<SimulatedCaptureSystem>(mainQueue_, test::decoders());
-    auto second = std::make_unique<SimulatedCaptureSystem>(mainQueue_, test::decoders());
+    auto first = std::make_unique<SimulatedCaptureSystem>(mainQueue_, test::decoders(),
+                                                          test::cameraEncoder());
+    auto second = std::make_unique<SimulatedCaptureSystem>(mainQueue_, test::decoders(),
+                                                           test::cameraEncoder());
     first_ = first.get();
     second_ = second.get();
     combined_ = std::make_unique<CombinedCaptureSystem>(std::move(first), std::move(second));

@@ -16,7 +16,7 @@ std::vector<CaptureFormat> formats() { return SimulatedMicroscope().formats(); }
 class Pictures {
  public:
   explicit Pictures(const CaptureFormat& format)
-      : frames_(format), decoder_(test::decoders()(format.mediaSubType)) {}
+      : frames_(format, test::cameraEncoder()), decoder_(test::decoders()(format.mediaSubType)) {}
 
   std::shared_ptr<PixelBuffer> at(size_t index) {
     const CaptureFormat& format = frames_.format();
@@ -113,7 +113,7 @@ TEST(SimulatedPicture, EveryFrameShowsItsIndex) {
 }
 
 TEST(SimulatedPicture, TheLoopReplaysTheSameBytes) {
-  FrameLoop loop(formats().at(0));
+  FrameLoop loop(formats().at(0), test::cameraEncoder());
   std::vector<const uint8_t*> first;
   for (size_t i = 0; i < loop.frameCount(); ++i) first.push_back(loop.frame(i).data());
   for (size_t i = 0; i < loop.frameCount(); ++i) {
@@ -122,7 +122,7 @@ TEST(SimulatedPicture, TheLoopReplaysTheSameBytes) {
 }
 
 TEST(SimulatedPicture, CompressedFramesAreAsLargeAsACamerasAre) {
-  FrameLoop loop(formats().at(2));
+  FrameLoop loop(formats().at(2), test::cameraEncoder());
   ASSERT_EQ(loop.format().width, 1920);
   const size_t size = loop.frame(0).size();
   EXPECT_GT(size, 300'000U);

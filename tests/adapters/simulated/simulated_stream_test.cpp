@@ -196,7 +196,8 @@ TEST(SimulatedStream, ComesBackAfterReplugging) {
 
 TEST(SimulatedStream, APictureThatCannotBeDecodedEndsItWithAReason) {
   test::ManualExecutor mainQueue;
-  SimulatedCaptureSystem system(mainQueue, [](uint32_t) { return nullptr; });
+  SimulatedCaptureSystem system(
+      mainQueue, [](uint32_t) { return nullptr; }, test::cameraEncoder());
   test::CollectingSink sink;
   std::string error;
   const auto input = system.makeDeviceInput(system.devices().at(0), error);

@@ -2,9 +2,8 @@
 
 #include <string_view>
 
-#include <turbojpeg.h>
-
 #include "base/Number.h"
+#include "jpeg/TurboJpegHandle.h"
 
 namespace tessary {
 namespace {
@@ -12,8 +11,6 @@ namespace {
 /// What some cameras leave between the coded picture and its end marker, at the most. More than
 /// that is the rest of a picture whose decoding went astray.
 constexpr int32_t kPaddingAllowed = 16;
-
-using Handle = std::unique_ptr<void, int (*)(void*)>;
 
 constexpr std::string_view kDamage = "Corrupt JPEG data: ";
 constexpr std::string_view kEarlyEnd = "Premature end";
@@ -63,7 +60,7 @@ JpegFrameDecoder::Outcome JpegFrameDecoder::decompress(std::span<const uint8_t> 
   const TextureSize size = picture.size();
   // A handle keeps every table that it has read, and a frame that lacks one would take it from
   // there. A new one costs microseconds, and falls back to the standard Huffman tables.
-  const Handle handle(tjInitDecompress(), tjDestroy);
+  const TurboJpegHandle handle(tjInitDecompress());
   if (!handle) return Outcome::bad;
   const int result =
       tjDecompress2(handle.get(), bytes.data(), bytes.size(), picture.data(), size.width,

@@ -1,22 +1,30 @@
 #pragma once
 
+#include "jpeg/TurboJpegHandle.h"
 #include "platform/ImageEncoder.h"
 
 namespace tessary {
 
-/// Makes JPEG files of quality 80. Colour is kept at full resolution: with chroma subsampling,
-/// coloured lines and text one pixel wide would fade into the picture around them.
+/// Makes JPEG files.
 class JpegImageEncoder final : public ImageEncoder {
  public:
-  JpegImageEncoder();
-  ~JpegImageEncoder() override;
-  JpegImageEncoder(const JpegImageEncoder&) = delete;
-  JpegImageEncoder& operator=(const JpegImageEncoder&) = delete;
+  struct Settings {
+    int quality;        ///< 1 to 100.
+    bool halvesColour;  ///< Whether two neighbours in a row share their colour.
+  };
+  /// Colour is kept at full resolution: otherwise coloured lines and text one pixel wide would fade
+  /// into the picture around them.
+  static constexpr Settings kStill{80, false};
+  /// What USB cameras send.
+  static constexpr Settings kCameraFrame{85, true};
+
+  explicit JpegImageEncoder(Settings settings = kStill);
 
   std::vector<uint8_t> encode(const PixelBuffer& picture) override;
 
  private:
-  void* handle_;  // TurboJPEG's
+  const Settings settings_;
+  TurboJpegHandle compressor_;
 };
 
 }  // namespace tessary

@@ -1,16 +1,15 @@
 #include "simulated/FrameLoop.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <libyuv.h>
-#include <turbojpeg.h>
 
 #include "base/FourCharCode.h"
 
 namespace tessary {
 namespace {
 
-constexpr int kQuality = 85;
 constexpr size_t kLongestLoop = 48;
 constexpr size_t kRawBytesKept = 64'000'000;  // so that uncompressed frames don't fill the memory
 
@@ -23,29 +22,21 @@ size_t loopLength(const CaptureFormat& format) {
   return std::clamp<size_t>(kRawBytesKept / rawBytes(format), 8, kLongestLoop);
 }
 
-struct DestroyCompressor {
-  void operator()(void* handle) const { tjDestroy(handle); }
-};
-
-struct FreeBytes {
-  void operator()(uint8_t* bytes) const { tjFree(bytes); }
-};
-
 }  // namespace
 
 struct FrameLoop::Studio {
   explicit Studio(const CaptureFormat& format, size_t frameCount)
-      : scene({format.width, format.height}, frameCount),
-        picture({format.width, format.height}),
-        compressor(tjInitCompress()) {}
+      : scene({format.width, format.height}, frameCount), picture({format.width, format.height}) {}
 
   SimulatedScene scene;
   PixelBuffer picture;
-  std::unique_ptr<void, DestroyCompressor> compressor;
 };
 
-FrameLoop::FrameLoop(const CaptureFormat& format)
-    : format_(format), frames_(loopLength(format)), missing_(frames_.size()) {}
+FrameLoop::FrameLoop(const CaptureFormat& format, std::shared_ptr<ImageEncoder> encoder)
+    : format_(format),
+      encoder_(std::move(encoder)),
+      frames_(loopLength(format)),
+      missing_(frames_.size()) {}
 
 FrameLoop::~FrameLoop() = default;
 
@@ -67,21 +58,11 @@ std::span<const uint8_t> FrameLoop::frame(size_t index) {
 std::vector<uint8_t> FrameLoop::encoded(size_t index) {
   PixelBuffer& picture = studio_->picture;
   studio_->scene.draw(index, picture);
-  const int stride = int(picture.bytesPerRow());
-  if (format_.mediaSubType != kMediaSubTypeMJPEG) {
-    std::vector<uint8_t> bytes(rawBytes(format_));
-    libyuv::ARGBToYUY2(picture.data(), stride, bytes.data(), int(bytesPerRow()), format_.width,
-                       format_.height);
-    return bytes;
-  }
-  uint8_t* compressed = nullptr;
-  unsigned long size = 0;
-  const int result =
-      tjCompress2(studio_->compressor.get(), picture.data(), format_.width, stride, format_.height,
-                  TJPF_BGRX, &compressed, &size, TJSAMP_422, kQuality, 0);
-  const std::unique_ptr<uint8_t, FreeBytes> owned(compressed);
-  if (result != 0) return {};
-  return {compressed, compressed + size};
+  if (format_.mediaSubType == kMediaSubTypeMJPEG) return encoder_->encode(picture);
+  std::vector<uint8_t> bytes(rawBytes(format_));
+  libyuv::ARGBToYUY2(picture.data(), int(picture.bytesPerRow()), bytes.data(), int(bytesPerRow()),
+                     format_.width, format_.height);
+  return bytes;
 }
 
 }  // namespace tessary

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/CaptureSystem.h"
+#include "platform/ImageEncoder.h"
 #include "simulated/SimulatedScene.h"
 
 namespace tessary {
@@ -16,8 +17,8 @@ namespace tessary {
 /// is there quickly and replaying costs nothing. One thread at a time.
 class FrameLoop {
  public:
-  /// `format` is 'dmb1' or 'yuvs'.
-  explicit FrameLoop(const CaptureFormat& format);
+  /// `format` is 'dmb1' or 'yuvs'; `encoder` makes the frames of 'dmb1'.
+  FrameLoop(const CaptureFormat& format, std::shared_ptr<ImageEncoder> encoder);
   ~FrameLoop();
   FrameLoop(const FrameLoop&) = delete;
   FrameLoop& operator=(const FrameLoop&) = delete;
@@ -36,6 +37,7 @@ class FrameLoop {
   std::vector<uint8_t> encoded(size_t index);
 
   CaptureFormat format_;
+  std::shared_ptr<ImageEncoder> encoder_;
   std::vector<std::vector<uint8_t>> frames_;  // empty ones are yet to be made
   size_t missing_ = 0;
   std::unique_ptr<Studio> studio_;

@@ -6,9 +6,11 @@
 
 namespace tessary {
 
-SimulatedCaptureSystem::SimulatedCaptureSystem(Executor& mainQueue, FrameDecoderFactory makeDecoder)
+SimulatedCaptureSystem::SimulatedCaptureSystem(Executor& mainQueue, FrameDecoderFactory makeDecoder,
+                                               std::shared_ptr<ImageEncoder> encoder)
     : mainQueue_(mainQueue),
       makeDecoder_(std::move(makeDecoder)),
+      encoder_(std::move(encoder)),
       plugged_(std::make_shared<SimulatedMicroscope>()) {
   seen_->microscope = plugged_;
 }
@@ -36,7 +38,7 @@ std::unique_ptr<CaptureDeviceInput> SimulatedCaptureSystem::makeDeviceInput(
     error = std::exchange(openFailure_, {});
     return nullptr;
   }
-  return std::make_unique<SimulatedDeviceInput>(plugged_, makeDecoder_);
+  return std::make_unique<SimulatedDeviceInput>(plugged_, makeDecoder_, encoder_);
 }
 
 void SimulatedCaptureSystem::setHotPlugHandlers(std::function<void()> deviceWasConnected,

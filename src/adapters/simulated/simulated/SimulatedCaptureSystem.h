@@ -7,6 +7,7 @@
 #include "base/Executor.h"
 #include "platform/CaptureSystem.h"
 #include "platform/FrameDecoder.h"
+#include "platform/ImageEncoder.h"
 #include "simulated/SimulatedMicroscope.h"
 
 namespace tessary {
@@ -14,8 +15,10 @@ namespace tessary {
 /// A machine with one simulated microscope, plugged in at first. Main thread.
 class SimulatedCaptureSystem final : public CaptureSystem {
  public:
-  /// Hot-plug handlers are posted to `mainQueue`; `makeDecoder` serves the streams.
-  SimulatedCaptureSystem(Executor& mainQueue, FrameDecoderFactory makeDecoder);
+  /// Hot-plug handlers are posted to `mainQueue`; `encoder` compresses what the microscope sends,
+  /// and `makeDecoder` serves the streams of it.
+  SimulatedCaptureSystem(Executor& mainQueue, FrameDecoderFactory makeDecoder,
+                         std::shared_ptr<ImageEncoder> encoder);
   ~SimulatedCaptureSystem() override;
 
   std::vector<std::shared_ptr<CaptureDevice>> devices() override;
@@ -52,6 +55,7 @@ class SimulatedCaptureSystem final : public CaptureSystem {
 
   Executor& mainQueue_;
   const FrameDecoderFactory makeDecoder_;
+  const std::shared_ptr<ImageEncoder> encoder_;
   std::shared_ptr<SimulatedMicroscope> plugged_;  // null while unplugged
   std::string openFailure_;
   // Shared with what is posted, which may run after this object's end.

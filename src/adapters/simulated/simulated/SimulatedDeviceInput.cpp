@@ -44,8 +44,11 @@ class Pace {
 }  // namespace
 
 SimulatedDeviceInput::SimulatedDeviceInput(std::shared_ptr<SimulatedMicroscope> microscope,
-                                           FrameDecoderFactory makeDecoder)
-    : microscope_(std::move(microscope)), makeDecoder_(std::move(makeDecoder)) {}
+                                           FrameDecoderFactory makeDecoder,
+                                           std::shared_ptr<ImageEncoder> encoder)
+    : microscope_(std::move(microscope)),
+      makeDecoder_(std::move(makeDecoder)),
+      encoder_(std::move(encoder)) {}
 
 SimulatedDeviceInput::~SimulatedDeviceInput() { stopStreaming(); }
 
@@ -75,6 +78,7 @@ bool SimulatedDeviceInput::runSetting(const std::stop_token& stop, FrameSink& si
   const SimulatedMicroscope::Setting setting = microscope_->setting();
   if (!frames_ || frames_->format() != setting.format) {
     frames_ = microscope_->takeFrames(setting.format);
+    if (!frames_) frames_ = std::make_unique<FrameLoop>(setting.format, encoder_);
     decoder_ = makeDecoder_(setting.format.mediaSubType);
     if (!decoder_) {
       sink.streamFailed("This program can't decode the kind of picture that was chosen.");

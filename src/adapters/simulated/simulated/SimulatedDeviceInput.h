@@ -4,6 +4,7 @@
 
 #include "platform/CaptureSystem.h"
 #include "platform/FrameDecoder.h"
+#include "platform/ImageEncoder.h"
 #include "simulated/SimulatedMicroscope.h"
 
 namespace tessary {
@@ -13,7 +14,7 @@ namespace tessary {
 class SimulatedDeviceInput final : public CaptureDeviceInput {
  public:
   SimulatedDeviceInput(std::shared_ptr<SimulatedMicroscope> microscope,
-                       FrameDecoderFactory makeDecoder);
+                       FrameDecoderFactory makeDecoder, std::shared_ptr<ImageEncoder> encoder);
   ~SimulatedDeviceInput() override;
 
   void startStreaming(FrameSink& sink) override;
@@ -27,6 +28,7 @@ class SimulatedDeviceInput final : public CaptureDeviceInput {
 
   const std::shared_ptr<SimulatedMicroscope> microscope_;
   const FrameDecoderFactory makeDecoder_;
+  const std::shared_ptr<ImageEncoder> encoder_;
   // The stream's own, touched by no one else while it runs.
   PixelBufferPool pool_;
   std::unique_ptr<FrameLoop> frames_;

@@ -89,11 +89,9 @@ void SimulatedMicroscope::wait(const std::stop_token& stop, uint64_t revision, T
 }
 
 std::unique_ptr<FrameLoop> SimulatedMicroscope::takeFrames(const CaptureFormat& format) {
-  {
-    const std::lock_guard lock(mutex_);
-    if (frames_ && frames_->format() == format) return std::move(frames_);
-  }
-  return std::make_unique<FrameLoop>(format);
+  const std::lock_guard lock(mutex_);
+  if (!frames_ || frames_->format() != format) return nullptr;
+  return std::move(frames_);
 }
 
 void SimulatedMicroscope::keepFrames(std::unique_ptr<FrameLoop> frames) {

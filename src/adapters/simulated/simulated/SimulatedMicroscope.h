@@ -48,7 +48,7 @@ class SimulatedMicroscope final : public CaptureDevice {
   /// Returns at `deadline`, or earlier when `stop` is requested, the microscope is unplugged, or
   /// `revision` is no longer in force.
   void wait(const std::stop_token& stop, uint64_t revision, TimePoint deadline);
-  /// The frames of `format`: those that the last stream left, or new ones.
+  /// The frames of `format` that the last stream left, or null.
   std::unique_ptr<FrameLoop> takeFrames(const CaptureFormat& format);
   void keepFrames(std::unique_ptr<FrameLoop> frames);
   /// Whether the next frame is to be spoilt.
