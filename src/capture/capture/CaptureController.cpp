@@ -6,15 +6,13 @@
 #include <fmt/format.h>
 
 #include "base/Log.h"
+#include "base/ScaleType.h"
 
 namespace tessary {
 namespace {
 
 constexpr const char* kQueueLabel = "com.quorvix.microscope.session";
 constexpr uint32_t kFramesCapturedAtStart = 10;
-constexpr int32_t kNoReticle = 0;
-constexpr float kUncalibrated = -1.0f;
-constexpr int32_t kMillimetres = 0;
 constexpr int32_t kCancel = 0;
 /// A camera takes up to two seconds to start.
 constexpr int kSilentLooks = 3;
@@ -122,8 +120,8 @@ void CaptureController::startCaptureSession(std::shared_ptr<MicroscopeInfo> micr
   configDeviceWithCurrResolution();
   if (capDevice) capDevice->unlockForConfiguration();
 
-  surroundings_.host.changeScale(kNoReticle);
-  surroundings_.host.setCalibration(kUncalibrated, kMillimetres);
+  surroundings_.host.changeScale(kScaleNone);
+  surroundings_.host.setCalibration(kUncalibrated, kUnitMillimetre);
   surroundings_.host.removeAllShapes();
   rememberChoice(*microscope);
 }

@@ -34,8 +34,7 @@ std::string calibrationCellText(std::string_view identifier, int32_t row,
   if (identifier == "ID_") return fmt::format("{}", row + 1);
   if (identifier == "NAME") return record.name;
   if (identifier == "VALUE") return calibrated ? fmt::format("{:.2f}", record.ppu) : "";
-  if (identifier == "UNIT")
-    return calibrated ? std::string(kCalibrationUnits[record.unit == 0 ? 0 : 1]) : "";
+  if (identifier == "UNIT") return calibrated ? std::string(unitText(record.unit)) : "";
   if (identifier == "DATE") return dateText(record.date);
   if (identifier == "RESOLUTION") return resolutionText(record.resolution);
   log("CalibrationListWindowController: Unhandled table column identifier {}", identifier);

@@ -26,9 +26,6 @@ inline constexpr std::array<CalibrationColumn, 6> kCalibrationColumns{{
 }};
 inline constexpr int kCalibrationNameColumn = 1;
 
-/// The units by their code: any code but 0 is the second.
-inline constexpr std::array<std::string_view, 2> kCalibrationUnits{"mm", "μm"};
-
 constexpr bool isCalibrationSlot(int32_t index) noexcept {
   return index >= 0 && index < int32_t(kCalibrationSlots);
 }

@@ -47,8 +47,6 @@ class MouseInteraction {
   Point _ptMoved;           ///< How far the selected shape moved since, in whole pixels.
 
  private:
-  static constexpr int32_t kZoom100 = 2;
-
   bool isAt100Percent() const { return geometry_.zoom() == kZoom100; }
   /// Where a drag starts from, for shape or picture.
   void rememberPress(Point screenPoint);

@@ -2,16 +2,11 @@
 
 #include <cstdint>
 
+#include "base/ScaleType.h"
 #include "overlay/CalibrationLine.h"
 #include "overlay/OverlayContext.h"
 
 namespace tessary {
-
-/// Values of `_scaleType`.
-inline constexpr int32_t kScaleNone = 0;
-inline constexpr int32_t kScaleCrosshair = 1;
-inline constexpr int32_t kScaleGrid = 2;
-inline constexpr int32_t kScaleConcentric = 3;
 
 /// The reticles: which one lies over the picture, how long its steps are, and how each is drawn.
 /// With a calibration a reticle shows a round real length and its label, without one a ruler in

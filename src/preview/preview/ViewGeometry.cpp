@@ -2,22 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
+
+#include "base/Truncate.h"
 
 namespace tessary {
 namespace {
 
-/// Toward zero; what 32 bits can't hold becomes their nearest end, and not-a-number 0.
-int32_t truncated(double value) {
-  if (std::isnan(value)) return 0;
-  constexpr double kLow = std::numeric_limits<int32_t>::min();
-  constexpr double kHigh = std::numeric_limits<int32_t>::max();
-  return int32_t(std::clamp(value, kLow, kHigh));
-}
-
 /// Size of a picture on screen: the product is single precision, halves go away from zero.
 int32_t scaledSize(int32_t texture, float scale) {
-  return truncated(double(std::round(float(texture) * scale)));
+  return truncateToInt32(double(std::round(float(texture) * scale)));
 }
 
 }  // namespace
@@ -26,7 +19,7 @@ float mapZoom(int32_t step) {
   switch (step) {
     case 0: return 0.5F;
     case 1: return 0.75F;
-    case 2: return 1.0F;
+    case kZoom100: return 1.0F;
     case 3: return 1.25F;
     case 4: return 1.5F;
     case 5: return 2.0F;  // the zoom slider ends at 4: nobody asks for this one
@@ -41,7 +34,7 @@ ViewGeometry::Axis ViewGeometry::layOutAxis(double container, int32_t bitmap, in
   if (container >= bitmap) {
     return {(container - view) / 2, view, 0.0, -((view - bitmap) / 2)};
   }
-  const int32_t room = truncated(bitmap - container);
+  const int32_t room = truncateToInt32(bitmap - container);
   const double origin = overflow(room);
   return {0.0, view, origin, origin};
 }
@@ -60,7 +53,7 @@ void ViewGeometry::tellFrameDidChange() {
 
 void ViewGeometry::zoomTo(int32_t step) {
   if (step >= 0 && step == _zoom) return;
-  _zoom = step < 0 ? 2 : step;
+  _zoom = step < 0 ? kZoom100 : step;
   const float scale = mapZoom(_zoom);
   _bitmapWidth = scaledSize(textureSize_.width, scale);
   _bitmapHeight = scaledSize(textureSize_.height, scale);
@@ -95,10 +88,10 @@ void ViewGeometry::windowDidResize() {
 }
 
 void ViewGeometry::pan(Point click, Point screenPoint) {
-  const int32_t dx = truncated(screenPoint.x - click.x);
-  const int32_t dy = truncated(screenPoint.y - click.y);
-  const int32_t x = truncated(_viewLocation0.x - dx);
-  const int32_t y = truncated(_viewLocation0.y + dy);  // the screen's y grows upwards
+  const int32_t dx = truncateToInt32(screenPoint.x - click.x);
+  const int32_t dy = truncateToInt32(screenPoint.y - click.y);
+  const int32_t x = truncateToInt32(_viewLocation0.x - dx);
+  const int32_t y = truncateToInt32(_viewLocation0.y + dy);  // the screen's y grows upwards
   if (x == _viewLocation.x && y == _viewLocation.y) return;
   offsetLocationTo(float(x), float(y));
   if (_locationDelegate) _locationDelegate->previewViewLocationDidChange(_viewLocation);
@@ -107,8 +100,8 @@ void ViewGeometry::pan(Point click, Point screenPoint) {
 Size ViewGeometry::getMaxWindowSize() const {
   const Rect window = host_.windowFrame();
   // The screen's origin, menu bar and task bar are left out of account: meant.
-  return {host_.screenFrame().size.width - truncated(window.origin.x),
-          double(truncated(window.origin.y)) + truncated(window.size.height)};
+  return {host_.screenFrame().size.width - truncateToInt32(window.origin.x),
+          double(truncateToInt32(window.origin.y)) + truncateToInt32(window.size.height)};
 }
 
 Point ViewGeometry::convertPointFromSuperview(Point point) const {
@@ -118,7 +111,7 @@ Point ViewGeometry::convertPointFromSuperview(Point point) const {
 }
 
 void ViewGeometry::frameSizeDidChange(TextureSize size) {
-  _zoom = 2;
+  _zoom = kZoom100;
   _bitmapWidth = size.width;
   _bitmapHeight = size.height;
 }
@@ -141,7 +134,7 @@ void ViewGeometry::startPreview() {
 }
 
 void ViewGeometry::stopPreview() {
-  _zoom = -1;
+  _zoom = kNoZoom;
   _bitmapWidth = 0;
   _bitmapHeight = 0;
   _viewLocation = {};

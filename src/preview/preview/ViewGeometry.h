@@ -8,6 +8,11 @@
 
 namespace tessary {
 
+/// Zoom steps: -1 without a picture, 0 and up as in `mapZoom`.
+inline constexpr int32_t kNoZoom = -1;
+inline constexpr int32_t kZoom100 = 2;      ///< 100 percent.
+inline constexpr int32_t kLargestZoom = 4;  ///< The last step that the user can choose.
+
 /// Decides how large the picture is on screen, which part of it shows, where the view lies in its
 /// container, and how large the window becomes for a new frame size. Arithmetic only: no pixel is
 /// touched here. Main thread.
@@ -30,7 +35,7 @@ class ViewGeometry {
   ViewGeometry(ViewHost& host, const TextureSize& textureSize)
       : host_(host), textureSize_(textureSize) {}
 
-  /// Zoom step; 2 is 100 percent, -1 means no picture.
+  /// Zoom step, `kNoZoom` without a picture.
   int32_t zoom() const { return _zoom; }
   int32_t bitmapWidth() const { return _bitmapWidth; }
   int32_t bitmapHeight() const { return _bitmapHeight; }
@@ -87,7 +92,7 @@ class ViewGeometry {
   const TextureSize& textureSize_;
   PreviewViewLocationDelegate* _locationDelegate = nullptr;
 
-  int32_t _zoom = -1;
+  int32_t _zoom = kNoZoom;
   int32_t _bitmapWidth = 100;
   int32_t _bitmapHeight = 100;
   Point _viewLocation;

@@ -13,8 +13,6 @@
 namespace tessary {
 namespace {
 
-constexpr int32_t kSmallestTextSize = 12;
-constexpr int32_t kLargestTextSize = 48;
 constexpr int32_t kDefaultTextSize = 26;
 constexpr const char* kDefaultColor = "0.0,0.9,0.9";
 constexpr std::string_view kNil = "(null)";  // how the log shows what is not there

@@ -17,6 +17,10 @@
 
 namespace tessary {
 
+/// What a text size may be, in points.
+inline constexpr int32_t kSmallestTextSize = 12;
+inline constexpr int32_t kLargestTextSize = 48;
+
 /// Everything the program remembers between runs. Its fields are read and written directly, without
 /// any checks; whoever changes one calls `save` to keep the change. Main thread.
 class Preferences {
@@ -55,7 +59,7 @@ class Preferences {
   Color gridColor;
   Color lineColor;
   Color textColor;
-  int32_t textSize = 0;   ///< In points, 12 to 48.
+  int32_t textSize = 0;   ///< In points, between the limits above.
   int32_t imagePNG = 0;   ///< Photo format: 0 for JPG, any other value for PNG.
   int32_t maxRecord = 0;  ///< Recording limit in seconds.
   std::string uniqueID;   ///< Of the last microscope used, "" for none.

@@ -1,7 +1,7 @@
 #include "ui/CalibrationFlow.h"
 
+#include "base/ScaleType.h"
 #include "dialogs/CalibrationTable.h"
-#include "overlay/Scale.h"
 
 namespace tessary {
 

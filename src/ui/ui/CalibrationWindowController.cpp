@@ -39,8 +39,10 @@ CalibrationWindowController::CalibrationWindowController(QWidget* parent,
       preferences_(preferences) {
   ui_->setupUi(this);
   ui_->lengthFld->setValidator(new LengthValidator(this));
-  for (const std::string_view unit : kCalibrationUnits)
-    ui_->unitFld->addItem(QString::fromUtf8(unit.data(), qsizetype(unit.size())));
+  for (const int32_t unit : {kUnitMillimetre, kUnitMicrometre}) {  // an item's index is its code
+    const std::string_view text = unitText(unit);
+    ui_->unitFld->addItem(QString::fromUtf8(text.data(), qsizetype(text.size())));
+  }
   using Self = CalibrationWindowController;
   connect(ui_->buttonBox, &QDialogButtonBox::accepted, this, &Self::okClicked);
   connect(ui_->buttonBox, &QDialogButtonBox::rejected, this, &Self::cancelClicked);

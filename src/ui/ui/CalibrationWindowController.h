@@ -17,8 +17,8 @@ namespace tessary {
 class CalibrationDelegate {
  public:
   virtual ~CalibrationDelegate() = default;
-  /// `length` in `unit` (0 "mm", 1 "μm"); 0 for Cancel, and negative or 0 for a text that is no
-  /// length. The window is still up and closes right after, so it may not be destroyed here.
+  /// `length` in `unit` (one of the unit codes); 0 for Cancel, and negative or 0 for a text that is
+  /// no length. The window is still up and closes right after, so it may not be destroyed here.
   virtual void calibrationCompleted(int32_t slot, double length, int32_t unit) = 0;
 };
 
@@ -57,7 +57,7 @@ class CalibrationWindowController final : public Dialog {
   const Preferences& preferences_;
   CalibrationDelegate* _delegate = nullptr;
   int32_t _editingItem = -1;
-  int32_t _unit = 0;
+  int32_t _unit = kUnitMillimetre;
   double _length = 0.0;
   std::unique_ptr<CalibrationHelpViewController> _calibrationHelpController;
 };

@@ -9,8 +9,6 @@
 namespace tessary {
 namespace {
 
-constexpr int32_t kSmallestTextSize = 12;
-constexpr int32_t kLargestTextSize = 48;
 // Differs from the 26 that a stored size is repaired to; it is meant.
 constexpr int32_t kTextSizeRepair = 24;
 

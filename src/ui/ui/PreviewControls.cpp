@@ -12,8 +12,6 @@ namespace tessary {
 namespace {
 
 constexpr int kPanTickMarks = 10;
-constexpr int kZoomSteps = 5;
-constexpr int kZoomOfHundredPercent = 2;
 
 /// Gives a pan slider its range, or hides it (range 0 to 0) where the picture fits.
 void setPanRange(QSlider& slider, int32_t bitmapLength, int containerLength) {
@@ -51,10 +49,10 @@ void PreviewControls::setupSliders() {
   horizontalSlider = add(Qt::Horizontal, "horizontalSlider", tr("Scroll across"));
   verticalSlider = add(Qt::Vertical, "verticalSlider", tr("Scroll down"));
   zoomSlider = add(Qt::Horizontal, "zoomSlider", tr("Zoom"));
-  zoomSlider->setRange(0, kZoomSteps - 1);
+  zoomSlider->setRange(0, kLargestZoom);
   zoomSlider->setTickInterval(1);
   zoomSlider->setPageStep(1);
-  zoomSlider->setValue(kZoomOfHundredPercent);
+  zoomSlider->setValue(kZoom100);
   connect(horizontalSlider, &QSlider::valueChanged, this, &PreviewControls::horizontalSliderAct);
   connect(verticalSlider, &QSlider::valueChanged, this, &PreviewControls::verticalSliderAct);
   connect(zoomSlider, &QSlider::valueChanged, this, &PreviewControls::zoomSliderAct);
@@ -164,15 +162,7 @@ void PreviewControls::showZoom() {
 }
 
 int PreviewControls::mapZoom100(int32_t zoom) {
-  switch (zoom) {
-    case 0: return 50;
-    case 1: return 75;
-    case 2: return 100;
-    case 3: return 125;
-    case 4: return 150;
-    case 5: return 200;
-    default: return 100;
-  }
+  return int(mapZoom(zoom) * 100);  // whole for every step
 }
 
 }  // namespace tessary

@@ -88,7 +88,7 @@ void PreviewWindowController::setupPreviewView() {
                                                    surroundings_.clock);
   saving_ = std::make_unique<SavingFlow>(window_, *previewView, surroundings_.preferences,
                                          surroundings_.clock);
-  previewView->setCalibration(-1.0F, 0);
+  previewView->setCalibration(kUncalibrated, kUnitMillimetre);
   previewView->setLocationDelegate(this);
   previewWidget_->setPreviewView(previewView.get());
   window_.show();

@@ -5,8 +5,6 @@
 namespace tessary {
 namespace {
 
-constexpr int32_t kZoom100 = 2;
-
 std::span<const PointVertex> vertices(const MyDataArray<PointVertex>& store) {
   return {store.data, size_t(store.count)};
 }
@@ -163,7 +161,7 @@ void PreviewView::stopPreview() {
   ++frameSizeGeneration_;
   _cvTextureSize = {};
   geometry_.stopPreview();
-  calibration_._pixelsPerUnit = -1.0F;
+  calibration_._pixelsPerUnit = kUncalibrated;
   calibrationLine_._showCalibrationLine = 0;
   pipeline_.clearBufferResources();
   surroundings_.setNeedsDisplay();
