@@ -89,6 +89,11 @@ void waitForPlace(const QWidget& window) {
       << " is not where it should be";
 }
 
+void minimize(QWidget& window) {
+  window.showMinimized();
+  EXPECT_TRUE(waitUntil([&] { return !placeOnDisplay(window); }));
+}
+
 void xdotool(const QStringList& arguments) {
   const int before = s_buttons->events;
   QProcess process;

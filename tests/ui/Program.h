@@ -38,6 +38,10 @@ std::optional<QRect> placeOnDisplay(const QWidget& window);
 /// Waits until the display has the window where, and as large as, the program believes it to be.
 void waitForPlace(const QWidget& window);
 
+/// Minimises, and waits for the window manager, who would mix it up with a return that follows at
+/// once.
+void minimize(QWidget& window);
+
 /// The pointer, moved and pressed as a hand would. Positions are the widget's own.
 void moveTo(const QWidget& widget, QPoint position);
 void press();

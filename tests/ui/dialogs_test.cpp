@@ -520,7 +520,7 @@ TEST(OptionsWindow, MinimisedItComesBackWhenItIsAskedForAgain) {
   Program program(Start{.plugged = false});
   click(program.button(kOptions));
   ASSERT_TRUE(waitForOptions());
-  gOptionsWindowController->showMinimized();
+  minimize(*gOptionsWindowController);
   ASSERT_TRUE(waitUntil([] { return gOptionsWindowController->isMinimized(); }));
   click(program.button(kOptions));
   EXPECT_TRUE(waitUntil([] {

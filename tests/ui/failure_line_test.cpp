@@ -99,7 +99,7 @@ TEST_F(FailureLineTest, AMessageGoesByItself) {
 
 TEST_F(FailureLineTest, AHiddenWindowThatRecordedNothingSaysSoWhenItIsBack) {
   ASSERT_TRUE(program.waitForPicture());
-  program.window().showMinimized();
+  minimize(program.window());
   ASSERT_TRUE(waitUntil([] { return !gPreviewWindowController->wndExposed(); }));
   program.window().showNormal();
   ASSERT_TRUE(waitUntil([] { return gPreviewWindowController->wndExposed(); }));
@@ -109,7 +109,7 @@ TEST_F(FailureLineTest, AHiddenWindowThatRecordedNothingSaysSoWhenItIsBack) {
   key("Return");  // Start
   auto& view = gPreviewWindowController->getPreviewView();
   ASSERT_TRUE(waitUntil([&] { return view.recordingStatus() == kRecordingRunning; }));
-  program.window().showMinimized();
+  minimize(program.window());
   ASSERT_TRUE(waitUntil([] { return !gPreviewWindowController->wndExposed(); }));
   program.window().showNormal();
   ASSERT_TRUE(waitUntil([] { return gPreviewWindowController->wndExposed(); }));

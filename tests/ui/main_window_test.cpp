@@ -211,7 +211,7 @@ TEST(MainWindow, AMinimisedWindowPassesNoFramesOn) {
   Program program;
   ASSERT_TRUE(program.waitForPicture());
   ASSERT_TRUE(waitUntil([&] { return gPreviewWindowController->wndExposed(); }));
-  program.window().showMinimized();
+  minimize(program.window());
   EXPECT_TRUE(waitUntil([&] { return !gPreviewWindowController->wndExposed(); }));
   program.window().showNormal();
   EXPECT_TRUE(waitUntil([&] { return gPreviewWindowController->wndExposed(); }));

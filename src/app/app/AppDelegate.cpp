@@ -45,8 +45,11 @@ void AppDelegate::applicationDidFinishLaunching() {
       std::make_unique<PreviewWindowController>(PreviewWindowController::Surroundings{
           *platform_.captureSystem, catalogue_, *platform_.compositor, *platform_.textRasterizer,
           *gPreferences, platform_.mainQueue, *platform_.jpegEncoder, *platform_.pngEncoder,
-          platform_.makeAssetWriter, platform_.clock, [this] { howToClicked(); },
-          [this] { preferencesClicked(); }});
+          platform_.makeAssetWriter, platform_.clock});
+  QObject::connect(gPreviewWindowController.get(), &PreviewWindowController::howToClicked,
+                   [this] { howToClicked(); });
+  QObject::connect(gPreviewWindowController.get(), &PreviewWindowController::preferencesClicked,
+                   [this] { preferencesClicked(); });
   FailureListener& failures = gPreviewWindowController->failures();
   platform_.store->setProblemHandler([&failures](const std::string& problem) {
     if (problem.empty())

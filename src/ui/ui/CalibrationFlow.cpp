@@ -16,14 +16,10 @@ void CalibrationFlow::calibrationToolbarItemDidClick() {
 
 void CalibrationFlow::showCalibrationListWindow(int32_t row) {
   if (calibrationListWndController) return;
-  calibrationListWndController = new CalibrationListWindowController(&window_, preferences_);
-  calibrationListWndController->setDelegate(this);
-  calibrationListWndController->setEditingItem(row);
-  connect(calibrationListWndController, &QDialog::finished, this, [this] {
-    calibrationListWndController->deleteLater();
-    calibrationListWndController.clear();
-  });
-  calibrationListWndController->open();
+  auto* sheet = new CalibrationListWindowController(&window_, preferences_);
+  sheet->setDelegate(this);
+  sheet->setEditingItem(row);
+  openSheet(*this, calibrationListWndController, *sheet);
 }
 
 void CalibrationFlow::calibrationListCompleted(int32_t slot, bool calibrateOrApply) {

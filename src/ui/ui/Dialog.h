@@ -1,5 +1,9 @@
 #pragma once
 
+#include <functional>
+#include <utility>
+
+#include <QtCore/QPointer>
 #include <QtWidgets/QDialog>
 
 namespace tessary {
@@ -17,5 +21,20 @@ class Dialog : public QDialog {
  private:
   bool ended_ = false;
 };
+
+/// Opens `sheet` over its parent, and lets it go when it has ended and `ended` has been told the
+/// return code. `up` points to it for as long as it is up. Without `owner`, whose `up` is, nothing
+/// is told any more.
+template <typename Sheet>
+void openSheet(QObject& owner, QPointer<Sheet>& up, Sheet& sheet,
+               std::function<void(int returnCode)> ended = {}) {
+  up = &sheet;
+  QObject::connect(&sheet, &QDialog::finished, &owner, [&, ended = std::move(ended)](int code) {
+    if (ended) ended(code);
+    up.clear();
+    sheet.deleteLater();
+  });
+  sheet.open();
+}
 
 }  // namespace tessary

@@ -46,22 +46,19 @@ class PreviewWindowController final : public QObject,
     ImageEncoder& pngEncoder;
     AssetWriterFactory makeAssetWriter;
     Clock& clock;
-    std::function<void()> howToClicked;
-    std::function<void()> preferencesClicked;
   };
 
+  /// Puts the window together, not yet on screen, and without a session.
   explicit PreviewWindowController(Surroundings surroundings);
   ~PreviewWindowController() override;
 
-  /// Loads the window on first use and shows it.
+  /// Shows the window; the first time it also goes to its place, and the capture session begins.
   void showWindow();
   MainWindow& window() { return window_; }
-  /// The picture, once the window is loaded.
-  PreviewView& getPreviewView() { return *previewView; }
+  PreviewView& getPreviewView() { return previewView; }
   /// Whether frames are passed on: false while nothing of the window can be seen.
-  bool wndExposed() const { return capture_ && capture_->wndExposed; }
-  /// Tells the user, on a line over the picture. What is told before the window is loaded shows
-  /// with it.
+  bool wndExposed() const { return capture_.wndExposed; }
+  /// Tells the user, on a line over the picture.
   FailureListener& failures() { return failures_; }
   /// Stops the camera and finishes a movie that runs, without a touch to any window, since the
   /// display may have gone. Nothing can be done afterwards.
@@ -69,10 +66,14 @@ class PreviewWindowController final : public QObject,
   /// Settings were changed in the options window.
   void preferencesDidChange();
 
+ signals:
+  /// The user wants the help or the options window.
+  void howToClicked();
+  void preferencesClicked();
+
  private:
-  // Putting the window together.
-  void windowDidLoad();
   void setupPreviewView();
+  void beginWork();
 
   // What happens to the window.
   void windowWillClose();
@@ -114,25 +115,23 @@ class PreviewWindowController final : public QObject,
   void folderToolbarItemDidClick();
   void microscopeToolbarItemDidClick();
   void textToolbarItemDidClick();
-  /// A sheet on the main window with one button; `icon` is one of QMessageBox::Icon.
-  void showAlert(int icon, const QString& message, const QString& information);
 
   Surroundings surroundings_;
   FailureMessages failures_;
   MainWindow window_;
-  bool loaded_ = false;
-  PreviewContainerView* containerView = nullptr;  // owned by the window
-  PreviewWidget* previewWidget_ = nullptr;        // owned by the container
-  std::optional<std::chrono::steady_clock::time_point> hiddenWhileRecording_;
-  std::unique_ptr<QtViewHost> viewHost_;
-  std::unique_ptr<PreviewView> previewView;
-  std::unique_ptr<PreviewControls> controls_;
-  std::unique_ptr<Toolbar> toolbar;
-  std::unique_ptr<SavingFlow> saving_;
-  std::unique_ptr<CalibrationFlow> calibration_;
+  PreviewContainerView& containerView;  // owned by the window
+  PreviewWidget& previewWidget_;        // owned by the container
+  QtViewHost viewHost_{window_, containerView};
+  PreviewView previewView;
+  PreviewControls controls_{containerView, previewView};
+  Toolbar toolbar{window_};
+  CalibrationFlow calibration_;
+  SavingFlow saving_;
   // After what it hands frames to: it ends first.
-  std::unique_ptr<CaptureController> capture_;
+  CaptureController capture_;
   QTimer fpsTimer;
+  bool working_ = false;  // the window has been shown
+  std::optional<std::chrono::steady_clock::time_point> hiddenWhileRecording_;
 
   // A dialog is up while its pointer is set.
   QPointer<MicroscopeWindowController> microscopeWndController;

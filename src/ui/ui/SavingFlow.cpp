@@ -49,14 +49,11 @@ void SavingFlow::recordToolbarItemDidClick() {
 
 void SavingFlow::showRecordWindow() {
   if (recordWindowController) return;
-  recordWindowController = new RecordWindowController(&window_, preferences_);
-  recordWindowController->setDelegate(this);
-  connect(recordWindowController, &QDialog::finished, this, [this](int returnCode) {
+  auto* sheet = new RecordWindowController(&window_, preferences_);
+  sheet->setDelegate(this);
+  openSheet(*this, recordWindowController, *sheet, [this](int returnCode) {
     if (returnCode == 1) previewView_.stopRecord();
-    recordWindowController->deleteLater();
-    recordWindowController.clear();
   });
-  recordWindowController->open();
 }
 
 void SavingFlow::startRecord(RecordWindowController& sender) {

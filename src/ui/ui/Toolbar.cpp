@@ -1,14 +1,13 @@
 #include "ui/Toolbar.h"
 
-#include <utility>
-
 #include <QtGui/QAction>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QMainWindow>
 #include <QtWidgets/QMenu>
 #include <QtWidgets/QMenuBar>
-#include <QtWidgets/QMessageBox>
 #include <QtWidgets/QToolBar>
+
+#include "ui/Windows.h"
 
 namespace tessary {
 namespace {
@@ -44,9 +43,7 @@ QWidget* makeFlexibleSpace(QWidget* parent) {
 
 }  // namespace
 
-Toolbar::Toolbar(QMainWindow& window, const std::function<void(Command)>& perform,
-                 std::function<bool(Command)> validate)
-    : window_(window), validate_(std::move(validate)) {
+Toolbar::Toolbar(QMainWindow& window) : window_(window) {
   for (const CommandInfo& info : allCommands()) {
     auto* action = new QAction(tr(info.label), this);
     action->setObjectName(QString::fromLatin1(info.identifier));
@@ -54,7 +51,7 @@ Toolbar::Toolbar(QMainWindow& window, const std::function<void(Command)>& perfor
     action->setIcon(QIcon(QStringLiteral(":/icons/%1.svg").arg(QLatin1String(info.imageName))));
     action->setShortcut(shortcut(info.command));
     connect(action, &QAction::triggered, this,
-            [perform, command = info.command] { perform(command); });
+            [this, command = info.command] { emit commandDidClick(command); });
     actions_[info.command] = action;
   }
 }
@@ -80,7 +77,6 @@ void Toolbar::setupToolbar() {
   }
   window_.addToolBar(Qt::TopToolBarArea, toolbar);
   window_.setUnifiedTitleAndToolBarOnMac(false);
-  validateItems();
 }
 
 void Toolbar::setupMenuItems() {
@@ -99,14 +95,12 @@ void Toolbar::setupMenuItems() {
 }
 
 void Toolbar::showAbout() {
-  auto* about = new QMessageBox(
-      QMessageBox::NoIcon, tr("About Tessary"),
+  QMessageBox& about = openAlert(
+      window_, QMessageBox::NoIcon,
       tr("<b>Tessary %1</b><p>Shows the live picture of a USB microscope and measures on it.")
-          .arg(QApplication::applicationVersion()),
-      QMessageBox::Ok, &window_);
-  about->setIconPixmap(QApplication::windowIcon().pixmap(kAboutIconSize));
-  about->setAttribute(Qt::WA_DeleteOnClose);
-  about->open();
+          .arg(QApplication::applicationVersion()));
+  about.setWindowTitle(tr("About Tessary"));
+  about.setIconPixmap(QApplication::windowIcon().pixmap(kAboutIconSize));
 }
 
 void Toolbar::fillMenu(int menu, QMenu& target) {
@@ -119,8 +113,8 @@ void Toolbar::fillMenu(int menu, QMenu& target) {
   }
 }
 
-void Toolbar::validateItems() {
-  for (const auto& [command, action] : actions_) action->setEnabled(validate_(command));
+void Toolbar::validateItems(const std::function<bool(Command)>& validate) {
+  for (const auto& [command, action] : actions_) action->setEnabled(validate(command));
 }
 
 }  // namespace tessary

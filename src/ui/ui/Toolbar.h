@@ -18,25 +18,25 @@ namespace tessary {
 class Toolbar final : public QObject {
   Q_OBJECT
  public:
-  /// `perform` runs a command; `validate` is the one rule of availability.
-  Toolbar(QMainWindow& window, const std::function<void(Command)>& perform,
-          std::function<bool(Command)> validate);
+  explicit Toolbar(QMainWindow& window);
 
   /// Puts the toolbar's twenty-four entries into the window.
   void setupToolbar();
   /// Builds the main menu: application, microscope, measuring, help.
   void setupMenuItems();
-  /// Works out anew which commands are available.
-  void validateItems();
-
+  /// Works out anew which commands are available; `validate` is the one rule of that.
+  void validateItems(const std::function<bool(Command)>& validate);
   QAction& action(Command command) { return *actions_.at(command); }
+
+ signals:
+  /// The user chose a command, by button, menu or key.
+  void commandDidClick(Command command);
 
  private:
   void fillMenu(int menu, QMenu& target);
   void showAbout();
 
   QMainWindow& window_;
-  std::function<bool(Command)> validate_;
   std::map<Command, QAction*> actions_;
 };
 

@@ -24,6 +24,15 @@ void placeBelowTitle(QWidget& window, const QWidget& parent) {
   placeIn(window, parent, kBelowTitle);
 }
 
+QMessageBox& openAlert(QWidget& window, QMessageBox::Icon icon, const QString& message,
+                       const QString& information) {
+  auto* alert = new QMessageBox(icon, QString(), message, QMessageBox::Ok, &window);
+  alert->setInformativeText(information);
+  alert->setAttribute(Qt::WA_DeleteOnClose);
+  alert->open();
+  return *alert;
+}
+
 namespace {
 
 /// The chooser looks into the folder that it begins with: not where the disk does not answer.

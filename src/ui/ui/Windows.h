@@ -1,11 +1,11 @@
 #pragma once
-// What several windows share: where they are placed, and the folder chooser.
+// What several windows share: where they are placed, alerts, and the folder chooser.
 
 #include <functional>
 #include <optional>
 #include <string>
 
-#include <QtWidgets/QWidget>
+#include <QtWidgets/QMessageBox>
 
 namespace tessary {
 
@@ -13,6 +13,11 @@ namespace tessary {
 void placeIn(QWidget& window, const QWidget& parent, double below);
 /// The place of the auxiliary windows: 77 below.
 void placeBelowTitle(QWidget& window, const QWidget& parent);
+
+/// Opens an alert with an OK button as a sheet on `window`. It goes by itself; what is returned is
+/// good until then, to be made more of at once.
+QMessageBox& openAlert(QWidget& window, QMessageBox::Icon icon, const QString& message,
+                       const QString& information = {});
 
 /// Opens a folder chooser as a sheet on `window` and, if the user settles on a folder, hands its
 /// path (UTF-8) to `chosen`. It starts in `current` if that is set.
