@@ -356,6 +356,7 @@ TEST_F(CaptureControllerTest, FailsWhenTheSessionRefusesTheInput) {
   calls();
   start(0, 0);
   EXPECT_THAT(lines(), ElementsAre("Could not add video device input to the session"));
+  EXPECT_EQ(failures.text(Failure::Camera), "The microscope can't be opened. Choose it once more.");
   EXPECT_THAT(calls(), ElementsAre("closeCalibrationWindow", "deviceWithUniqueID m1", "m1.open"));
   EXPECT_NE(controller->capDeviceInput, nullptr);
   EXPECT_EQ(controller->capVideoDataOutput, nullptr);
