@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <QLockFile>
 #include <QTemporaryDir>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <future>
@@ -18,6 +19,7 @@
 #include <unistd.h>
 
 #include "LogCapture.h"
+#include "Patience.h"
 #include "QtTest.h"
 #include "settings/PathGrants.h"
 #include "settings/Preferences.h"
@@ -292,6 +294,29 @@ TEST_F(QtKeyValueStoreTest, ALinkLeadsToTheFileAndStaysALink) {
             fs::perms::owner_read | fs::perms::owner_write);
 }
 
+TEST_F(QtKeyValueStoreTest, LinksToLinksAreFollowedAlsoWhereTheyLeadNowhere) {
+  fs::create_directory(path("deep"));
+  fs::create_symlink("deep/second.ini", path());
+  fs::create_symlink("../third.ini", path("deep/second.ini"));
+  fs::create_symlink("last.ini", path("third.ini"));
+  QtKeyValueStore store(path());
+  EXPECT_EQ(store.value("k"), std::nullopt);
+  this->store(store, "k", "1");
+  EXPECT_THAT(log_.lines(), IsEmpty());
+  for (const char* link : {"settings.ini", "deep/second.ini", "third.ini"})
+    EXPECT_TRUE(fs::is_symlink(path(link))) << link;
+  EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(path("last.ini"))));
+  EXPECT_EQ(read(), "[General]\nk=1\n");
+}
+
+TEST_F(QtKeyValueStoreTest, WhatIsNoFileIsNotReplaced) {
+  SettingsFile file(path());
+  ASSERT_EQ(mkfifo(path().c_str(), 0666), 0);
+  EXPECT_FALSE(file.replace("k=1\n"));
+  EXPECT_EQ(file.error(), "it is no ordinary file");
+  EXPECT_TRUE(fs::is_fifo(path()));
+}
+
 TEST_F(QtKeyValueStoreTest, NobodyWaitsForTheDiskToHaveWhatIsStored) {
   std::promise<void> goOn;
   std::atomic<int> flushed = 0;
@@ -312,6 +337,49 @@ TEST_F(QtKeyValueStoreTest, NobodyWaitsForTheDiskToHaveWhatIsStored) {
   sameFile.drain();
   EXPECT_EQ(flushed, 4);  // each time the file and its folder
   EXPECT_THAT(log_.lines(), IsEmpty());
+}
+
+TEST_F(QtKeyValueStoreTest, WhatDoesNotReachTheDiskIsLoggedUnlessItsFileSystemCannot) {
+  struct Row {
+    int error;
+    std::vector<std::string> lines;
+  };
+  const std::string line = "The settings in " + path() + " may be gone after a power failure: ";
+  const Row rows[] = {
+      {EIO, {line + "Input/output error", line + "Input/output error"}},  // the file, its folder
+      {EINVAL, {}},
+      {ENOSYS, {}},
+      {EOPNOTSUPP, {}},
+  };
+  for (const Row& row : rows) {
+    const test::LogCapture log;
+    SettingsFile::Disk disk;
+    disk.flush = [error = row.error](int) {
+      errno = error;
+      return -1;
+    };
+    SettingsFile file(path(), disk);
+    EXPECT_TRUE(file.replace("k=1\n"));
+    file.drain();
+    EXPECT_EQ(log.lines(), row.lines) << row.error;
+  }
+}
+
+TEST_F(QtKeyValueStoreTest, ADiskThatWasSilentIsGivenTheTimeForSilentOnesUntilItAnswers) {
+  write("k=1\n");
+  std::promise<void> answer;
+  SettingsFile::Disk disk;
+  disk.patience = std::chrono::milliseconds(20);
+  disk.patienceAfterSilence =
+      std::chrono::duration_cast<std::chrono::milliseconds>(test::kPatience);
+  disk.touch = [wait = answer.get_future().share()] { wait.wait(); };
+  SettingsFile file(path(), disk);
+  EXPECT_EQ(file.read(), std::nullopt);
+  const std::jthread later([&] {
+    std::this_thread::sleep_for(10 * disk.patience);
+    answer.set_value();
+  });
+  EXPECT_EQ(file.read(), "k=1\n");
 }
 
 TEST_F(QtKeyValueStoreTest, ADiskThatDoesNotAnswerIsToldAndForgivenWhenItDoes) {
