@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <future>
 #include <string>
 #include <thread>
@@ -9,6 +10,8 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/socket.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include "LogCapture.h"
@@ -30,12 +33,20 @@ TEST(Log, ALineGoesToStandardErrorWithItsTime) {
               MatchesRegex("[0-9][0-9]:[0-9][0-9]:[0-9][0-9].[0-9][0-9][0-9] 3 of ten\n"));
 }
 
-/// Standard error as a pipe, whose reading end is ours.
+enum class Channel { Pipe, Socket, Terminal };
+
+/// Standard error as one of these, whose reading end is ours.
 class LogPipe {
  public:
-  LogPipe() {
+  explicit LogPipe(Channel channel = Channel::Pipe) {
     int ends[2] = {-1, -1};
-    EXPECT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    switch (channel) {
+      case Channel::Pipe: EXPECT_EQ(::pipe2(ends, O_CLOEXEC), 0); break;
+      case Channel::Socket:
+        EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
+        break;
+      case Channel::Terminal: openTerminal(ends);
+    }
     reading = FileDescriptor(ends[0]);
     const FileDescriptor writing(ends[1]);
     ::dup2(writing.get(), STDERR_FILENO);
@@ -46,21 +57,34 @@ class LogPipe {
 
   /// What is in the pipe now.
   std::string read() const {
-    std::string text(1 << 20, '\0');
+    std::string all;
+    char some[65536];
     ::fcntl(reading.get(), F_SETFL, O_NONBLOCK);
-    const ssize_t count = ::read(reading.get(), text.data(), text.size());
-    return text.substr(0, size_t(std::max<ssize_t>(count, 0)));
+    for (ssize_t count; (count = ::read(reading.get(), some, sizeof some)) > 0;)
+      all.append(some, size_t(count));
+    return all;
   }
 
   FileDescriptor reading{-1};
 
  private:
+  static void openTerminal(int (&ends)[2]) {
+    ends[0] = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_EQ(::unlockpt(ends[0]), 0);
+    ends[1] = ::open(::ptsname(ends[0]), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    termios settings{};
+    ASSERT_EQ(::tcgetattr(ends[1], &settings), 0);
+    ::cfmakeraw(&settings);  // line ends stay as they are
+    ASSERT_EQ(::tcsetattr(ends[1], TCSANOW, &settings), 0);
+  }
+
   const FileDescriptor before_{::dup(STDERR_FILENO)};
 };
 
-TEST(Log, APipeThatNobodyReadsHoldsUpNothingAndWhatIsLostIsCounted) {
-  const LogPipe pipe;
-  constexpr int kLines = 5000;
+constexpr int kLines = 5000;  // more than anything takes that nobody reads
+
+/// Writes them all, though nobody reads.
+void expectNoWait(const LogPipe& pipe) {
   auto written = std::async(std::launch::async, [] {
     for (int i = 0; i < kLines; ++i) log("line {} of many that nobody reads", i);
   });
@@ -68,13 +92,37 @@ TEST(Log, APipeThatNobodyReadsHoldsUpNothingAndWhatIsLostIsCounted) {
   EXPECT_TRUE(ended) << "the log holds up who writes to it";
   while (!ended && written.wait_for(std::chrono::milliseconds(1)) != std::future_status::ready)
     pipe.read();
-  const auto linesOf = [](const std::string& text) { return int(std::ranges::count(text, '\n')); };
-  const int inPipe = linesOf(pipe.read());
-  EXPECT_GT(inPipe, 100);
-  EXPECT_LT(inPipe, kLines);
-  log("room again");
-  EXPECT_THAT(pipe.read(), MatchesRegex(fmt::format(
-                               "{} lines of the log were lost\n.* room again\n", kLines - inPipe)));
+}
+
+TEST(Log, WhatNobodyReadsHoldsUpNothingAndWhatIsLostIsCounted) {
+  for (const Channel channel : {Channel::Pipe, Channel::Socket}) {
+    SCOPED_TRACE(int(channel));
+    const LogPipe pipe(channel);
+    expectNoWait(pipe);
+    const auto linesOf = [](const std::string& text) {
+      return int(std::ranges::count(text, '\n'));
+    };
+    const int inPipe = linesOf(pipe.read());
+    EXPECT_GT(inPipe, 100);
+    EXPECT_LT(inPipe, kLines);
+    log("room again");
+    EXPECT_THAT(pipe.read(),
+                MatchesRegex(fmt::format("{} lines of the log were lost\n.* room again\n",
+                                         kLines - inPipe)));
+  }
+}
+
+// What it has taken comes out a little later, so lines are not counted here.
+TEST(Log, ATerminalThatNobodyReadsHoldsUpNothingAndTellsWhatIsLost) {
+  const LogPipe terminal(Channel::Terminal);
+  expectNoWait(terminal);
+  const auto end = std::chrono::steady_clock::now() + test::kPatience;
+  std::string text;
+  while (text.find(" lines of the log were lost\n") == std::string::npos) {
+    ASSERT_LT(std::chrono::steady_clock::now(), end);
+    text += terminal.read();
+    log("room again");
+  }
 }
 
 TEST(Log, ALineThatIsLongerThanThePipeIsCutOffAndTheNextBeginsAnew) {
@@ -86,19 +134,24 @@ TEST(Log, ALineThatIsLongerThanThePipeIsCutOffAndTheNextBeginsAnew) {
   EXPECT_THAT(pipe.read(), MatchesRegex("\n1 lines of the log were lost\n.* next\n"));
 }
 
-TEST(Log, APipeWhoseReaderHasGoneEndsNothing) {
-  const auto before = std::signal(SIGPIPE, SIG_IGN);  // as in the program
-  {
-    LogPipe pipe;
-    pipe.reading.close();
-    log("nobody");
-  }
-  {
+TEST(Log, AReaderThatHasGoneEndsNothing) {
+  struct Row {
+    Channel channel;
+    void (*brokenPipe)(int);
+  };
+  // A pipe's signal is ignored in the program, and a socket has none to begin with.
+  for (const Row& row : {Row{Channel::Pipe, SIG_IGN}, Row{Channel::Socket, SIG_DFL}}) {
+    const auto before = std::signal(SIGPIPE, row.brokenPipe);
+    {
+      LogPipe pipe(row.channel);
+      pipe.reading.close();
+      log("nobody");
+    }
     const LogPipe pipe;
     log("somebody");
     EXPECT_THAT(pipe.read(), MatchesRegex("1 lines of the log were lost\n.* somebody\n"));
+    std::signal(SIGPIPE, before);
   }
-  std::signal(SIGPIPE, before);
 }
 
 TEST(Log, TextThatLooksLikeAFormatIsLeftAlone) {
