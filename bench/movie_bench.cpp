@@ -67,21 +67,21 @@ int measureEfforts() {
     const auto frames = makeFrames(size);
     EffortLadder ladder(size.width, size.height, 1, std::thread::hardware_concurrency());
     for (;;) {
-      std::string error;
       // The effort can only change at a key frame, and here is but one.
       MovieSettings settings = settingsOf(size);
       settings.maxKeyFrameInterval = 2 * int32_t(kFramesAnEffort);
-      const auto encoder = MovieEncoder::make(settings, ladder, error);
+      auto encoder = MovieEncoder::make(settings, ladder);
       if (!encoder) {
-        fmt::print(stderr, "{}\n", error);
+        fmt::print(stderr, "{}\n", encoder.error());
         return 1;
       }
       MovieEncoder::Packets packets;
       const double cpu = cpuSeconds();
       const auto begin = steady_clock::now();
       // Frames a second apart: it never finds itself too slow.
-      for (size_t i = 0; i < kFramesAnEffort; ++i)
-        encoder->encode(*frames[i % kLoop], int64_t(i) * kInterval, packets, error);
+      Result<void> encoded;
+      for (size_t i = 0; encoded && i < kFramesAnEffort; ++i)
+        encoded = (*encoder)->encode(*frames[i % kLoop], int64_t(i) * kInterval, packets);
       const double wall = duration<double, std::milli>(steady_clock::now() - begin).count();
       const double perFrame = (cpuSeconds() - cpu) * 1e3 / kFramesAnEffort;
       double bits = 0;
@@ -108,8 +108,8 @@ int record(TextureSize size, int32_t seconds, const std::string& movie, const st
   std::filesystem::remove(movie);
   FfmpegAssetWriter writer(movie);
   const double cpu = cpuSeconds();
-  if (!writer.startWriting(settingsOf(size))) {
-    fmt::print(stderr, "{}\n", writer.error());
+  if (const auto started = writer.startWriting(settingsOf(size)); !started) {
+    fmt::print(stderr, "{}\n", started.error());
     return 1;
   }
   writer.startSessionAtSourceTime(MediaTime(0));

@@ -208,18 +208,12 @@ class FakeCaptureSystem final : public CaptureSystem {
       if (device->id_ == uniqueID) return device;
     return nullptr;
   }
-  std::unique_ptr<CaptureDeviceInput> makeDeviceInput(const std::shared_ptr<CaptureDevice>& device,
-                                                      std::string& error) override {
+  Result<std::unique_ptr<CaptureDeviceInput>> makeDeviceInput(
+      const std::shared_ptr<CaptureDevice>& device) override {
     if (beforeOpening) beforeOpening();
     const auto fake = std::dynamic_pointer_cast<FakeDevice>(device);
-    if (!fake || !fake->present_) {
-      error = "The camera is not connected any more.";
-      return nullptr;
-    }
-    if (!fake->canBeOpened_) {
-      error = "The camera is used by another program.";
-      return nullptr;
-    }
+    if (!fake || !fake->present_) return Error{"The camera is not connected any more."};
+    if (!fake->canBeOpened_) return Error{"The camera is used by another program."};
     return std::make_unique<FakeInput>(log, fake);
   }
   void setHotPlugHandlers(std::function<void()> deviceWasConnected,

@@ -69,8 +69,8 @@ int main(int count, char** arguments) {
               SIG_IGN);  // as the program does: a file that may not grow fails to be written
   const auto pictures = makePictures({settings.width, settings.height});
   FfmpegAssetWriter writer{std::string(words[1])};
-  if (!writer.startWriting(settings)) {
-    say(writer.error());
+  if (const auto started = writer.startWriting(settings); !started) {
+    say(started.error());
     return 1;
   }
   const MediaTime start(1'000'000);
@@ -82,10 +82,11 @@ int main(int count, char** arguments) {
     std::this_thread::sleep_until(begin + time);  // the camera's pace
     if (!writer.isReadyForMoreMediaData()) {
       say("dropped");
-    } else if (writer.appendSampleBuffer({pictures[size_t(i) % pictures.size()], start + time})) {
+    } else if (const auto appended = writer.appendSampleBuffer(
+                   {pictures[size_t(i) % pictures.size()], start + time})) {
       say(fmt::format("frame {}", time.count()));
     } else {
-      say("refused " + writer.error());
+      say("refused " + appended.error());
     }
   }
   std::promise<void> finished;

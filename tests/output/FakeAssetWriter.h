@@ -38,9 +38,8 @@ struct WriterScript {
   bool canApply = true;
   bool starts = true;
   std::atomic<bool> ready{true};
-  bool takesFrames = true;
-  std::string error;
-  bool hasFailed = false;
+  std::string refusal;                             // of every frame
+  std::string error;                               // of the movie
   std::vector<std::function<void()>> completions;  // in the order of finishing
 };
 
@@ -57,23 +56,25 @@ class FakeAssetWriter final : public AssetWriter {
                     settings.maxKeyFrameInterval));
     return script_.canApply;
   }
-  bool startWriting(const MovieSettings& /*settings*/) override {
+  Result<void> startWriting(const MovieSettings& /*settings*/) override {
     add("start");
-    return script_.starts;
+    if (!script_.starts) return Error{script_.error};
+    return {};
   }
   void startSessionAtSourceTime(MediaTime time) override {
     add(fmt::format("session {}", time.count()));
   }
   bool isReadyForMoreMediaData() const override { return script_.ready; }
-  bool appendSampleBuffer(const SampleBuffer& frame) override {
+  Result<void> appendSampleBuffer(const SampleBuffer& frame) override {
     add(fmt::format("frame {}", frame.presentationTimeStamp.count()));
-    return script_.takesFrames;
+    if (!script_.refusal.empty()) return Error{script_.refusal};
+    if (!script_.error.empty()) return Error{script_.error};
+    return {};
   }
   void finishWritingWithCompletionHandler(std::function<void()> completed) override {
     add("finish");
     script_.completions.push_back(std::move(completed));
   }
-  bool hasFailed() const override { return script_.hasFailed; }
   std::string error() const override { return script_.error; }
 
  private:
@@ -86,11 +87,10 @@ class FakeAssetWriter final : public AssetWriter {
 
 /// Makes numbered fakes; `script` and `journal` must outlive them.
 inline AssetWriterFactory fakeWriters(WriterScript& script, Journal& journal) {
-  return [&script, &journal, made = 0](const std::string& path,
-                                       std::string& error) mutable -> std::unique_ptr<AssetWriter> {
+  return [&script, &journal,
+          made = 0](const std::string& path) mutable -> Result<std::unique_ptr<AssetWriter>> {
     journal.add("make " + path);
-    error = script.makeError;
-    if (!error.empty()) return nullptr;
+    if (!script.makeError.empty()) return Error{script.makeError};
     return std::make_unique<FakeAssetWriter>(++made, script, journal);
   };
 }

@@ -223,10 +223,9 @@ TEST_F(RecordingTest, TheFrameThatBeginsTheTimelineCanBeDroppedToo) {
 
 TEST_F(RecordingTest, ARefusedFrameIsLoggedAndTheRecordingGoesOn) {
   start();
-  script.takesFrames = false;
-  script.error = "another size, 100% wrong {}";
+  script.refusal = "another size, 100% wrong {}";
   frame(1);
-  script.takesFrames = true;
+  script.refusal.clear();
   frame(2);
   EXPECT_THAT(log.lines(), ElementsAre("another size, 100% wrong {}"));
   EXPECT_EQ(status(), kRecordingRunning);
@@ -323,8 +322,6 @@ TEST_F(RecordingTest, TheLimitCountsFromEachMoviesFirstFrame) {
 
 TEST_F(RecordingTest, AMovieThatCanNotBeWrittenIsToldOnce) {
   start();
-  script.takesFrames = false;
-  script.hasFailed = true;
   script.error = "Nothing was recorded: the disk is full.";
   frame(1);
   frame(2);
@@ -339,13 +336,12 @@ TEST_F(RecordingTest, AMovieThatCanNotBeWrittenIsToldOnce) {
 TEST_F(RecordingTest, WhatGoesOnIsToldAgain) {
   constexpr int64_t kAgain = RecordingFailures::kAgain.count();
   start();
-  script.takesFrames = false;
+  script.refusal = "too late";
   frame(0);
   frame(kAgain - 1);
   mainQueue.runAll();
   const int before = failures.told();
   EXPECT_THAT(failures.text(Failure::FramesLost), Not(IsEmpty()));
-  script.hasFailed = true;
   script.error = "Nothing was recorded: the disk is full.";
   frame(kAgain);
   frame(2 * kAgain - 1);

@@ -51,16 +51,20 @@ class ThreadedWriter final : public AssetWriter {
   bool canApplyOutputSettings(const MovieSettings& settings) const override {
     return settings.width > 0;
   }
-  bool startWriting(const MovieSettings& /*settings*/) override { return started_ = true; }
+  Result<void> startWriting(const MovieSettings& /*settings*/) override {
+    started_ = true;
+    return {};
+  }
   void startSessionAtSourceTime(MediaTime /*time*/) override {
     if (!started_ || session_ || finishing_) ++totals_.mistakes;
     session_ = true;
   }
   bool isReadyForMoreMediaData() const override { return !finishing_; }
-  bool appendSampleBuffer(const SampleBuffer& frame) override {
+  Result<void> appendSampleBuffer(const SampleBuffer& frame) override {
     if (!session_ || finishing_) ++totals_.mistakes;
     ++totals_.frames;
-    return frame.imageBuffer != nullptr;
+    if (!frame.imageBuffer) return Error{"no picture"};
+    return {};
   }
   void finishWritingWithCompletionHandler(std::function<void()> completed) override {
     if (!started_ || finishing_) ++totals_.mistakes;
@@ -71,7 +75,6 @@ class ThreadedWriter final : public AssetWriter {
       completed();
     });
   }
-  bool hasFailed() const override { return false; }
   std::string error() const override { return {}; }
 
  private:
@@ -84,7 +87,7 @@ class ThreadedWriter final : public AssetWriter {
 };
 
 AssetWriterFactory threadedWriters(Totals& totals, std::chrono::milliseconds finishTime = 0ms) {
-  return [&totals, finishTime](const std::string&, std::string&) {
+  return [&totals, finishTime](const std::string&) {
     return std::make_unique<ThreadedWriter>(totals, finishTime);
   };
 }

@@ -73,19 +73,18 @@ class FakeAssetWriter final : public AssetWriter {
   };
   explicit FakeAssetWriter(std::shared_ptr<Movie> movie) : movie_(std::move(movie)) {}
   bool canApplyOutputSettings(const MovieSettings&) const override { return true; }
-  bool startWriting(const MovieSettings&) override { return true; }
+  Result<void> startWriting(const MovieSettings&) override { return {}; }
   void startSessionAtSourceTime(MediaTime) override {}
   bool isReadyForMoreMediaData() const override { return true; }
-  bool appendSampleBuffer(const SampleBuffer& frame) override {
+  Result<void> appendSampleBuffer(const SampleBuffer& frame) override {
     const std::lock_guard lock(movie_->mutex);
     movie_->frames.push_back(frame);
-    return true;
+    return {};
   }
   void finishWritingWithCompletionHandler(std::function<void()> completed) override {
     finisher_ = std::jthread(std::move(completed));
   }
   std::string error() const override { return {}; }
-  bool hasFailed() const override { return false; }
 
  private:
   std::shared_ptr<Movie> movie_;
@@ -124,19 +123,18 @@ class PreviewViewTest : public ::testing::Test {
   }
 
   PreviewView::Surroundings surroundings() {
-    return {host,
-            compositor,
-            rasterizer,
-            preferences,
-            mainQueue,
-            jpegEncoder,
-            pngEncoder,
-            [movie = movie](const std::string&, std::string&) {
-              return std::make_unique<FakeAssetWriter>(movie);
-            },
-            failures,
-            [this] { ++displays; },
-            [](const std::function<void()>& work) { work(); }};
+    return {
+        host,
+        compositor,
+        rasterizer,
+        preferences,
+        mainQueue,
+        jpegEncoder,
+        pngEncoder,
+        [movie = movie](const std::string&) { return std::make_unique<FakeAssetWriter>(movie); },
+        failures,
+        [this] { ++displays; },
+        [](const std::function<void()>& work) { work(); }};
   }
   static SampleBuffer frame(TextureSize size, milliseconds time = milliseconds(0)) {
     return {std::make_shared<PixelBuffer>(size), time};

@@ -127,13 +127,14 @@ void CaptureController::startCaptureSession(std::shared_ptr<MicroscopeInfo> micr
 }
 
 bool CaptureController::addInputAndOutput() {
-  std::string error;
-  capDeviceInput = surroundings_.captureSystem.makeDeviceInput(capDevice, error);
-  if (!capDeviceInput) {
-    log("Could not create video device input: {}", error);
-    surroundings_.failures.failed(Failure::Camera, error);
+  auto input = surroundings_.captureSystem.makeDeviceInput(capDevice);
+  if (!input) {
+    log("Could not create video device input: {}", input.error());
+    surroundings_.failures.failed(Failure::Camera, input.error());
+    capDeviceInput = nullptr;
     return false;
   }
+  capDeviceInput = *std::move(input);
   if (!capSession->canAddInput(capDeviceInput)) {
     log("Could not add video device input to the session");
     surroundings_.failures.failed(Failure::Camera,

@@ -95,25 +95,24 @@ void Recording::openWriter(const std::string& file, TextureSize size) {
   finishWriter(false);
   failures_.movieBegan();
 
-  std::string error;
-  std::unique_ptr<AssetWriter> writer = makeWriter_(file, error);
+  auto writer = makeWriter_(file);
   {
     const std::lock_guard lock(recordingMutex_);
     ++starts_;
-    _assetWriter = std::move(writer);
+    _assetWriter = writer ? *std::move(writer) : nullptr;
     file_ = file;
     writtenFrames_ = 0;
     lostFrames_ = 0;
   }
-  if (!_assetWriter) return startFailed(error);
+  if (!_assetWriter) return startFailed(writer.error());
   if (!setupAssetWriterVideoInput(size)) {
     return startFailed(
         fmt::format("a movie of {} by {} pixels can't be made", size.width, size.height));
   }
   // A writer that can't start is kept all the same; that its frames are lost one by one is meant.
-  if (!_assetWriter->startWriting(*_assetWriterInput)) {
-    log("The movie {} can't be written: {}", file, _assetWriter->error());
-    failures_.movieFailed(_assetWriter->error());
+  if (const auto started = _assetWriter->startWriting(*_assetWriterInput); !started) {
+    log("The movie {} can't be written: {}", file, started.error());
+    failures_.movieFailed(started.error());
   }
   const std::lock_guard lock(recordingMutex_);
   _recordingStatus = kRecordingWaiting;
@@ -178,12 +177,12 @@ void Recording::handleFrame(const SampleBuffer& frame) {
     log("Dropping buffer");
     ++lostFrames_;
     if (_assetWriter) failures_.frameLost(time);
-  } else if (_assetWriter->appendSampleBuffer(frame)) {
+  } else if (const auto appended = _assetWriter->appendSampleBuffer(frame)) {
     ++writtenFrames_;
     failures_.frameTaken(time);
   } else {
-    log("{}", _assetWriter->error());
-    if (_assetWriter->hasFailed()) failures_.movieFailed(_assetWriter->error());
+    log("{}", appended.error());
+    if (const auto error = _assetWriter->error(); !error.empty()) failures_.movieFailed(error);
     loseFrame(time);
   }
 }

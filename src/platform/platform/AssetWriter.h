@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "base/Result.h"
 #include "base/SampleBuffer.h"
 
 namespace tessary {
@@ -28,30 +29,29 @@ class AssetWriter {
   virtual ~AssetWriter() = default;
 
   virtual bool canApplyOutputSettings(const MovieSettings& settings) const = 0;
-  /// Opens the encoder, and begins to open the file. On failure false, and `error` tells why; a
-  /// file that can't be made is told later, by `hasFailed`.
-  virtual bool startWriting(const MovieSettings& settings) = 0;
+  /// Opens the encoder, and begins to open the file; one that can't be made is told later, by
+  /// `error`.
+  virtual Result<void> startWriting(const MovieSettings& settings) = 0;
   /// The movie's timeline begins at `time`.
   virtual void startSessionAtSourceTime(MediaTime time) = 0;
   /// Whether a frame would be taken now. Frames are never queued up without bound: one that comes
   /// while this is false is lost to the movie.
   virtual bool isReadyForMoreMediaData() const = 0;
-  /// Takes a frame; returns at once. False when it can't be used, and `error` tells why: no session
-  /// yet, another size than the movie's, a time stamp that does not follow, a disk that is full.
-  virtual bool appendSampleBuffer(const SampleBuffer& frame) = 0;
+  /// Takes a frame; returns at once. Fails when it can't be used: no session yet, another size than
+  /// the movie's, a time stamp that does not follow, a disk that is full.
+  virtual Result<void> appendSampleBuffer(const SampleBuffer& frame) = 0;
   /// Finishes the file, then calls `completed` once, on a thread of the writer's own; until then
   /// the writer must be kept. Nothing is appended any more.
   virtual void finishWritingWithCompletionHandler(std::function<void()> completed) = 0;
-  /// Whether the movie has ended before its time: no frame gets into it any more. Any thread.
-  virtual bool hasFailed() const = 0;
-  /// Why something failed, in plain words; empty if nothing did. Any thread.
+  /// Why the movie has ended before its time, or never began, so that no frame gets into it any
+  /// more; empty as long as nothing is wrong with it. A frame that was refused is no fault of the
+  /// movie. Any thread.
   virtual std::string error() const = 0;
 };
 
 /// Makes a writer for the file at `path` (UTF-8, absolute), in place of what lies there; what
-/// another program is writing there is left alone, and the movie gets the next name. On failure
-/// null, and `error` tells why.
+/// another program is writing there is left alone, and the movie gets the next name.
 using AssetWriterFactory =
-    std::function<std::unique_ptr<AssetWriter>(const std::string& path, std::string& error)>;
+    std::function<Result<std::unique_ptr<AssetWriter>>(const std::string& path)>;
 
 }  // namespace tessary

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "base/Result.h"
 #include "base/SampleBuffer.h"
 #include "base/Time.h"
 
@@ -88,10 +89,10 @@ class CaptureSystem {
   virtual std::vector<std::shared_ptr<CaptureDevice>> devices() = 0;
   /// Null if no such device is present.
   virtual std::shared_ptr<CaptureDevice> deviceWithUniqueID(const std::string& uniqueID) = 0;
-  /// Opens `device` (null is allowed and fails). On failure null, and `error` says in plain words
-  /// what is wrong and, where there is something to do, what to do.
-  virtual std::unique_ptr<CaptureDeviceInput> makeDeviceInput(
-      const std::shared_ptr<CaptureDevice>& device, std::string& error) = 0;
+  /// Opens `device` (null is allowed and fails). An error says what is wrong and, where there is
+  /// something to do, what to do.
+  virtual Result<std::unique_ptr<CaptureDeviceInput>> makeDeviceInput(
+      const std::shared_ptr<CaptureDevice>& device) = 0;
   /// Told on the main thread of each camera that came or went, one by one: `devices` has then
   /// changed by that camera alone. One that left and came back is told to have gone first. Empty
   /// functions end it.

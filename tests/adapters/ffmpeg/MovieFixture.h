@@ -73,7 +73,8 @@ class MovieTest : public ::testing::Test {
   /// Appends, waiting for room: a camera that waits for the encoder.
   static void appendWaiting(FfmpegAssetWriter& writer, const SampleBuffer& frame) {
     while (!writer.isReadyForMoreMediaData()) std::this_thread::yield();
-    ASSERT_TRUE(writer.appendSampleBuffer(frame)) << writer.error();
+    const auto appended = writer.appendSampleBuffer(frame);
+    ASSERT_TRUE(appended) << appended.error();
   }
 
   static void finish(FfmpegAssetWriter& writer) {

@@ -55,10 +55,9 @@ TEST_F(Encoder, AllEffortsOfALadderShareTheirStreamHeader) {
     EffortLadder ladder(width, height, 30, 64);
     std::string first;
     for (int efforts = 0;; ++efforts) {
-      std::string error;
-      const auto encoder = MovieEncoder::make(settingsOf(width, height, 4'000'000), ladder, error);
-      ASSERT_TRUE(encoder) << error;
-      const auto& parameters = encoder->parameters();
+      auto encoder = MovieEncoder::make(settingsOf(width, height, 4'000'000), ladder);
+      ASSERT_TRUE(encoder) << encoder.error();
+      const auto& parameters = (*encoder)->parameters();
       const std::string header(reinterpret_cast<const char*>(parameters.extradata),
                                size_t(parameters.extradata_size));
       if (efforts == 0)
@@ -88,14 +87,12 @@ TEST_F(Encoder, LeavesNoMemoryBehind) {
   const TextureSize size{1920, 1080};
   const auto pictures = specimen(size, 1);
   const auto encodeSome = [&] {
-    std::string error;
     const EffortLadder ladder(size.width, size.height, 30, 2);
-    const auto encoder =
-        MovieEncoder::make(settingsOf(size.width, size.height, 8'000'000), ladder, error);
-    ASSERT_TRUE(encoder) << error;
+    auto encoder = MovieEncoder::make(settingsOf(size.width, size.height, 8'000'000), ladder);
+    ASSERT_TRUE(encoder) << encoder.error();
     MovieEncoder::Packets packets;
     for (int64_t i = 0; i < 4; ++i) {
-      ASSERT_TRUE(encoder->encode(*pictures[0], i * 33'333, packets, error)) << error;
+      ASSERT_TRUE((*encoder)->encode(*pictures[0], i * 33'333, packets));
     }
   };
   // As the recording does, on a thread of its own.
@@ -110,18 +107,17 @@ TEST_F(Encoder, LeavesNoMemoryBehind) {
 }
 
 TEST_F(Encoder, StepsDownAtAKeyFrameWhenItCanNotKeepUp) {
-  std::string error;
   const EffortLadder ladder(64, 48, 30, 2);
-  const auto encoder = MovieEncoder::make(settingsOf(64, 48), ladder, error);
-  ASSERT_TRUE(encoder) << error;
+  auto encoder = MovieEncoder::make(settingsOf(64, 48), ladder);
+  ASSERT_TRUE(encoder) << encoder.error();
   const LogRedirection quiet([](std::string_view) {});
   const auto pictures = specimen({64, 48}, 8);
   MovieEncoder::Packets packets;
   // A microsecond a frame is more than any machine can keep up with.
   std::vector<std::string> presets;
   for (int i = 0; i < 95; ++i) {
-    ASSERT_TRUE(encoder->encode(*pictures[size_t(i) % 8], i, packets, error)) << error;
-    if (i % 30 == 0 || i % 30 == 29) presets.push_back(encoder->effort().preset);
+    ASSERT_TRUE((*encoder)->encode(*pictures[size_t(i) % 8], i, packets));
+    if (i % 30 == 0 || i % 30 == 29) presets.push_back((*encoder)->effort().preset);
   }
   EXPECT_EQ(presets, (std::vector<std::string>{"veryfast", "veryfast", "superfast", "superfast",
                                                "ultrafast", "ultrafast", "ultrafast"}));
@@ -144,14 +140,13 @@ TEST_F(Encoder, AMovieThatSteppedDownPlaysThroughout) {
 }
 
 TEST_F(Encoder, KeepsItsEffortWhileItKeepsUp) {
-  std::string error;
-  const auto encoder = MovieEncoder::make(settingsOf(64, 48), EffortLadder(64, 48, 30, 2), error);
-  ASSERT_TRUE(encoder) << error;
+  auto encoder = MovieEncoder::make(settingsOf(64, 48), EffortLadder(64, 48, 30, 2));
+  ASSERT_TRUE(encoder) << encoder.error();
   const auto pictures = specimen({64, 48}, 8);
   MovieEncoder::Packets packets;
   for (int i = 0; i < 95; ++i)
-    ASSERT_TRUE(encoder->encode(*pictures[size_t(i) % 8], i * 10'000'000LL, packets, error));
-  EXPECT_STREQ(encoder->effort().preset, "veryfast");
+    ASSERT_TRUE((*encoder)->encode(*pictures[size_t(i) % 8], i * 10'000'000LL, packets));
+  EXPECT_STREQ((*encoder)->effort().preset, "veryfast");
 }
 
 }  // namespace

@@ -286,7 +286,7 @@ TEST_F(MovieFileTest, AFullDiskInTheMiddleStillMakesAnOrdinaryMovie) {
   bool taken = true;
   for (int i = 0; taken; ++i) {
     while (!writer.isReadyForMoreMediaData()) std::this_thread::yield();
-    taken = writer.appendSampleBuffer({picture, MediaTime(i * 33'333)});
+    taken = bool(writer.appendSampleBuffer({picture, MediaTime(i * 33'333)}));
   }
   EXPECT_THAT(writer.error(), HasSubstr("The movie's first"));
   finish(writer);
@@ -335,8 +335,8 @@ TEST_F(MovieFileTest, FramesThatTheEncoderCanNotTakeAreNotQueuedUp) {
     ASSERT_LE(++taken, 8);
   }
   EXPECT_EQ(taken, 4);
-  EXPECT_FALSE(writer.appendSampleBuffer({picture, MediaTime(time)}));
-  EXPECT_THAT(writer.error(), HasSubstr("not kept up"));
+  EXPECT_THAT(writer.appendSampleBuffer({picture, MediaTime(time)}).error(),
+              HasSubstr("not kept up"));
   calls.letGo();
   finish(writer);
   EXPECT_EQ(writer.error(), "");

@@ -172,7 +172,9 @@ struct StreamRig {
   }
   bool open() {
     if (!device) discover();
-    input = V4l2DeviceInput::open(driver, device, decoding.factory(), timing, error);
+    auto opened = V4l2DeviceInput::open(driver, device, decoding.factory(), timing);
+    error = opened.error();
+    input = opened ? *std::move(opened) : nullptr;
     return input != nullptr;
   }
   /// Opens the camera and waits until it runs.

@@ -265,9 +265,8 @@ TEST_F(CaptureSystemTest, ACameraThatMayNotBeOpenedIsListedSoThatOpeningItTellsW
   start({microscope(0, "port1")});
   ASSERT_EQ(system->devices().size(), 1u);
   EXPECT_THAT(system->devices()[0]->formats(), IsEmpty());
-  std::string error;
-  EXPECT_EQ(system->makeDeviceInput(system->devices()[0], error), nullptr);
-  EXPECT_THAT(error, HasSubstr("You have no permission to use /dev/video0"));
+  EXPECT_THAT(system->makeDeviceInput(system->devices()[0]).error(),
+              HasSubstr("You have no permission to use /dev/video0"));
 }
 
 TEST_F(CaptureSystemTest, PermissionThatComesLaterMakesItANewCamera) {
@@ -304,9 +303,7 @@ TEST_F(CaptureSystemTest, ACameraThatDoesNotAnswerYetIsLookedAtAgain) {
 
 TEST_F(CaptureSystemTest, NoDeviceCantBeOpened) {
   start({});
-  std::string error;
-  EXPECT_EQ(system->makeDeviceInput(nullptr, error), nullptr);
-  EXPECT_THAT(error, HasSubstr("not connected"));
+  EXPECT_THAT(system->makeDeviceInput(nullptr).error(), HasSubstr("not connected"));
 }
 
 TEST_F(CaptureSystemTest, ADeviceThatIsGoneCantBeOpened) {
@@ -315,9 +312,7 @@ TEST_F(CaptureSystemTest, ADeviceThatIsGoneCantBeOpened) {
   (*machine)["/dev/video0"].setOpenError(ENOENT);
   becomes({});
   mainQueue.runAll();
-  std::string error;
-  EXPECT_EQ(system->makeDeviceInput(device, error), nullptr);
-  EXPECT_THAT(error, HasSubstr("not connected any more"));
+  EXPECT_THAT(system->makeDeviceInput(device).error(), HasSubstr("not connected any more"));
 }
 
 TEST_F(CaptureSystemTest, EmptyHandlersEndTheTelling) {

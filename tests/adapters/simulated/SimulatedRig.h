@@ -103,9 +103,9 @@ class SimulatedRig {
   std::shared_ptr<CaptureDevice> microscope() { return system.devices().at(0); }
 
   void open() {
-    std::string error;
-    input = system.makeDeviceInput(microscope(), error);
-    ASSERT_TRUE(input) << error;
+    auto opened = system.makeDeviceInput(microscope());
+    ASSERT_TRUE(opened) << opened.error();
+    input = *std::move(opened);
   }
   void configure(const CaptureFormat& format, std::optional<Fraction> duration = {}) {
     const auto device = microscope();

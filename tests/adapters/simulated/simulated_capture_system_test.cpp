@@ -133,19 +133,18 @@ TEST(SimulatedCaptureSystem, ANoticeThatComesAfterItsEndIsHarmless) {
 
 TEST(SimulatedCaptureSystem, OpeningFailsInPlainWords) {
   SimulatedRig rig;
-  std::string error;
-  EXPECT_FALSE(rig.system.makeDeviceInput(nullptr, error));
-  EXPECT_EQ(error, "The microscope is no longer connected. Plug it in again.");
+  EXPECT_EQ(rig.system.makeDeviceInput(nullptr).error(),
+            "The microscope is no longer connected. Plug it in again.");
 
   rig.system.failNextOpen("Another program uses the microscope. Close that program.");
-  EXPECT_FALSE(rig.system.makeDeviceInput(rig.microscope(), error));
-  EXPECT_EQ(error, "Another program uses the microscope. Close that program.");
-  EXPECT_TRUE(rig.system.makeDeviceInput(rig.microscope(), error));
+  EXPECT_EQ(rig.system.makeDeviceInput(rig.microscope()).error(),
+            "Another program uses the microscope. Close that program.");
+  EXPECT_TRUE(rig.system.makeDeviceInput(rig.microscope()));
 
   const auto gone = rig.microscope();
   rig.system.unplug();
   rig.system.plug();
-  EXPECT_FALSE(rig.system.makeDeviceInput(gone, error));
+  EXPECT_FALSE(rig.system.makeDeviceInput(gone));
 }
 
 class CombinedCaptureSystemTest : public testing::Test {
@@ -178,17 +177,15 @@ TEST_F(CombinedCaptureSystemTest, ListsTheFirstSystemsDevicesFirst) {
 }
 
 TEST_F(CombinedCaptureSystemTest, EachSystemOpensItsOwnDevices) {
-  std::string error;
   for (SimulatedCaptureSystem* system : {first_, second_}) {
     const auto device = system->devices().at(0);
     system->failNextOpen("in use");
-    EXPECT_FALSE(combined_->makeDeviceInput(device, error));
-    EXPECT_EQ(error, "in use");
-    EXPECT_TRUE(combined_->makeDeviceInput(device, error));
+    EXPECT_EQ(combined_->makeDeviceInput(device).error(), "in use");
+    EXPECT_TRUE(combined_->makeDeviceInput(device));
     system->unplug();
-    EXPECT_FALSE(combined_->makeDeviceInput(device, error));
+    EXPECT_FALSE(combined_->makeDeviceInput(device));
   }
-  EXPECT_FALSE(combined_->makeDeviceInput(nullptr, error));
+  EXPECT_FALSE(combined_->makeDeviceInput(nullptr));
 }
 
 TEST_F(CombinedCaptureSystemTest, TellsOfBothSystemsHotPlug) {

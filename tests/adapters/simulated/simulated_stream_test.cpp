@@ -199,8 +199,7 @@ TEST(SimulatedStream, APictureThatCannotBeDecodedEndsItWithAReason) {
   SimulatedCaptureSystem system(
       mainQueue, [](uint32_t) { return nullptr; }, test::cameraEncoder());
   test::CollectingSink sink;
-  std::string error;
-  const auto input = system.makeDeviceInput(system.devices().at(0), error);
+  const auto input = *system.makeDeviceInput(system.devices().at(0));
   input->startStreaming(sink);
   ASSERT_TRUE(sink.waitForFailure());
   EXPECT_EQ(sink.failures().size(), 1U);

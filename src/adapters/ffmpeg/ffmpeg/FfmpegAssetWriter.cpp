@@ -34,25 +34,25 @@ FfmpegAssetWriter::~FfmpegAssetWriter() {
 }
 
 bool FfmpegAssetWriter::canApplyOutputSettings(const MovieSettings& settings) const {
-  return refuse(MovieEncoder::refusal(settings));
+  return bool(MovieEncoder::accepts(settings));
 }
 
-bool FfmpegAssetWriter::startWriting(const MovieSettings& settings) {
-  if (recorder_ || finishing_) return refuse("The writer has been started before.");
-  std::string reason;
-  if (open(settings, reason)) return refuse({});
+Result<void> FfmpegAssetWriter::startWriting(const MovieSettings& settings) {
+  if (recorder_ || finishing_) return Error{"The writer has been started before."};
+  auto opened = open(settings);
   const std::lock_guard lock(mutex_);
-  failure_ = std::move(reason);
-  return false;
+  failure_ = opened.error();
+  return opened;
 }
 
-bool FfmpegAssetWriter::open(const MovieSettings& settings, std::string& reason) try {
+Result<void> FfmpegAssetWriter::open(const MovieSettings& settings) try {
   const EffortLadder ladder(settings.width, settings.height, settings.expectedSourceFrameRate,
                             std::thread::hardware_concurrency());
-  auto encoder = MovieEncoder::make(settings, ladder, reason);
-  if (!encoder) return false;
-  auto recorder = std::make_shared<MovieRecorder>(std::move(encoder),
-                                                  std::make_unique<MovieFile>(path_, calls_));
+  auto encoder = MovieEncoder::make(settings, ladder);
+  if (!encoder) return Error{encoder.error()};
+  auto made = MovieRecorder::make(*std::move(encoder), std::make_unique<MovieFile>(path_, calls_));
+  if (!made) return Error{made.error()};
+  std::shared_ptr<MovieRecorder> recorder = *std::move(made);
   startThread([recorder]() mutable {
     const auto completed = recorder->run();
     recorder.reset();
@@ -61,13 +61,9 @@ bool FfmpegAssetWriter::open(const MovieSettings& settings, std::string& reason)
   settings_ = settings;
   const std::lock_guard lock(mutex_);
   recorder_ = std::move(recorder);
-  return true;
-} catch (const MovieMuxer::Error& error) {
-  reason = error.text;
-  return false;
+  return {};
 } catch (const std::exception& error) {
-  reason = fmt::format("The movie can't be made: {}.", error.what());
-  return false;
+  return Error{fmt::format("The movie can't be made: {}.", error.what())};
 }
 
 void FfmpegAssetWriter::startThread(std::function<void()> work) {
@@ -83,30 +79,33 @@ bool FfmpegAssetWriter::isReadyForMoreMediaData() const {
   return recorder_ && sessionStart_ && !finishing_ && recorder_->hasRoom();
 }
 
-bool FfmpegAssetWriter::appendSampleBuffer(const SampleBuffer& frame) {
-  if (!refuse(refusalOf(frame))) return false;
+Result<void> FfmpegAssetWriter::appendSampleBuffer(const SampleBuffer& frame) {
+  if (auto ended = error(); !ended.empty()) return Error{std::move(ended)};
+  if (auto accepted = accepts(frame); !accepted) return accepted;
   const MediaTime time = frame.presentationTimeStamp;
-  if (!recorder_->push(frame.imageBuffer, (time - *sessionStart_).count()))
-    return recorder_->error().empty() && refuse("The encoder has not kept up.");
+  if (!recorder_->push(frame.imageBuffer, (time - *sessionStart_).count())) {
+    auto ended = error();
+    return Error{ended.empty() ? "The encoder has not kept up." : std::move(ended)};
+  }
   lastTime_ = time;
-  return true;
+  return {};
 }
 
-std::string FfmpegAssetWriter::refusalOf(const SampleBuffer& frame) const {
+Result<void> FfmpegAssetWriter::accepts(const SampleBuffer& frame) const {
   const MediaTime time = frame.presentationTimeStamp;
-  if (!recorder_) return "Writing has not begun.";
-  if (finishing_) return "The movie is being finished.";
-  if (!sessionStart_) return "The movie's timeline has not begun.";
-  if (!frame.imageBuffer) return "A frame without a picture.";
+  if (!recorder_) return Error{"Writing has not begun."};
+  if (finishing_) return Error{"The movie is being finished."};
+  if (!sessionStart_) return Error{"The movie's timeline has not begun."};
+  if (!frame.imageBuffer) return Error{"A frame without a picture."};
   const auto [width, height] = frame.imageBuffer->size();
   if (width != settings_.width || height != settings_.height)
-    return fmt::format("A frame of {} by {} does not fit into a movie of {} by {}.", width, height,
-                       settings_.width, settings_.height);
-  if (time < *sessionStart_) return "A frame from before the movie's timeline.";
+    return Error{fmt::format("A frame of {} by {} does not fit into a movie of {} by {}.", width,
+                             height, settings_.width, settings_.height)};
+  if (time < *sessionStart_) return Error{"A frame from before the movie's timeline."};
   if (lastTime_ && time <= *lastTime_)
-    return fmt::format(
+    return Error{fmt::format(
         "A frame's time stamp ({} microseconds) does not follow the one before it ({}).",
-        time.count(), lastTime_->count());
+        time.count(), lastTime_->count())};
   return {};
 }
 
@@ -114,23 +113,15 @@ void FfmpegAssetWriter::finishWritingWithCompletionHandler(std::function<void()>
   if (finishing_) return;
   finishing_ = true;
   endsBy_ = std::chrono::steady_clock::now() + endLimit_;
-  refuse({});
   if (recorder_)
     recorder_->stop(std::move(completed));
   else if (completed)
     startThread(std::move(completed));
 }
 
-bool FfmpegAssetWriter::hasFailed() const {
-  const std::lock_guard lock(mutex_);
-  return !failure_.empty() || (recorder_ && !recorder_->error().empty());
-}
-
 std::string FfmpegAssetWriter::error() const {
   const std::lock_guard lock(mutex_);
-  if (!failure_.empty()) return failure_;
-  std::string failure = recorder_ ? recorder_->error() : std::string();
-  return failure.empty() ? refusal_ : failure;
+  return recorder_ ? recorder_->error() : failure_;
 }
 
 int64_t FfmpegAssetWriter::framesWritten() const {
@@ -138,20 +129,10 @@ int64_t FfmpegAssetWriter::framesWritten() const {
   return recorder_ ? recorder_->framesWritten() : 0;
 }
 
-/// Keeps why something was refused, and says whether nothing was.
-bool FfmpegAssetWriter::refuse(std::string reason) const {
-  const std::lock_guard lock(mutex_);
-  refusal_ = std::move(reason);
-  return refusal_.empty();
-}
-
 AssetWriterFactory makeFfmpegAssetWriterFactory() {
-  return [](const std::string& path, std::string& error) -> std::unique_ptr<AssetWriter> {
-    error.clear();
-    if (!std::filesystem::path(path).is_absolute()) {
-      error = fmt::format("\"{}\" is not the whole path of a movie.", path);
-      return nullptr;
-    }
+  return [](const std::string& path) -> Result<std::unique_ptr<AssetWriter>> {
+    if (!std::filesystem::path(path).is_absolute())
+      return Error{fmt::format("\"{}\" is not the whole path of a movie.", path)};
     return std::make_unique<FfmpegAssetWriter>(path);
   };
 }

@@ -26,9 +26,7 @@ class MovieRecorder;
 /// until `kEndLimit` after it was told to finish; then thread and file are left to themselves, and
 /// the completion is never called.
 ///
-/// A refused frame leaves its reason in `error` until the next one is taken or the movie is
-/// finished. What ends the recording (a full disk) leaves its own for good, and is logged once; the
-/// frames before it make a movie.
+/// What ends the recording (a full disk) is logged once; the frames before it make a movie.
 class FfmpegAssetWriter final : public AssetWriter {
  public:
   static constexpr std::chrono::seconds kEndLimit{8};
@@ -42,23 +40,21 @@ class FfmpegAssetWriter final : public AssetWriter {
   FfmpegAssetWriter& operator=(const FfmpegAssetWriter&) = delete;
 
   bool canApplyOutputSettings(const MovieSettings& settings) const override;
-  bool startWriting(const MovieSettings& settings) override;
+  Result<void> startWriting(const MovieSettings& settings) override;
   void startSessionAtSourceTime(MediaTime time) override;
   /// True also after a failure: then appending tells what it was.
   bool isReadyForMoreMediaData() const override;
-  bool appendSampleBuffer(const SampleBuffer& frame) override;
+  Result<void> appendSampleBuffer(const SampleBuffer& frame) override;
   void finishWritingWithCompletionHandler(std::function<void()> completed) override;
-  bool hasFailed() const override;
   std::string error() const override;
 
   /// Frames that lie in the file. Any thread.
   int64_t framesWritten() const;
 
  private:
-  bool open(const MovieSettings& settings, std::string& reason);
+  Result<void> open(const MovieSettings& settings);
   void startThread(std::function<void()> work);
-  bool refuse(std::string reason) const;
-  std::string refusalOf(const SampleBuffer& frame) const;
+  Result<void> accepts(const SampleBuffer& frame) const;
 
   const std::string path_;
   FileCalls& calls_;
@@ -74,7 +70,6 @@ class FfmpegAssetWriter final : public AssetWriter {
   mutable std::mutex mutex_;                 // guards all below where another thread may ask
   std::shared_ptr<MovieRecorder> recorder_;  // once writing; the thread holds it too
   std::string failure_;                      // to start
-  mutable std::string refusal_;              // of what was asked last
 };
 
 /// Makes FfmpegAssetWriters.

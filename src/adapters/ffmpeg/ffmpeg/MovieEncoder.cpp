@@ -33,29 +33,29 @@ const AVCodec* findEncoder() {
 
 }  // namespace
 
-std::string MovieEncoder::refusal(const MovieSettings& settings) {
+Result<void> MovieEncoder::accepts(const MovieSettings& settings) {
   const auto [width, height, bitRate, frameRate, keyFrameInterval] = settings;
-  if (width <= 0 || height <= 0) return "There is no picture to record.";
+  if (width <= 0 || height <= 0) return Error{"There is no picture to record."};
   if (width % 2 != 0 || height % 2 != 0)
-    return fmt::format("A movie's width and height must be even numbers, not {} by {}.", width,
-                       height);
+    return Error{fmt::format("A movie's width and height must be even numbers, not {} by {}.",
+                             width, height)};
   if (width > kLargestSide || height > kLargestSide)
-    return fmt::format("A picture of {} by {} is too large for a movie.", width, height);
-  if (bitRate <= 0) return fmt::format("{} bits a second are too few for a movie.", bitRate);
-  if (frameRate <= 0) return fmt::format("{} is not a frame rate.", frameRate);
+    return Error{fmt::format("A picture of {} by {} is too large for a movie.", width, height)};
+  if (bitRate <= 0) return Error{fmt::format("{} bits a second are too few for a movie.", bitRate)};
+  if (frameRate <= 0) return Error{fmt::format("{} is not a frame rate.", frameRate)};
   if (keyFrameInterval <= 0)
-    return fmt::format("{} is not a key frame interval.", keyFrameInterval);
-  if (!findEncoder()) return "The H.264 encoder (libx264) is missing on this machine.";
+    return Error{fmt::format("{} is not a key frame interval.", keyFrameInterval)};
+  if (!findEncoder()) return Error{"The H.264 encoder (libx264) is missing on this machine."};
   return {};
 }
 
-std::unique_ptr<MovieEncoder> MovieEncoder::make(const MovieSettings& settings,
-                                                 const EffortLadder& ladder, std::string& error) {
-  error = refusal(settings);
-  if (!error.empty()) return nullptr;
+Result<std::unique_ptr<MovieEncoder>> MovieEncoder::make(const MovieSettings& settings,
+                                                         const EffortLadder& ladder) {
+  if (auto accepted = accepts(settings); !accepted) return Error{accepted.error()};
   std::unique_ptr<MovieEncoder> encoder(new MovieEncoder(settings, ladder));
-  encoder->context_ = encoder->open(error);
-  if (!encoder->context_) return nullptr;
+  auto opened = encoder->open();
+  if (!opened) return Error{opened.error()};
+  encoder->context_ = *std::move(opened);
   const AVCodecContext& context = *encoder->context_;
   avcodec_parameters_from_context(encoder->parameters_.get(), &context);
 
@@ -85,7 +85,7 @@ MovieEncoder::~MovieEncoder() {
   malloc_trim(0);
 }
 
-AvHandle<AVCodecContext> MovieEncoder::open(std::string& error) const {
+Result<AvHandle<AVCodecContext>> MovieEncoder::open() const {
   const AVCodec* codec = findEncoder();
   auto context = takeAv(avcodec_alloc_context3(codec));
   context->width = settings_.width;
@@ -116,37 +116,36 @@ AvHandle<AVCodecContext> MovieEncoder::open(std::string& error) const {
   options.set("tune", "zerolatency");
   options.set("x264-params", ladder_.streamFeatures());
   const int result = avcodec_open2(context.get(), codec, options.get());
-  if (result < 0) {
-    error = fmt::format("The H.264 encoder can't be opened: {}.", avErrorText(result));
-    return nullptr;
-  }
+  if (result < 0)
+    return Error{fmt::format("The H.264 encoder can't be opened: {}.", avErrorText(result))};
   return context;
 }
 
-bool MovieEncoder::encode(const PixelBuffer& picture, int64_t time, Packets& packets,
-                          std::string& error) {
+Result<void> MovieEncoder::encode(const PixelBuffer& picture, int64_t time, Packets& packets) {
   const auto begin = SteadyClock::now();
   if (av_frame_make_writable(frame_.get()) < 0) throw std::bad_alloc();
   libyuv::ARGBToJ420(picture.data(), int(picture.bytesPerRow()), frame_->data[0],
                      frame_->linesize[0], frame_->data[1], frame_->linesize[1], frame_->data[2],
                      frame_->linesize[2], frame_->width, frame_->height);
   const auto converted = SteadyClock::now();
-  const bool good = repeat(time, packets, error);
+  auto sent = repeat(time, packets);
   busy_ += std::chrono::duration_cast<std::chrono::microseconds>(converted - begin);
-  return good;
+  return sent;
 }
 
-bool MovieEncoder::repeat(int64_t time, Packets& packets, std::string& error) {
+Result<void> MovieEncoder::repeat(int64_t time, Packets& packets) {
   if (framesSinceKeyFrame_ == settings_.maxKeyFrameInterval) framesSinceKeyFrame_ = 0;
-  if (framesSinceKeyFrame_ == 0 && !prepareKeyFrame(time, packets, error)) return false;
+  if (framesSinceKeyFrame_ == 0) {
+    if (auto prepared = prepareKeyFrame(time, packets); !prepared) return prepared;
+  }
   ++framesSinceKeyFrame_;
 
   const auto begin = SteadyClock::now();
   followFrameRate(time);
   frame_->pts = time;
-  const bool good = send(frame_.get(), packets, error);
+  auto sent = send(frame_.get(), packets);
   busy_ += std::chrono::duration_cast<std::chrono::microseconds>(SteadyClock::now() - begin);
-  return good;
+  return sent;
 }
 
 /// x264 gives every frame its share of a second at the expected rate: its other way, to go by the
@@ -167,47 +166,42 @@ void MovieEncoder::followFrameRate(int64_t time) {
 }
 
 /// The frame at `time` is going to be a key frame: the one place where the effort may change.
-bool MovieEncoder::prepareKeyFrame(int64_t time, Packets& packets, std::string& error) {
+Result<void> MovieEncoder::prepareKeyFrame(int64_t time, Packets& packets) {
   const auto previous = std::exchange(keyFrameTime_, time);
   const auto busy = std::exchange(busy_, std::chrono::microseconds(0));
   if (!previous || !EffortLadder::isTooSlow(busy, std::chrono::microseconds(time - *previous)))
-    return true;
+    return {};
   // Of two key frames that follow each other each has another number, and a new encoder starts to
   // count again: a movie of nothing but key frames stays as it is.
-  if (!ladder_.canStepDown() || settings_.maxKeyFrameInterval == 1) return true;
+  if (!ladder_.canStepDown() || settings_.maxKeyFrameInterval == 1) return {};
 
-  if (!drain(packets, error)) return false;
+  if (auto drained = drain(packets); !drained) return drained;
   ladder_.stepDown();
-  auto context = open(error);
-  if (!context) return false;
+  auto opened = open();
+  if (!opened) return Error{opened.error()};
+  auto context = *std::move(opened);
   // They are the same by the ladder's making; a stream that changed under its header would not
   // play.
   if (context->extradata_size != parameters_->extradata_size ||
-      std::memcmp(context->extradata, parameters_->extradata, size_t(context->extradata_size)) !=
-          0) {
-    error = "The H.264 encoder changed its stream header.";
-    return false;
-  }
+      std::memcmp(context->extradata, parameters_->extradata, size_t(context->extradata_size)) != 0)
+    return Error{"The H.264 encoder changed its stream header."};
   context_ = std::move(context);
   log("Movie: the encoder can't keep up, going on with less effort (\"{}\")",
       ladder_.effort().preset);
-  return true;
+  return {};
 }
 
-bool MovieEncoder::drain(Packets& packets, std::string& error) {
-  return send(nullptr, packets, error);
-}
+Result<void> MovieEncoder::drain(Packets& packets) { return send(nullptr, packets); }
 
-bool MovieEncoder::send(const AVFrame* frame, Packets& packets, std::string& error) {
+Result<void> MovieEncoder::send(const AVFrame* frame, Packets& packets) {
   int result = avcodec_send_frame(context_.get(), frame);
   while (result >= 0) {
     auto packet = takeAv(av_packet_alloc());
     result = avcodec_receive_packet(context_.get(), packet.get());
     if (result >= 0) packets.push_back(std::move(packet));
   }
-  if (result == AVERROR(EAGAIN) || result == AVERROR_EOF) return true;
-  error = fmt::format("The H.264 encoder failed: {}.", avErrorText(result));
-  return false;
+  if (result == AVERROR(EAGAIN) || result == AVERROR_EOF) return {};
+  return Error{fmt::format("The H.264 encoder failed: {}.", avErrorText(result))};
 }
 
 }  // namespace tessary

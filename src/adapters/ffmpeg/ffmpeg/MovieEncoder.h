@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/PixelBuffer.h"
+#include "base/Result.h"
 #include "ffmpeg/AvHandles.h"
 #include "ffmpeg/EncoderEffort.h"
 #include "platform/AssetWriter.h"
@@ -26,11 +27,10 @@ class MovieEncoder {
   using Packets = std::vector<AvHandle<AVPacket>>;
   static constexpr AVRational kTimeBase{1, 1000000};
 
-  /// Why no movie can be made with `settings`, in plain words; empty if one can.
-  static std::string refusal(const MovieSettings& settings);
-  /// On failure null, and `error` tells why.
-  static std::unique_ptr<MovieEncoder> make(const MovieSettings& settings,
-                                            const EffortLadder& ladder, std::string& error);
+  /// Whether a movie can be made with `settings`.
+  static Result<void> accepts(const MovieSettings& settings);
+  static Result<std::unique_ptr<MovieEncoder>> make(const MovieSettings& settings,
+                                                    const EffortLadder& ladder);
   /// Gives the encoder's memory back to the system.
   ~MovieEncoder();
 
@@ -39,20 +39,20 @@ class MovieEncoder {
   const EncoderEffort& effort() const { return ladder_.effort(); }
 
   /// Encodes `picture`, of the movie's size, for `time` in microseconds of the movie's timeline,
-  /// which rise. What comes out is added to `packets`. False on failure, `error` telling why.
-  bool encode(const PixelBuffer& picture, int64_t time, Packets& packets, std::string& error);
+  /// which rise. What comes out is added to `packets`.
+  Result<void> encode(const PixelBuffer& picture, int64_t time, Packets& packets);
   /// Encodes the last picture once more.
-  bool repeat(int64_t time, Packets& packets, std::string& error);
+  Result<void> repeat(int64_t time, Packets& packets);
   /// Brings out what is still inside.
-  bool drain(Packets& packets, std::string& error);
+  Result<void> drain(Packets& packets);
 
  private:
   MovieEncoder(const MovieSettings& settings, const EffortLadder& ladder);
 
-  AvHandle<AVCodecContext> open(std::string& error) const;
-  bool send(const AVFrame* frame, Packets& packets, std::string& error);
+  Result<AvHandle<AVCodecContext>> open() const;
+  Result<void> send(const AVFrame* frame, Packets& packets);
   void followFrameRate(int64_t time);
-  bool prepareKeyFrame(int64_t time, Packets& packets, std::string& error);
+  Result<void> prepareKeyFrame(int64_t time, Packets& packets);
 
   const MovieSettings settings_;
   EffortLadder ladder_;

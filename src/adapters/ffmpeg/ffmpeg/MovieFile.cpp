@@ -38,7 +38,7 @@ void MovieFile::closeFile() {
   if (!partPath_.empty()) calls_.unlink(std::exchange(partPath_, {}));
 }
 
-bool MovieFile::open() {
+Result<void> MovieFile::open() {
   makePlace();
   const std::string folder = std::filesystem::path(path_).parent_path().string();
   file_ = FileDescriptor(calls_.openNameless(folder));
@@ -48,7 +48,7 @@ bool MovieFile::open() {
     return openPart();
   }
   markInUse(file_.get());
-  return true;
+  return {};
 }
 
 /// A name that stays taken is seen when the file is to get it.
@@ -58,46 +58,49 @@ void MovieFile::makePlace() {
   if (!isJustMade(status) && !isInUse(path_)) calls_.unlink(path_);
 }
 
-bool MovieFile::openPart() {
+Result<void> MovieFile::openPart() {
   const std::string part = hiddenPartPath(path_);
   file_ = FileDescriptor(calls_.openNew(part));
-  if (!file_.isOpen()) return fail(errno);
+  if (!file_.isOpen()) return failure(errno);
   markInUse(file_.get());
   partPath_ = part;
-  return true;
+  return {};
 }
 
-bool MovieFile::takeName() {
+Result<void> MovieFile::takeName() {
   for (int attempt = 0; attempt < kNameAttempts; ++attempt) {
     const int result =
         partPath_.empty() ? calls_.link(file_.get(), path_) : calls_.renameToNew(partPath_, path_);
     if (result == 0) {
       partPath_.clear();
-      return true;
+      return {};
     }
     if (errno != EEXIST) break;
     path_ = nextIndexedPath(path_);
   }
-  return fail(errno);
+  return failure(errno);
 }
 
-bool MovieFile::appendFragment(std::span<const uint8_t> head, std::span<const uint8_t> fragment) {
+Result<void> MovieFile::appendFragment(std::span<const uint8_t> head,
+                                       std::span<const uint8_t> fragment) {
   if (!hasFragments()) return begin(head, fragment);
 
   constexpr int64_t kTypeAt = 4;
   std::vector<uint8_t> hidden(fragment.begin(), fragment.end());
   const auto free = box::header(0, "free");
   std::copy_n(free.begin() + kTypeAt, 4, hidden.begin() + kTypeAt);
-  if (!writeWhole(hidden, end_) || !writeWhole(fragment.subspan(kTypeAt, 4), end_ + kTypeAt)) {
+  auto written = writeWhole(hidden, end_);
+  if (written) written = writeWhole(fragment.subspan(kTypeAt, 4), end_ + kTypeAt);
+  if (!written) {
     calls_.truncate(file_.get(), end_);
-    return false;
+    return written;
   }
   end_ += int64_t(fragment.size());
-  return true;
+  return {};
 }
 
 /// Writes head and first fragment, and gives the file its name.
-bool MovieFile::begin(std::span<const uint8_t> head, std::span<const uint8_t> fragment) {
+Result<void> MovieFile::begin(std::span<const uint8_t> head, std::span<const uint8_t> fragment) {
   const size_t movieAt = box::find(head, "moov");
   const auto gap = box::header(kGap, "free");
   std::vector<uint8_t> bytes(head.begin(), head.begin() + std::ptrdiff_t(movieAt));
@@ -106,18 +109,21 @@ bool MovieFile::begin(std::span<const uint8_t> head, std::span<const uint8_t> fr
   bytes.resize(bytes.size() + size_t(kGap) - gap.size());
   bytes.insert(bytes.end(), head.begin() + std::ptrdiff_t(movieAt), head.end());
   bytes.insert(bytes.end(), fragment.begin(), fragment.end());
-  if (!writeWhole(bytes, 0)) return false;
-  if (!takeName()) {
-    if (!partPath_.empty()) return false;
+  auto named = writeWhole(bytes, 0);
+  if (!named) return named;
+  named = takeName();
+  if (!named && partPath_.empty()) {
     // Where /proc is not to be had, a nameless file stays nameless.
     closeFile();
-    if (!openPart() || !writeWhole(bytes, 0) || !takeName()) return false;
+    named = openPart();
+    if (named) named = writeWhole(bytes, 0);
+    if (named) named = takeName();
   }
-  end_ = int64_t(bytes.size());
-  return true;
+  if (named) end_ = int64_t(bytes.size());
+  return named;
 }
 
-bool MovieFile::finish(std::span<const uint8_t> contents) {
+Result<void> MovieFile::finish(std::span<const uint8_t> contents) {
   const auto cover = box::header(uint32_t(box::kHeaderSize + contents.size()), "free");
   std::vector<uint8_t> covered(cover.begin(), cover.end());
   covered.insert(covered.end(), contents.begin(), contents.end());
@@ -126,29 +132,33 @@ bool MovieFile::finish(std::span<const uint8_t> contents) {
 
   // The table has to be on the disk before anything refers to it, lest a power cut keeps the later
   // write and loses the earlier.
-  const auto synced = [this] { return calls_.flushToDisk(file_.get()) == 0 || fail(errno); };
-  if (!writeWhole(covered, end_) || !synced() || !writeWhole(media, slot_)) {
+  const auto flushed = [this]() -> Result<void> {
+    if (calls_.flushToDisk(file_.get()) != 0) return failure(errno);
+    return {};
+  };
+  auto finished = writeWhole(covered, end_);
+  if (finished) finished = flushed();
+  if (finished) finished = writeWhole(media, slot_);
+  if (!finished) {
     calls_.truncate(file_.get(), end_);
-    return false;
+    return finished;
   }
-  return synced() && checkName();
+  finished = flushed();
+  return finished ? checkName() : finished;
 }
 
 /// A movie that was deleted while it was being recorded is not there.
-bool MovieFile::checkName() {
-  if (calls_.nameCount(file_.get()) != 0) return true;
-  error_ = "its file was deleted";
-  return false;
+Result<void> MovieFile::checkName() {
+  if (calls_.nameCount(file_.get()) == 0) return Error{"its file was deleted"};
+  return {};
 }
 
-bool MovieFile::writeWhole(std::span<const uint8_t> bytes, int64_t offset) {
+Result<void> MovieFile::writeWhole(std::span<const uint8_t> bytes, int64_t offset) {
   const int code = tessary::writeWhole(calls_, file_.get(), bytes, offset);
-  return code == 0 || fail(code);
+  if (code != 0) return failure(code);
+  return {};
 }
 
-bool MovieFile::fail(int code) {
-  error_ = fileErrorText(code, path_);
-  return false;
-}
+Error MovieFile::failure(int code) const { return {fileErrorText(code, path_)}; }
 
 }  // namespace tessary

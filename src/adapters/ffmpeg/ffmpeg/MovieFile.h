@@ -7,6 +7,7 @@
 
 #include "base/FileCalls.h"
 #include "base/FileDescriptor.h"
+#include "base/Result.h"
 #include "ffmpeg/Boxes.h"
 
 namespace tessary {
@@ -42,25 +43,23 @@ class MovieFile {
   MovieFile& operator=(const MovieFile&) = delete;
 
   /// Makes the file, without a name, in a folder that exists.
-  bool open();
+  Result<void> open();
   /// Adds a fragment; before the first, `head`. On failure the movie is as it was.
-  bool appendFragment(std::span<const uint8_t> head, std::span<const uint8_t> fragment);
+  Result<void> appendFragment(std::span<const uint8_t> head, std::span<const uint8_t> fragment);
   /// Makes an ordinary movie of it. On failure it stays a fragmented one. Once.
-  bool finish(std::span<const uint8_t> contents);
+  Result<void> finish(std::span<const uint8_t> contents);
 
   bool hasFragments() const { return end_ > 0; }
-  /// What went wrong last, in plain words.
-  const std::string& error() const { return error_; }
 
  private:
   void makePlace();
-  bool openPart();
-  bool takeName();
+  Result<void> openPart();
+  Result<void> takeName();
   void closeFile();
-  bool writeWhole(std::span<const uint8_t> bytes, int64_t offset);
-  bool begin(std::span<const uint8_t> head, std::span<const uint8_t> fragment);
-  bool fail(int code);
-  bool checkName();
+  Result<void> writeWhole(std::span<const uint8_t> bytes, int64_t offset);
+  Result<void> begin(std::span<const uint8_t> head, std::span<const uint8_t> fragment);
+  Error failure(int code) const;
+  Result<void> checkName();
 
   std::string path_;
   FileCalls& calls_;
@@ -68,7 +67,6 @@ class MovieFile {
   std::string partPath_;  // of a hidden file that has not got its name yet
   int64_t slot_ = 0;      // where the 16 free bytes are
   int64_t end_ = 0;       // of the last fragment; 0 before the first
-  std::string error_;
 };
 
 }  // namespace tessary

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 #include <vector>
 
+#include "base/Result.h"
 #include "ffmpeg/AvHandles.h"
 #include "ffmpeg/MemoryIo.h"
 
@@ -17,17 +19,14 @@ namespace tessary {
 /// of the real file each frame has come to lie, and its table of contents is all that is kept of
 /// it.
 ///
-/// The real file may hold `gap` bytes more than the head before the first fragment. Functions throw
-/// MovieMuxer::Error.
+/// The real file may hold `gap` bytes more than the head before the first fragment.
 class MovieMuxer {
  public:
   using Packets = std::span<const AvHandle<AVPacket>>;
-  struct Error {
-    std::string text;
-  };
 
   /// A movie with one track of `parameters`. `creationTime` as ISO 8601 text in UTC.
-  MovieMuxer(const AVCodecParameters& parameters, int32_t gap, std::string creationTime);
+  static Result<std::unique_ptr<MovieMuxer>> make(const AVCodecParameters& parameters, int32_t gap,
+                                                  std::string creationTime);
   ~MovieMuxer();
   MovieMuxer(const MovieMuxer&) = delete;
   MovieMuxer& operator=(const MovieMuxer&) = delete;
@@ -37,19 +36,22 @@ class MovieMuxer {
   /// The next fragment, 'moof' and 'mdat'. Times of `packets` (one at least) are in microseconds.
   /// Each lasts until the next begins, the last for `lastDuration`: never longer than to the frame
   /// that follows, so 1 where that is not known yet.
-  std::vector<uint8_t> fragment(Packets packets, int64_t lastDuration);
+  Result<std::vector<uint8_t>> fragment(Packets packets, int64_t lastDuration);
   /// To be called when that fragment has been written: its frames count from now on.
-  void place(Packets packets);
+  Result<void> place(Packets packets);
   /// The ordinary movie's 'moov', of all frames that were placed, at least one; the very last frame
   /// lasts for `lastDuration`. Last of all.
-  std::vector<uint8_t> contents(int64_t lastDuration);
+  Result<std::vector<uint8_t>> contents(int64_t lastDuration);
 
  private:
-  AvHandle<AVFormatContext> open(MemoryIo& io, AvOptions& options);
-  void openContents(int64_t firstTime);
-  void placeHeld();
+  explicit MovieMuxer(std::string creationTime);
 
-  const AvHandle<AVCodecParameters> parameters_;
+  Result<void> openFragments(const AVCodecParameters& parameters, int32_t gap);
+  Result<void> openContents(int64_t firstTime);
+  Result<AvHandle<AVFormatContext>> open(MemoryIo& io, AvOptions& options);
+  Result<void> placeHeld();
+
+  const AvHandle<AVCodecParameters> parameters_ = takeAv(avcodec_parameters_alloc());
   const std::string creationTime_;
   MemoryIo fragmentsIo_;
   AvHandle<AVFormatContext> fragments_;

@@ -38,10 +38,19 @@ std::string now() {
 
 }  // namespace
 
-MovieRecorder::MovieRecorder(std::unique_ptr<MovieEncoder> encoder, std::unique_ptr<MovieFile> file)
+Result<std::shared_ptr<MovieRecorder>> MovieRecorder::make(std::unique_ptr<MovieEncoder> encoder,
+                                                           std::unique_ptr<MovieFile> file) {
+  auto muxer = MovieMuxer::make(encoder->parameters(), MovieFile::kGap, now());
+  if (!muxer) return Error{muxer.error()};
+  return std::shared_ptr<MovieRecorder>(
+      new MovieRecorder(std::move(encoder), *std::move(muxer), std::move(file)));
+}
+
+MovieRecorder::MovieRecorder(std::unique_ptr<MovieEncoder> encoder,
+                             std::unique_ptr<MovieMuxer> muxer, std::unique_ptr<MovieFile> file)
     : encoder_(std::move(encoder)),
+      muxer_(std::move(muxer)),
       file_(std::move(file)),
-      muxer_(std::make_unique<MovieMuxer>(encoder_->parameters(), MovieFile::kGap, now())),
       lastInterval_(std::chrono::microseconds(1s).count() / 30) {}
 
 bool MovieRecorder::hasRoom() const {
@@ -96,8 +105,6 @@ std::function<void()> MovieRecorder::run() {
   const auto guarded = [this](void (MovieRecorder::*part)()) {
     try {
       (this->*part)();
-    } catch (const MovieMuxer::Error& error) {
-      fail(error.text);
     } catch (const std::bad_alloc&) {
       fail("There is not enough memory to record.");
     }
@@ -114,7 +121,8 @@ std::function<void()> MovieRecorder::run() {
 }
 
 void MovieRecorder::openFile() {
-  if (!file_->open()) fail(fmt::format("The movie can't be made: {}.", file_->error()));
+  if (const auto opened = file_->open(); !opened)
+    fail(fmt::format("The movie can't be made: {}.", opened.error()));
 }
 
 void MovieRecorder::work() {
@@ -127,8 +135,7 @@ void MovieRecorder::work() {
   }
   if (error().empty()) {
     MovieEncoder::Packets rest;
-    std::string reason;
-    if (!encoder_->drain(rest, reason)) fail(reason);
+    if (const auto drained = encoder_->drain(rest); !drained) fail(drained.error());
     collect(std::move(rest));
   }
   if (!pending_.empty()) writeFragment(pending_.size(), lastInterval_);
@@ -164,17 +171,13 @@ void MovieRecorder::frameIsDone(SteadyClock::time_point began) {
 
 void MovieRecorder::encode(const Frame& frame) {
   MovieEncoder::Packets packets;
-  std::string error;
-  bool good = true;
-  while (good && lastTime_ && frame.time - *lastTime_ > kLongestInterval) {
+  Result<void> encoded;
+  while (encoded && lastTime_ && frame.time - *lastTime_ > kLongestInterval) {
     *lastTime_ += kLongestInterval;
-    good = encoder_->repeat(*lastTime_, packets, error);
+    encoded = encoder_->repeat(*lastTime_, packets);
   }
-  good = good && encoder_->encode(*frame.picture, frame.time, packets, error);
-  if (!good) {
-    fail(error);
-    return;
-  }
+  if (encoded) encoded = encoder_->encode(*frame.picture, frame.time, packets);
+  if (!encoded) return fail(encoded.error());
   if (lastTime_) lastInterval_ = std::min(frame.time - *lastTime_, kLongestLastInterval);
   lastTime_ = frame.time;
   collect(std::move(packets));
@@ -217,17 +220,21 @@ void MovieRecorder::writeDueFragment() {
 
 void MovieRecorder::writeFragment(size_t frames, int64_t lastDuration) {
   const MovieMuxer::Packets packets = MovieMuxer::Packets(pending_).first(frames);
-  const auto fragment = muxer_->fragment(packets, lastDuration);
-  if (!file_->appendFragment(muxer_->head(), fragment)) {
-    const std::chrono::duration<double> length = std::chrono::microseconds(packets.front()->pts);
-    fail(file_->hasFragments()
-             ? fmt::format("Recording ended: {}. The movie's first {:.1f} seconds are kept.",
-                           file_->error(), length.count())
-             : fmt::format("Nothing was recorded: {}.", file_->error()));
+  const auto giveUp = [this](const std::string& reason) {
     pending_.clear();
-    return;
+    fail(reason);
+  };
+  auto fragment = muxer_->fragment(packets, lastDuration);
+  if (!fragment) return giveUp(fragment.error());
+  if (const auto appended = file_->appendFragment(muxer_->head(), *fragment); !appended) {
+    const std::chrono::duration<double> length = std::chrono::microseconds(packets.front()->pts);
+    return giveUp(
+        file_->hasFragments()
+            ? fmt::format("Recording ended: {}. The movie's first {:.1f} seconds are kept.",
+                          appended.error(), length.count())
+            : fmt::format("Nothing was recorded: {}.", appended.error()));
   }
-  muxer_->place(packets);
+  if (const auto placed = muxer_->place(packets); !placed) return giveUp(placed.error());
   const int64_t last = packets.back()->pts;
   pending_.erase(pending_.begin(), pending_.begin() + std::ptrdiff_t(frames));
   const std::lock_guard lock(mutex_);
@@ -239,8 +246,10 @@ void MovieRecorder::writeFragment(size_t frames, int64_t lastDuration) {
 void MovieRecorder::finish() {
   encoder_.reset();
   if (!file_->hasFragments()) return;
-  if (file_->finish(muxer_->contents(lastInterval_))) return;
-  fail(fmt::format("The movie could not be finished: {}.", file_->error()));
+  auto contents = muxer_->contents(lastInterval_);
+  if (!contents) return fail(contents.error());
+  if (const auto finished = file_->finish(*contents); !finished)
+    fail(fmt::format("The movie could not be finished: {}.", finished.error()));
 }
 
 void MovieRecorder::fail(const std::string& reason) {

@@ -32,7 +32,8 @@ class MovieRecorder {
   /// process loses stays below half a second, however busy the machine is.
   static constexpr std::chrono::milliseconds kLongestUnwritten{300};
 
-  MovieRecorder(std::unique_ptr<MovieEncoder> encoder, std::unique_ptr<MovieFile> file);
+  static Result<std::shared_ptr<MovieRecorder>> make(std::unique_ptr<MovieEncoder> encoder,
+                                                     std::unique_ptr<MovieFile> file);
 
   // Any thread.
   bool hasRoom() const;
@@ -65,6 +66,9 @@ class MovieRecorder {
     SteadyClock::time_point since;
   };
 
+  MovieRecorder(std::unique_ptr<MovieEncoder> encoder, std::unique_ptr<MovieMuxer> muxer,
+                std::unique_ptr<MovieFile> file);
+
   bool hasRoomLocked() const;
   std::optional<Frame> nextFrame();
   void frameIsDone(SteadyClock::time_point began);
@@ -82,8 +86,8 @@ class MovieRecorder {
 
   // The recording thread's own.
   std::unique_ptr<MovieEncoder> encoder_;
-  std::unique_ptr<MovieFile> file_;
   std::unique_ptr<MovieMuxer> muxer_;
+  std::unique_ptr<MovieFile> file_;
   MovieEncoder::Packets pending_;    // encoded, not yet in the file
   SteadyClock::time_point dueAt_;    // when what is pending has to be in the file
   std::optional<int64_t> lastTime_;  // of the last frame encoded

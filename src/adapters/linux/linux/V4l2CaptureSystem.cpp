@@ -50,14 +50,13 @@ std::shared_ptr<CaptureDevice> V4l2CaptureSystem::deviceWithUniqueID(const std::
   return nullptr;
 }
 
-std::unique_ptr<CaptureDeviceInput> V4l2CaptureSystem::makeDeviceInput(
-    const std::shared_ptr<CaptureDevice>& device, std::string& error) {
+Result<std::unique_ptr<CaptureDeviceInput>> V4l2CaptureSystem::makeDeviceInput(
+    const std::shared_ptr<CaptureDevice>& device) {
   auto camera = std::dynamic_pointer_cast<V4l2CaptureDevice>(device);
-  if (!camera) {
-    error = "The camera is not connected. Plug it in.";
-    return nullptr;
-  }
-  return V4l2DeviceInput::open(calls_, camera, makeDecoder_, timing_, error);
+  if (!camera) return Error{"The camera is not connected. Plug it in."};
+  auto input = V4l2DeviceInput::open(calls_, camera, makeDecoder_, timing_);
+  if (!input) return Error{input.error()};
+  return *std::move(input);
 }
 
 void V4l2CaptureSystem::setHotPlugHandlers(std::function<void()> deviceWasConnected,

@@ -6,9 +6,9 @@
 
 namespace tessary {
 
-std::unique_ptr<V4l2DeviceInput> V4l2DeviceInput::open(
+Result<std::unique_ptr<V4l2DeviceInput>> V4l2DeviceInput::open(
     std::shared_ptr<V4l2Calls> calls, const std::shared_ptr<V4l2CaptureDevice>& device,
-    FrameDecoderFactory makeDecoder, const StreamTiming& timing, std::string& error) {
+    FrameDecoderFactory makeDecoder, const StreamTiming& timing) {
   // The constructor is private, out of make_unique's reach.
   std::unique_ptr<V4l2DeviceInput> input(
       new V4l2DeviceInput(std::move(calls), device, std::move(makeDecoder), timing));
@@ -19,13 +19,12 @@ std::unique_ptr<V4l2DeviceInput> V4l2DeviceInput::open(
     unsigned count = 1;
     failure = input->node_.requestBuffers(count);
   }
-  if (failure == 0) return input;
-  error = openFailureText(device->devNode(), failure);
-  return nullptr;
+  if (failure != 0) return Error{openFailureText(device->devNode(), failure)};
+  return input;
 }
 
 V4l2DeviceInput::V4l2DeviceInput(std::shared_ptr<V4l2Calls> calls,
-                                 std::shared_ptr<V4l2CaptureDevice> device,
+                                 const std::shared_ptr<V4l2CaptureDevice>& device,
                                  FrameDecoderFactory makeDecoder, const StreamTiming& timing)
     : calls_(std::move(calls)),
       device_(std::move(device)),

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <string>
 
 #include "linux/StreamCounters.h"
 #include "linux/StreamTiming.h"
@@ -15,11 +14,11 @@ namespace tessary {
 /// A camera that this program has opened and claimed: no other program can stream from it.
 class V4l2DeviceInput final : public CaptureDeviceInput {
  public:
-  /// Null when the node can't be opened or another program has the camera; `error` tells.
-  static std::unique_ptr<V4l2DeviceInput> open(std::shared_ptr<V4l2Calls> calls,
-                                               const std::shared_ptr<V4l2CaptureDevice>& device,
-                                               FrameDecoderFactory makeDecoder,
-                                               const StreamTiming& timing, std::string& error);
+  /// Fails when the node can't be opened or another program has the camera.
+  static Result<std::unique_ptr<V4l2DeviceInput>> open(std::shared_ptr<V4l2Calls> calls,
+                                                       const std::shared_ptr<V4l2CaptureDevice>& device,
+                                                       FrameDecoderFactory makeDecoder,
+                                                       const StreamTiming& timing);
   ~V4l2DeviceInput() override;
 
   void startStreaming(FrameSink& sink) override;
@@ -30,7 +29,7 @@ class V4l2DeviceInput final : public CaptureDeviceInput {
   StreamCounters counters() const;
 
  private:
-  V4l2DeviceInput(std::shared_ptr<V4l2Calls> calls, std::shared_ptr<V4l2CaptureDevice> device,
+  V4l2DeviceInput(std::shared_ptr<V4l2Calls> calls, const std::shared_ptr<V4l2CaptureDevice>& device,
                   FrameDecoderFactory makeDecoder, const StreamTiming& timing);
 
   const std::shared_ptr<V4l2Calls> calls_;

@@ -24,19 +24,14 @@ QtKeyValueStore::QtKeyValueStore(const std::string& organisation, const std::str
     : QtKeyValueStore(userPath(organisation, application)) {}
 
 QtKeyValueStore::QtKeyValueStore(std::unique_ptr<SettingsFile> file) : file_(std::move(file)) {
-  if (std::optional<IniText> ini = read()) {
-    ini_ = std::move(*ini);
+  auto text = file_->read();
+  if (text) {
+    ini_ = IniText(*text);
     return;
   }
-  log("Settings could not be read from {}: {}", path(), file_->error());
+  log("Settings could not be read from {}: {}", path(), text.error());
   noteProblem(fmt::format("The settings can't be read: {}. See to {}, then start again.",
-                          file_->error(), path()));
-}
-
-std::optional<IniText> QtKeyValueStore::read() {
-  const std::optional<std::string> text = file_->read();
-  if (!text) return std::nullopt;
-  return IniText(*text);
+                          text.error(), path()));
 }
 
 std::optional<KeyValueStore::Value> QtKeyValueStore::value(const std::string& key) {
@@ -45,26 +40,29 @@ std::optional<KeyValueStore::Value> QtKeyValueStore::value(const std::string& ke
 }
 
 void QtKeyValueStore::refresh() {
-  if (std::optional<IniText> ini = read()) ini_ = std::move(*ini);
+  if (auto text = file_->read()) ini_ = IniText(*text);
 }
 
 void QtKeyValueStore::store(std::span<const Entry> entries) {
   for (const auto& [key, value] : entries) unwritten_[key] = textOf(value);
-  // Read anew: another run, or a hand, may have set other keys meanwhile. Two runs that store in
-  // the same millisecond can still lose one of the two changes; no lock is worth that.
-  std::optional<IniText> ini = read();
-  if (ini) {
-    for (const auto& [key, text] : unwritten_) ini->setValue(key, text);
-    if (file_->replace(ini->text())) {
-      ini_ = std::move(*ini);
-      unwritten_.clear();
-      noteProblem({});
-      return;
-    }
-  }
+  const auto written = write();
+  if (written) return noteProblem({});
   log("Settings could not be written to {}; they hold until the program ends.", path());
   noteProblem(fmt::format("The settings can't be kept: {}. They hold until the program ends.",
-                          file_->error()));
+                          written.error()));
+}
+
+Result<void> QtKeyValueStore::write() {
+  // Read anew: another run, or a hand, may have set other keys meanwhile. Two runs that store in
+  // the same millisecond can still lose one of the two changes; no lock is worth that.
+  auto text = file_->read();
+  if (!text) return Error{text.error()};
+  IniText ini(*text);
+  for (const auto& [key, value] : unwritten_) ini.setValue(key, value);
+  if (auto replaced = file_->replace(ini.text()); !replaced) return replaced;
+  ini_ = std::move(ini);
+  unwritten_.clear();
+  return {};
 }
 
 void QtKeyValueStore::setProblemHandler(ProblemHandler handler) {

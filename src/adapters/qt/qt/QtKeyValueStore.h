@@ -36,7 +36,8 @@ class QtKeyValueStore final : public KeyValueStore {
 
  private:
   /// What the file holds now, if it can be read.
-  std::optional<IniText> read();
+  /// What is unwritten, into the file.
+  Result<void> write();
   void noteProblem(std::string problem);
 
   const std::unique_ptr<SettingsFile> file_;

@@ -75,55 +75,53 @@ SettingsFile::SettingsFile(std::string path, Disk disk)
       look_("com.tessary.settings.file", kReadEndLimit),
       sync_("com.tessary.settings.sync", kSyncEndLimit) {}
 
-std::optional<std::string> SettingsFile::read() {
-  return ask([path = path_] { return readNow(path); }).text;
-}
-
-bool SettingsFile::replace(std::string text) {
-  const Answer answer =
-      ask([path = path_, text = std::move(text)] { return replaceNow(path, text); });
-  if (!answer.text) return false;
-  sync_.post(
-      [path = path_, file = answer.written, flush = disk_.flush] { sync(path, *file, flush); });
-  return true;
-}
-
-SettingsFile::Answer SettingsFile::ask(std::function<Answer()> look) {
+template <typename Look>
+auto SettingsFile::ask(Look look) -> decltype(look()) {
   auto answer = look_.call(silent_ ? disk_.patienceAfterSilence : disk_.patience,
                            [touch = disk_.touch, look = std::move(look)] {
                              touch();
                              return look();
                            });
   silent_ = !answer;
-  if (!answer) answer = Answer{std::nullopt, kSilent, nullptr};
-  error_ = answer->error;
-  return std::move(*answer);
+  if (!answer) return Error{kSilent};
+  return *std::move(answer);
 }
 
-SettingsFile::Answer SettingsFile::readNow(const std::string& path) {
-  Answer none{std::string(), {}, nullptr};
+Result<std::string> SettingsFile::read() {
+  return ask([path = path_] { return readNow(path); });
+}
+
+Result<void> SettingsFile::replace(std::string text) {
+  auto written = ask([path = path_, text = std::move(text)] { return replaceNow(path, text); });
+  if (!written) return Error{written.error()};
+  sync_.post([path = path_, file = *written, flush = disk_.flush] { sync(path, *file, flush); });
+  return {};
+}
+
+Result<std::string> SettingsFile::readNow(const std::string& path) {
+  std::string none;
   struct stat status {};
   if (::lstat(path.c_str(), &status) != 0) {
     if (errno == ENOENT || errno == ENOTDIR) return none;
-    return {std::nullopt, textOf(errno), nullptr};
+    return Error{textOf(errno)};
   }
   // Asked before it is opened, because to open a device may do something. A link may lead nowhere.
   if (::stat(path.c_str(), &status) != 0) {
     if (errno == ENOENT) return none;
-    return {std::nullopt, textOf(errno), nullptr};
+    return Error{textOf(errno)};
   }
   if (!S_ISREG(status.st_mode)) {
     putAside(path, "is no ordinary file");
     return none;
   }
   const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-  if (!file.isOpen()) return {std::nullopt, textOf(errno), nullptr};
+  if (!file.isOpen()) return Error{textOf(errno)};
   std::string text(kMostBytes + 1, '\0');
   size_t size = 0;
   while (size < text.size()) {
     const ssize_t count = ::read(file.get(), text.data() + size, text.size() - size);
     if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return {std::nullopt, textOf(errno), nullptr};
+    if (count < 0) return Error{textOf(errno)};
     if (count == 0) break;
     size += size_t(count);
   }
@@ -131,26 +129,26 @@ SettingsFile::Answer SettingsFile::readNow(const std::string& path) {
     putAside(path, "is too large for settings");
     return none;
   }
-  return {text.substr(0, size), {}, nullptr};
+  return text.substr(0, size);
 }
 
-SettingsFile::Answer SettingsFile::replaceNow(const std::string& path, const std::string& text) {
-  const auto failure = [](int error) { return Answer{std::nullopt, textOf(error), nullptr}; };
+Result<std::shared_ptr<FileDescriptor>> SettingsFile::replaceNow(const std::string& path,
+                                                                 const std::string& text) {
   const std::string place = behindLinks(path);
   std::error_code ignored;
   fs::create_directories(fs::path(place).parent_path(), ignored);
   struct stat status {};
   const bool isThere = ::stat(place.c_str(), &status) == 0;
-  if (isThere && !S_ISREG(status.st_mode)) return {std::nullopt, "it is no ordinary file", nullptr};
+  if (isThere && !S_ISREG(status.st_mode)) return Error{"it is no ordinary file"};
 
   removeAbandonedParts(fs::path(place).parent_path());
   FileCalls& calls = FileCalls::system();
   const std::string part = hiddenPartPath(place);
   auto file = std::make_shared<FileDescriptor>(calls.openNew(part));
-  if (!file->isOpen()) return failure(errno);
+  if (!file->isOpen()) return Error{textOf(errno)};
   const auto giveUp = [&](int error) {
     calls.unlink(part);
-    return failure(error);
+    return Error{textOf(error)};
   };
   if (isThere && ::fchmod(file->get(), status.st_mode & 07777) != 0) return giveUp(errno);
   const std::span bytes(reinterpret_cast<const uint8_t*>(text.data()), text.size());
@@ -160,7 +158,7 @@ SettingsFile::Answer SettingsFile::replaceNow(const std::string& path, const std
   // failure. Where that is not to be had, nothing is lost by asking.
   ::sync_file_range(file->get(), 0, 0, SYNC_FILE_RANGE_WRITE);
   if (::rename(part.c_str(), place.c_str()) != 0) return giveUp(errno);
-  return {std::string(), {}, std::move(file)};
+  return file;
 }
 
 }  // namespace tessary

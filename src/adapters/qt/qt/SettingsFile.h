@@ -3,13 +3,13 @@
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 
 #include <unistd.h>
 
 #include "base/FileCalls.h"
 #include "base/FileDescriptor.h"
+#include "base/Result.h"
 #include "base/SerialQueue.h"
 
 namespace tessary {
@@ -39,35 +39,29 @@ class SettingsFile {
   // The destructor waits for the disk, but not for one that is silent.
 
   const std::string& path() const { return path_; }
-  /// What went wrong in the last call, in plain words.
-  const std::string& error() const { return error_; }
 
-  /// The text, empty where there is no file; nothing if there is one that can't be read. Whatever
-  /// is no regular file of at most kMostBytes is renamed, so that nothing is lost, and counts as
-  /// none; the log says so.
-  std::optional<std::string> read();
-  /// Puts `text` in the file's place in one step, or leaves the file as it was and returns false.
-  /// What is replaced survives this process; a thread brings it down to the disk.
-  bool replace(std::string text);
+  /// The text, empty where there is no file; fails if there is one that can't be read. Whatever is
+  /// no regular file of at most kMostBytes is renamed, so that nothing is lost, and counts as none;
+  /// the log says so.
+  Result<std::string> read();
+  /// Puts `text` in the file's place in one step, or leaves the file as it was and fails. What is
+  /// replaced survives this process; a thread brings it down to the disk.
+  Result<void> replace(std::string text);
   /// Waits until all that was replaced is down.
   void drain() { sync_.drain(); }
 
  private:
-  /// What a look at the disk came to.
-  struct Answer {
-    std::optional<std::string> text;  // nothing after a failure
-    std::string error;                // in plain words
-    std::shared_ptr<FileDescriptor> written;
-  };
-  static Answer readNow(const std::string& path);
-  static Answer replaceNow(const std::string& path, const std::string& text);
+  static Result<std::string> readNow(const std::string& path);
+  /// What was written.
+  static Result<std::shared_ptr<FileDescriptor>> replaceNow(const std::string& path,
+                                                            const std::string& text);
   /// On the disk's thread, which may outlive this object: `look` owns all that it uses.
-  Answer ask(std::function<Answer()> look);
+  template <typename Look>
+  auto ask(Look look) -> decltype(look());
 
   const std::string path_;
   const Disk disk_;
   bool silent_ = false;  // the last call was not answered
-  std::string error_;
   SerialQueue look_;
   SerialQueue sync_;
 };

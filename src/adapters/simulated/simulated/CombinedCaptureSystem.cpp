@@ -22,11 +22,11 @@ std::shared_ptr<CaptureDevice> CombinedCaptureSystem::deviceWithUniqueID(
   return device ? device : second_->deviceWithUniqueID(uniqueID);
 }
 
-std::unique_ptr<CaptureDeviceInput> CombinedCaptureSystem::makeDeviceInput(
-    const std::shared_ptr<CaptureDevice>& device, std::string& error) {
+Result<std::unique_ptr<CaptureDeviceInput>> CombinedCaptureSystem::makeDeviceInput(
+    const std::shared_ptr<CaptureDevice>& device) {
   // A device that neither knows any more goes to the second, which says so.
   const bool isFirsts = device && first_->deviceWithUniqueID(device->uniqueID()) == device;
-  return (isFirsts ? first_ : second_)->makeDeviceInput(device, error);
+  return (isFirsts ? first_ : second_)->makeDeviceInput(device);
 }
 
 void CombinedCaptureSystem::setHotPlugHandlers(std::function<void()> deviceWasConnected,

@@ -14,8 +14,8 @@ class CombinedCaptureSystem final : public CaptureSystem {
 
   std::vector<std::shared_ptr<CaptureDevice>> devices() override;
   std::shared_ptr<CaptureDevice> deviceWithUniqueID(const std::string& uniqueID) override;
-  std::unique_ptr<CaptureDeviceInput> makeDeviceInput(const std::shared_ptr<CaptureDevice>& device,
-                                                      std::string& error) override;
+  Result<std::unique_ptr<CaptureDeviceInput>> makeDeviceInput(
+      const std::shared_ptr<CaptureDevice>& device) override;
   void setHotPlugHandlers(std::function<void()> deviceWasConnected,
                           std::function<void()> deviceWasDisconnected) override;
 

@@ -28,16 +28,11 @@ std::shared_ptr<CaptureDevice> SimulatedCaptureSystem::deviceWithUniqueID(
   return seen_->microscope;
 }
 
-std::unique_ptr<CaptureDeviceInput> SimulatedCaptureSystem::makeDeviceInput(
-    const std::shared_ptr<CaptureDevice>& device, std::string& error) {
-  if (!device || device != plugged_) {
-    error = "The microscope is no longer connected. Plug it in again.";
-    return nullptr;
-  }
-  if (!openFailure_.empty()) {
-    error = std::exchange(openFailure_, {});
-    return nullptr;
-  }
+Result<std::unique_ptr<CaptureDeviceInput>> SimulatedCaptureSystem::makeDeviceInput(
+    const std::shared_ptr<CaptureDevice>& device) {
+  if (!device || device != plugged_)
+    return Error{"The microscope is no longer connected. Plug it in again."};
+  if (!openFailure_.empty()) return Error{std::exchange(openFailure_, {})};
   return std::make_unique<SimulatedDeviceInput>(plugged_, makeDecoder_, encoder_);
 }
 

@@ -116,12 +116,12 @@ void startOn(CaptureSystem& system, const Options& options, CountingSink& sink,
              std::unique_ptr<CaptureDeviceInput>& input, std::string& uniqueID) {
   for (const auto& device : system.devices()) {
     if (device->uniqueID().find(options.id) == std::string::npos) continue;
-    std::string error;
-    input = system.makeDeviceInput(device, error);
-    if (!input) {
-      say("can't open: " + error);
+    auto opened = system.makeDeviceInput(device);
+    if (!opened) {
+      say("can't open: " + opened.error());
       return;
     }
+    input = *std::move(opened);
     uniqueID = device->uniqueID();
     input->startStreaming(sink);
     const bool locked = device->lockForConfiguration();
