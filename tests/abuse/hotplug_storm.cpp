@@ -323,7 +323,7 @@ class Storm {
   MicroscopeCatalogue catalogue_{*system_, microscopes_};
   std::unique_ptr<CaptureController> controller_ = std::make_unique<CaptureController>(
       CaptureController::Surroundings{*system_, catalogue_, currMicroscope_, preferences_,
-                                      mainQueue_, host_, failureListener_});
+                                      mainQueue_, host_, host_, failureListener_});
 
   std::unique_ptr<V4l2CaptureSystem> makeSystem() {
     auto nodes = std::make_unique<Nodes>();

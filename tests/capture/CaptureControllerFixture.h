@@ -102,7 +102,7 @@ class CaptureControllerFixture : public testing::Test {
   MicroscopeCatalogue catalogue{system, microscopes};
   std::unique_ptr<CaptureController> controller =
       std::make_unique<CaptureController>(CaptureController::Surroundings{
-          system, catalogue, currMicroscope, preferences, mainQueue, host, failures});
+          system, catalogue, currMicroscope, preferences, mainQueue, host, host, failures});
 };
 
 }  // namespace tessary::test

@@ -8,12 +8,14 @@
 #include <fmt/format.h>
 
 #include "FakeCaptureSystem.h"
-#include "capture/CaptureHost.h"
+#include "capture/CaptureDialogs.h"
+#include "capture/CapturePicture.h"
 
 namespace tessary::test {
 
-/// A window without a toolkit: it notes what is asked of it, except for the frames.
-class FakeCaptureHost final : public CaptureHost {
+/// A picture and its dialogs without a toolkit: it notes what is asked of it, except for the
+/// frames.
+class FakeCaptureHost final : public CapturePicture, public CaptureDialogs {
  public:
   explicit FakeCaptureHost(std::shared_ptr<CallLog> log) : log_(std::move(log)) {}
 

@@ -93,15 +93,6 @@ TEST_F(CaptureVideoDataOutputTest, ADroppedFrameIsLetGoAtOnce) {
   letTheQueueGo();
 }
 
-TEST_F(CaptureVideoDataOutputTest, KeepsAllFramesWhenToldTo) {
-  output.setAlwaysDiscardsLateVideoFrames(false);
-  holdTheQueueUp();
-  for (int64_t time = 1; time <= 4; ++time) output.deliver(frameOf(1, 1, time));
-  letTheQueueGo();
-  EXPECT_THAT(delegate.handled, ElementsAre(0, 1, 2, 3, 4));
-  EXPECT_EQ(output.droppedFrames(), 0u);
-}
-
 TEST_F(CaptureVideoDataOutputTest, EndingItWaitsForTheFramesItHas) {
   auto ending = std::make_unique<CaptureVideoDataOutput>();
   ending->setSampleBufferDelegate(&delegate, queue);

@@ -52,6 +52,33 @@ TEST(FrameRing, TheSameMemoryPushedTwiceIsTwoFrames) {
   EXPECT_NE(ring.newest().sequence, first);
 }
 
+TEST(FrameRing, AnotherSizeAndAClearingBeginARunOfTheirOwn) {
+  struct Row {
+    TextureSize size;  // pushed; nothing for a clearing
+    bool begins;
+  };
+  const Row rows[] = {{{2, 2}, true}, {{2, 2}, false}, {{4, 2}, true}, {{4, 2}, false},
+                      {{2, 2}, true}, {{}, true},      {{2, 2}, true}, {{2, 2}, false}};
+  FrameRing ring;
+  for (const Row& row : rows) {
+    const uint64_t before = ring.newest().run;
+    if (row.size == TextureSize{})
+      ring.clear();
+    else
+      EXPECT_EQ(ring.push(std::make_shared<PixelBuffer>(row.size)), row.begins);
+    EXPECT_EQ(ring.newest().run != before, row.begins) << row.size.width;
+  }
+}
+
+TEST(FrameRing, FramesOfAnotherSizeStartInSlotOneAndTheOthersGo) {
+  FrameRing ring;
+  for (int i = 0; i < 4; ++i) ring.push(makeFrame());
+  ring.push(std::make_shared<PixelBuffer>(TextureSize{4, 2}));
+  EXPECT_EQ(ring.cvLastTexture(), 1);
+  EXPECT_EQ(ring.slot(0), nullptr);
+  EXPECT_EQ(ring.slot(2), nullptr);
+}
+
 TEST(FrameRing, HoldsNoMoreThanThreeFrames) {
   FrameRing ring;
   const FrameRing::Frame first = makeFrame();

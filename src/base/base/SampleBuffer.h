@@ -7,7 +7,8 @@
 
 namespace tessary {
 
-/// One frame of a camera: its picture and the time at which the camera took it.
+/// One frame of a camera: its picture and the time at which the camera took it. Wherever frames
+/// wait to be shown, the newest wins: the user is focusing, so a late one misleads.
 struct SampleBuffer {
   std::shared_ptr<const PixelBuffer> imageBuffer;
   MediaTime presentationTimeStamp{0};

@@ -120,9 +120,9 @@ void CaptureController::startCaptureSession(std::shared_ptr<MicroscopeInfo> micr
   configDeviceWithCurrResolution();
   if (capDevice) capDevice->unlockForConfiguration();
 
-  surroundings_.host.changeScale(kScaleNone);
-  surroundings_.host.setCalibration(kUncalibrated, kUnitMillimetre);
-  surroundings_.host.removeAllShapes();
+  surroundings_.picture.changeScale(kScaleNone);
+  surroundings_.picture.setCalibration(kUncalibrated, kUnitMillimetre);
+  surroundings_.picture.removeAllShapes();
   rememberChoice(*microscope);
 }
 
@@ -142,21 +142,21 @@ bool CaptureController::addInputAndOutput() {
     return false;
   }
   capSession->addInput(capDeviceInput);
-  // Frames are 32-bit BGRA and upright on this platform, so neither needs to be asked for.
+  // Frames are 32-bit BGRA and upright on this platform, and late ones are discarded: none of it
+  // needs to be asked for.
   capVideoDataOutput = std::make_shared<CaptureVideoDataOutput>();
-  capVideoDataOutput->setAlwaysDiscardsLateVideoFrames(true);
   capVideoDataOutput->setSampleBufferDelegate(this, capVideoDataOutputQueue);
   capSession->addOutput(capVideoDataOutput);
   return true;
 }
 
 void CaptureController::endCalibration() {
-  if (surroundings_.host.closeCalibrationWindow()) surroundings_.host.stopCalibration();
+  if (surroundings_.dialogs.closeCalibrationWindow()) surroundings_.picture.stopCalibration();
 }
 
 void CaptureController::stopCaptureSession() {
   endCalibration();
-  surroundings_.host.closeInputTextWindow();
+  surroundings_.dialogs.closeInputTextWindow();
   if (capSession) {
     if (capSession->isRunning()) capSession->stopRunning();
     capSession->beginConfiguration();
@@ -234,7 +234,7 @@ void CaptureController::captureOutputDidOutputSampleBuffer(const SampleBuffer& s
   ++framesCaptured;
   ++framesDelivered_;
   // Meant: the count starts at 10, so this holds nothing back until the counter has wrapped.
-  if (wndExposed && framesCaptured > 1) surroundings_.host.updateVideoFrame(sampleBuffer);
+  if (wndExposed && framesCaptured > 1) surroundings_.picture.updateVideoFrame(sampleBuffer);
 }
 
 void CaptureController::captureOutputDidDropSampleBuffer(const SampleBuffer&) {
@@ -244,7 +244,7 @@ void CaptureController::captureOutputDidDropSampleBuffer(const SampleBuffer&) {
 void CaptureController::onMicroscopeConnected() {
   const auto microscope = surroundings_.catalogue.onMicroscopeConnected();
   if (!microscope) return;
-  if (surroundings_.host.isMicroscopeWindowUp()) surroundings_.host.refreshMicroscopes();
+  if (surroundings_.dialogs.isMicroscopeWindowUp()) surroundings_.dialogs.refreshMicroscopes();
   if (microscope->uniqueID == surroundings_.preferences.uniqueID && !capDevice)
     startCaptureSession(microscope, surroundings_.preferences.resolution);
 }
@@ -252,18 +252,18 @@ void CaptureController::onMicroscopeConnected() {
 void CaptureController::onMicroscopeDisconnected() {
   const auto microscope = surroundings_.catalogue.onMicroscopeDisconnected();
   if (!microscope) return;
-  CaptureHost& host = surroundings_.host;
-  if (host.isMicroscopeWindowUp()) {
+  CaptureDialogs& dialogs = surroundings_.dialogs;
+  if (dialogs.isMicroscopeWindowUp()) {
     if (surroundings_.catalogue.microscopes().empty())
-      host.endMicroscopeSheet(kCancel);
+      dialogs.endMicroscopeSheet(kCancel);
     else
-      host.refreshMicroscopes();
+      dialogs.refreshMicroscopes();
   }
   // Without a current microscope there is nothing that could match.
   const auto& current = surroundings_.currMicroscope;
   if (!current || current->uniqueID != microscope->uniqueID) return;
   stopCaptureSession();
-  host.stopPreview();
+  surroundings_.picture.stopPreview();
 }
 
 }  // namespace tessary

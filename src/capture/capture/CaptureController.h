@@ -8,7 +8,8 @@
 #include "base/Executor.h"
 #include "base/Failures.h"
 #include "base/SerialQueue.h"
-#include "capture/CaptureHost.h"
+#include "capture/CaptureDialogs.h"
+#include "capture/CapturePicture.h"
 #include "capture/CaptureSession.h"
 #include "capture/CaptureVideoDataOutput.h"
 #include "capture/MicroscopeCatalogue.h"
@@ -35,7 +36,8 @@ class CaptureController final : private CaptureVideoDataOutputSampleBufferDelega
     std::shared_ptr<MicroscopeInfo>& currMicroscope;  ///< `gCurrMicroscope`
     Preferences& preferences;
     Executor& mainQueue;
-    CaptureHost& host;
+    CapturePicture& picture;
+    CaptureDialogs& dialogs;
     FailureListener& failures;
   };
 

@@ -28,23 +28,16 @@ void CaptureVideoDataOutput::drain() {
 
 void CaptureVideoDataOutput::deliver(const SampleBuffer& frame) {
   if (!delegate_ || !queue_) return;
-  SampleBuffer late;
-  bool tookItsPlace = false;
+  std::optional<SampleBuffer> late;
   {
     const std::lock_guard lock(mutex_);
-    tookItsPlace = discardsLate_ && !waiting_.empty();
-    if (tookItsPlace) {
-      // Newest wins: the user is focusing, so a late frame misleads.
-      late = std::exchange(waiting_.back(), frame);
-      ++dropped_;
-    } else {
-      waiting_.push_back(frame);
-    }
+    late = std::exchange(waiting_, frame);
+    if (late) ++dropped_;
   }
-  if (tookItsPlace)
-    delegate_->captureOutputDidDropSampleBuffer(late);
+  if (late)
+    delegate_->captureOutputDidDropSampleBuffer(*late);
   else
-    queue_->post([this] { handleWaitingFrame(); });  // one piece of work a waiting frame
+    queue_->post([this] { handleWaitingFrame(); });
 }
 
 void CaptureVideoDataOutput::streamFailed(const std::string& reason) {
@@ -52,13 +45,12 @@ void CaptureVideoDataOutput::streamFailed(const std::string& reason) {
 }
 
 void CaptureVideoDataOutput::handleWaitingFrame() {
-  SampleBuffer frame;
+  std::optional<SampleBuffer> frame;
   {
     const std::lock_guard lock(mutex_);
-    frame = std::move(waiting_.front());
-    waiting_.pop_front();
+    frame = std::exchange(waiting_, std::nullopt);
   }
-  delegate_->captureOutputDidOutputSampleBuffer(frame);
+  delegate_->captureOutputDidOutputSampleBuffer(*frame);
 }
 
 }  // namespace tessary

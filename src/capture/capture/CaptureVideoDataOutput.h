@@ -1,10 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "base/SerialQueue.h"
@@ -23,7 +23,8 @@ class CaptureVideoDataOutputSampleBufferDelegate {
 };
 
 /// Takes a stream's frames over to a serial queue and hands them to a delegate there, one after the
-/// other, each a 32-bit BGRA picture. The stream's thread never waits for the delegate.
+/// other, each a 32-bit BGRA picture. The stream's thread never waits for the delegate: at most one
+/// frame waits for the queue, the newest, and one whose place it takes is dropped.
 class CaptureVideoDataOutput final : public FrameSink {
  public:
   CaptureVideoDataOutput() = default;
@@ -34,9 +35,6 @@ class CaptureVideoDataOutput final : public FrameSink {
 
   // The setters are for the time before the stream starts.
 
-  /// Whether at most one frame waits for the queue, the newest; those it takes the place of are
-  /// dropped. Otherwise all of them wait. On at first.
-  void setAlwaysDiscardsLateVideoFrames(bool discards) { discardsLate_ = discards; }
   /// `delegate` must outlive the output.
   void setSampleBufferDelegate(CaptureVideoDataOutputSampleBufferDelegate* delegate,
                                std::shared_ptr<SerialQueue> queue);
@@ -55,13 +53,12 @@ class CaptureVideoDataOutput final : public FrameSink {
  private:
   void handleWaitingFrame();
 
-  bool discardsLate_ = true;
   CaptureVideoDataOutputSampleBufferDelegate* delegate_ = nullptr;
   std::shared_ptr<SerialQueue> queue_;
   std::function<void(const std::string&)> streamFailedHandler_;
 
   mutable std::mutex mutex_;  // guards waiting_ and dropped_
-  std::deque<SampleBuffer> waiting_;
+  std::optional<SampleBuffer> waiting_;
   uint64_t dropped_ = 0;
 };
 

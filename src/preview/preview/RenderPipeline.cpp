@@ -4,26 +4,6 @@
 
 namespace tessary {
 
-void RenderPipeline::clearBufferResources() {
-  {
-    const std::lock_guard lock(mutex_);
-    announced_.size = {};
-    ++announced_.generation;
-  }
-  ring_.clear();
-}
-
-void RenderPipeline::initBufferResources(TextureSize size) {
-  const std::lock_guard lock(mutex_);
-  announced_.size = size;
-  ++announced_.generation;
-}
-
-TextureSize RenderPipeline::textureSize() const {
-  const std::lock_guard lock(mutex_);
-  return announced_.size;
-}
-
 void RenderPipeline::dropResources() {
   compositor_.clearBufferResources();
   madeOrFailed_ = false;
@@ -31,35 +11,28 @@ void RenderPipeline::dropResources() {
   composedSize_ = {};
 }
 
-TextureSize RenderPipeline::takeAnnouncement() {
-  Announcement announced;
-  {
-    const std::lock_guard lock(mutex_);
-    announced = announced_;
-  }
-  const TextureSize size = announced.size;
-  if (announced.generation != takenGeneration_) {
+void RenderPipeline::prepareResources(const FrameRing::Newest& newest) {
+  if (newest.run != preparedRun_) {
     dropResources();
-    takenGeneration_ = announced.generation;
+    preparedRun_ = newest.run;
   }
+  if (!newest.frame || madeOrFailed_) return;
+  const TextureSize size = newest.frame->size();
   const bool largeEnough =
       size.width >= kSmallestFrame.width && size.height >= kSmallestFrame.height;
-  if (largeEnough && !madeOrFailed_) {
-    compositor_.initBufferResources(size);
-    madeOrFailed_ = true;
-  }
-  return size;
+  if (!largeEnough) return;
+  compositor_.initBufferResources(size);
+  madeOrFailed_ = true;
 }
 
 bool RenderPipeline::composeNow(const Overlay& overlay) {
-  const TextureSize size = takeAnnouncement();
-  if (!compositor_.hasBufferResources()) return false;
   const FrameRing::Newest newest = ring_.newest();
-  if (!newest.frame || newest.frame->size() != size) return false;
+  prepareResources(newest);
+  if (!newest.frame || !compositor_.hasBufferResources()) return false;
   if (newest.sequence != composedSequence_ || overlayChanged_) {
     compositor_.compose(*newest.frame, overlay.lines, overlay.points);
     composedSequence_ = newest.sequence;
-    composedSize_ = size;
+    composedSize_ = newest.frame->size();
     overlayChanged_ = false;
   }
   return true;

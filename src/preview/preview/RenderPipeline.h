@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <mutex>
 #include <span>
 
 #include "base/PixelBuffer.h"
@@ -22,7 +21,9 @@ struct Overlay {
 ///
 /// Frame and overlay are composed in the frame's pixel grid; zoom and pan come in only when the
 /// result is drawn to the window. What the compositor holds belongs to the graphics context's
-/// thread, so the frame queue only announces a new frame size, and the next draw does the work.
+/// thread, so it follows the ring in the next draw: a new run of frames makes everything anew, as
+/// nothing is resized in place, and an empty ring leaves nothing of it. All calls come on that
+/// thread with the context current, except where noted.
 class RenderPipeline {
  public:
   /// Smaller frames are not composed.
@@ -30,16 +31,6 @@ class RenderPipeline {
 
   /// Both have to outlive the pipeline.
   RenderPipeline(FrameRing& ring, Compositor& compositor) : ring_(ring), compositor_(compositor) {}
-
-  /// No picture: empties the ring at once; the composed texture goes in the next draw. Any thread.
-  void clearBufferResources();
-  /// Frames have `size` from now on. Any thread.
-  void initBufferResources(TextureSize size);
-  /// Size announced last, 0 by 0 for none. Any thread.
-  TextureSize textureSize() const;
-
-  // From here on: the thread of the graphics context, with that context current, except where
-  // noted.
 
   /// The overlay differs from the one composed last. Needs no context.
   void overlayDidChange() { overlayChanged_ = true; }
@@ -59,23 +50,15 @@ class RenderPipeline {
   void contextWillBeDestroyed();
 
  private:
-  /// Brings the compositor's resources in line with what was announced.
-  TextureSize takeAnnouncement();
+  /// Brings the compositor's resources in line with the ring.
+  void prepareResources(const FrameRing::Newest& newest);
   void dropResources();
 
   FrameRing& ring_;
   Compositor& compositor_;
 
-  struct Announcement {
-    TextureSize size;
-    uint64_t generation = 0;  // counts clears and inits: nothing is resized in place
-  };
-  mutable std::mutex mutex_;  // guards announced_
-  Announcement announced_;
-
-  // The context's thread alone.
-  uint64_t takenGeneration_ = 0;
-  bool madeOrFailed_ = false;  // one attempt for each announcement
+  uint64_t preparedRun_ = 0;
+  bool madeOrFailed_ = false;  // one attempt for each run
   bool overlayChanged_ = true;
   uint64_t composedSequence_ = 0;  // 0: nothing composed; the ring counts from 1
   TextureSize composedSize_;

@@ -38,7 +38,7 @@ PreviewWindowController::PreviewWindowController(Surroundings surroundings)
       calibration_(window_, previewView, surroundings_.preferences, surroundings_.clock),
       saving_(window_, previewView, surroundings_.preferences, surroundings_.clock),
       capture_({surroundings_.captureSystem, surroundings_.catalogue, gCurrMicroscope,
-                surroundings_.preferences, surroundings_.mainQueue, *this, failures_}) {
+                surroundings_.preferences, surroundings_.mainQueue, previewView, *this, failures_}) {
   connect(&window_, &MainWindow::willClose, this, &PreviewWindowController::windowWillClose);
   connect(&window_, &MainWindow::didResize, this, &PreviewWindowController::windowDidResize);
   connect(&window_, &MainWindow::keyDown, this, [this](QKeyEvent* event) { keyDown(*event); });
@@ -156,20 +156,6 @@ void PreviewWindowController::previewViewLocationDidChange(Point location) {
 }
 
 void PreviewWindowController::previewViewZoomDidChange() { controls_.previewViewZoomDidChange(); }
-
-void PreviewWindowController::updateVideoFrame(const SampleBuffer& sampleBuffer) {
-  previewView.updateVideoFrame(sampleBuffer);
-}
-
-void PreviewWindowController::stopPreview() { previewView.stopPreview(); }
-void PreviewWindowController::stopCalibration() { previewView.stopCalibration(); }
-void PreviewWindowController::changeScale(int32_t type) { previewView.changeScale(type); }
-
-void PreviewWindowController::setCalibration(float pixelsPerUnit, int32_t unit) {
-  previewView.setCalibration(pixelsPerUnit, unit);
-}
-
-void PreviewWindowController::removeAllShapes() { previewView.removeAllShapes(); }
 
 bool PreviewWindowController::closeCalibrationWindow() {
   return calibration_.closeCalibrationWindow();

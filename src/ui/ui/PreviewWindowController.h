@@ -29,7 +29,7 @@ namespace tessary {
 /// The main window's controller and the hub of the program: every dialog, every command and the
 /// capture session hang off it. Main thread, except where told.
 class PreviewWindowController final : public QObject,
-                                      private CaptureHost,
+                                      private CaptureDialogs,
                                       private PreviewViewLocationDelegate,
                                       private MicroscopeWindowDelegate {
   Q_OBJECT
@@ -90,13 +90,7 @@ class PreviewWindowController final : public QObject,
   void previewViewLocationDidChange(Point location) override;
   void previewViewZoomDidChange() override;
 
-  // CaptureHost
-  void updateVideoFrame(const SampleBuffer& sampleBuffer) override;
-  void stopPreview() override;
-  void stopCalibration() override;
-  void changeScale(int32_t type) override;
-  void setCalibration(float pixelsPerUnit, int32_t unit) override;
-  void removeAllShapes() override;
+  // CaptureDialogs
   bool closeCalibrationWindow() override;
   void closeInputTextWindow() override;
   bool isMicroscopeWindowUp() const override { return bool(microscopeWndController); }

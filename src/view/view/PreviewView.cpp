@@ -135,35 +135,33 @@ void PreviewView::overlayDidChange() {
 }
 
 void PreviewView::updateVideoFrame(const SampleBuffer& frame) {
-  const TextureSize size = frame.imageBuffer->size();
-  if (size != pipeline_.textureSize()) {
-    pipeline_.clearBufferResources();
-    pipeline_.initBufferResources(size);
-    surroundings_.mainQueue.post([this, alive = alive_, size, generation = ++frameSizeGeneration_] {
-      if (*alive) frameSizeDidChange(size, generation);
+  if (ring_.push(frame.imageBuffer)) {
+    surroundings_.mainQueue.post([this, alive = alive_] {
+      if (*alive) frameSizeDidChange();
     });
   }
-  ring_.push(frame.imageBuffer);
   if (recordingTakesFrames(recording_.recordingStatus())) recording_.appendMovieFrame(frame);
   frameRate_.calculateFramerateAtTimestamp(frame.presentationTimeStamp);
   wakeUp();
 }
 
-void PreviewView::frameSizeDidChange(TextureSize size, uint64_t generation) {
-  if (generation != frameSizeGeneration_) return;
-  _cvTextureSize = size;
-  geometry_.frameSizeDidChange(size);
+void PreviewView::frameSizeDidChange() {
+  const FrameRing::Newest newest = ring_.newest();
+  // Of several sizes in a row the last one counts, and after a stop there is none to lay out for.
+  if (!newest.frame || newest.run == laidOutRun_) return;
+  laidOutRun_ = newest.run;
+  _cvTextureSize = newest.frame->size();
+  geometry_.frameSizeDidChange(_cvTextureSize);
   geometry_.startPreview();
   surroundings_.setNeedsDisplay();
 }
 
 void PreviewView::stopPreview() {
-  ++frameSizeGeneration_;
   _cvTextureSize = {};
   geometry_.stopPreview();
   calibration_._pixelsPerUnit = kUncalibrated;
   calibrationLine_._showCalibrationLine = 0;
-  pipeline_.clearBufferResources();
+  ring_.clear();
   surroundings_.setNeedsDisplay();
 }
 

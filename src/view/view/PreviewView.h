@@ -8,6 +8,7 @@
 #include "base/Executor.h"
 #include "base/Failures.h"
 #include "base/SampleBuffer.h"
+#include "capture/CapturePicture.h"
 #include "measure/MouseInteraction.h"
 #include "measure/OverlayRedraw.h"
 #include "measure/ShapeList.h"
@@ -36,7 +37,7 @@ struct MouseLocation {
 
 /// The picture: owns one component for each thing that it is made of, and holds only the sequences
 /// that cross them. Knows no toolkit. Main thread, except where told.
-class PreviewView {
+class PreviewView final : public CapturePicture {
  public:
   /// What the view is given; all of it must outlive the view.
   struct Surroundings {
@@ -57,7 +58,7 @@ class PreviewView {
 
   explicit PreviewView(Surroundings surroundings);
   /// No frame may be on its way any more.
-  ~PreviewView();
+  ~PreviewView() override;
   PreviewView(const PreviewView&) = delete;
   PreviewView& operator=(const PreviewView&) = delete;
 
@@ -73,13 +74,12 @@ class PreviewView {
 
   // Reticle, calibration and shapes.
   int32_t getCurrScale() const { return scale_.getCurrScale(); }
-  void changeScale(int32_t scaleType);
-  /// Puts a calibration into force; -1 pixels per unit for none. Returns to 100 percent.
-  void setCalibration(float pixelsPerUnit, int32_t unit);
+  void changeScale(int32_t scaleType) override;
+  void setCalibration(float pixelsPerUnit, int32_t unit) override;
   /// The calibration in force; negative for none.
   float pixelsPerUnit() const { return calibration_._pixelsPerUnit; }
   void startCalibration();
-  void stopCalibration();
+  void stopCalibration() override;
   /// Length of the calibration line in video pixels.
   int32_t calibrationLineLen() const { return calibrationLine_.calibrationLineLen(); }
   int32_t getCurrOperation() const { return shapes_.getCurrOperation(); }
@@ -88,7 +88,7 @@ class PreviewView {
   void setInputText(const std::string& text);
   void removeSelectedShape();
   void removeLastShape();
-  void removeAllShapes();
+  void removeAllShapes() override;
   /// Colours or text size have changed.
   void preferencesDidChange() { redrawLinesAndPoints(); }
   /// Rebuilds everything that lies over the picture; the next tick shows it.
@@ -102,12 +102,10 @@ class PreviewView {
   void rightMouseDown() { mouse_.rightMouseDown(); }
 
   // Frames.
-  /// Takes the next frame of the stream. Frame queue.
-  void updateVideoFrame(const SampleBuffer& frame);
+  void updateVideoFrame(const SampleBuffer& frame) override;
   /// Frames per second over the last second, not rounded. Any thread.
   float videoFrameRate() const { return frameRate_.videoFrameRate(); }
-  /// The picture is gone. No frame may be on its way any more.
-  void stopPreview();
+  void stopPreview() override;
 
   // Stills and movies.
   /// Saves the picture with everything that lies over it, at the frame's size, to `fileName` in the
@@ -132,7 +130,7 @@ class PreviewView {
 
  private:
   /// Main-thread half of a new frame size: fits view and window to it.
-  void frameSizeDidChange(TextureSize size, uint64_t generation);
+  void frameSizeDidChange();
   /// What lies over the picture has changed: the next tick composes it anew.
   void overlayDidChange();
   /// After a mouse event, which may have changed the overlay, the pan, or neither.
@@ -176,9 +174,7 @@ class PreviewView {
   OverlayRedraw overlayRedraw_{overlay_, scale_, calibrationLine_, shapes_};
   MouseInteraction mouse_{shapes_, calibrationLine_, geometry_, surroundings_.host, overlayRedraw_};
 
-  // Counts changes of frame size and stops, so that a layout that was queued before a later one is
-  // left out.
-  std::atomic<uint64_t> frameSizeGeneration_{0};
+  uint64_t laidOutRun_ = 0;  // of the ring
   std::atomic<bool> wakeUpPending_{false};
   std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);  // main thread only
 };

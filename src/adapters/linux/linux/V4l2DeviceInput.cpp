@@ -24,7 +24,7 @@ Result<std::unique_ptr<V4l2DeviceInput>> V4l2DeviceInput::open(
 }
 
 V4l2DeviceInput::V4l2DeviceInput(std::shared_ptr<V4l2Calls> calls,
-                                 const std::shared_ptr<V4l2CaptureDevice>& device,
+                                 std::shared_ptr<V4l2CaptureDevice> device,
                                  FrameDecoderFactory makeDecoder, const StreamTiming& timing)
     : calls_(std::move(calls)),
       device_(std::move(device)),

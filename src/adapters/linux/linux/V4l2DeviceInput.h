@@ -29,7 +29,7 @@ class V4l2DeviceInput final : public CaptureDeviceInput {
   StreamCounters counters() const;
 
  private:
-  V4l2DeviceInput(std::shared_ptr<V4l2Calls> calls, const std::shared_ptr<V4l2CaptureDevice>& device,
+  V4l2DeviceInput(std::shared_ptr<V4l2Calls> calls, std::shared_ptr<V4l2CaptureDevice> device,
                   FrameDecoderFactory makeDecoder, const StreamTiming& timing);
 
   const std::shared_ptr<V4l2Calls> calls_;

@@ -184,7 +184,6 @@ V4l2Stream::Outcome V4l2Stream::pump() {
   }
 }
 
-// Newest wins: the user is focusing, so a late frame misleads.
 V4l2Stream::Outcome V4l2Stream::takeFrames(bool& tookAny) {
   std::optional<v4l2_buffer> newest;
   int error = 0;
