@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <mutex>
 #include <new>
+#include <utility>
+#include <vector>
 
 namespace tessary {
 namespace {
@@ -25,9 +28,68 @@ PixelBuffer::PixelBuffer(TextureSize size)
     : size_{std::max(size.width, 0), std::max(size.height, 0)},
       data_(allocateAligned(byteCount())) {}
 
-PixelBufferPool::PixelBufferPool() : shelf_(std::make_shared<Shelf>()) {
-  shelf_->idle.reserve(kIdleBuffersKept);  // so that taking one back can't fail
-}
+/// What is not lent out. Lives until the last buffer has come back.
+struct PixelBufferPool::Shelf {
+  std::mutex mutex;  // guards all below
+  std::vector<std::unique_ptr<PixelBuffer>> idle;
+  std::vector<void*> counts;  // room for the reference counts of lent buffers, all of one size
+
+  Shelf() {
+    // So that taking something back can't fail.
+    idle.reserve(kIdleBuffersKept);
+    counts.reserve(kIdleBuffersKept);
+  }
+  ~Shelf() {
+    for (void* room : counts) ::operator delete(room);
+  }
+};
+
+/// Takes a buffer back.
+struct PixelBufferPool::Return {
+  std::shared_ptr<Shelf> shelf;
+
+  void operator()(PixelBuffer* returned) const {
+    std::unique_ptr<PixelBuffer> owned(returned);
+    const std::lock_guard lock(shelf->mutex);
+    if (shelf->idle.size() < kIdleBuffersKept) shelf->idle.push_back(std::move(owned));
+  }
+};
+
+/// Keeps the room for a shared pointer's counts as the pool keeps buffers.
+template <typename T>
+struct PixelBufferPool::CountAllocator {
+  using value_type = T;
+  std::shared_ptr<Shelf> shelf;
+
+  explicit CountAllocator(std::shared_ptr<Shelf> of) : shelf(std::move(of)) {}
+  template <typename Other>
+  CountAllocator(const CountAllocator<Other>& other) : shelf(other.shelf) {}
+
+  T* allocate(size_t count) {
+    void* room = nullptr;
+    {
+      const std::lock_guard lock(shelf->mutex);
+      if (!shelf->counts.empty()) {
+        room = shelf->counts.back();
+        shelf->counts.pop_back();
+      }
+    }
+    return static_cast<T*>(room ? room : ::operator new(count * sizeof(T)));
+  }
+  void deallocate(T* room, size_t) noexcept {
+    {
+      const std::lock_guard lock(shelf->mutex);
+      if (shelf->counts.size() < kIdleBuffersKept) return shelf->counts.push_back(room);
+    }
+    ::operator delete(room);
+  }
+  template <typename Other>
+  bool operator==(const CountAllocator<Other>& other) const {
+    return shelf == other.shelf;
+  }
+};
+
+PixelBufferPool::PixelBufferPool() : shelf_(std::make_shared<Shelf>()) {}
 
 std::shared_ptr<PixelBuffer> PixelBufferPool::take(TextureSize size) {
   std::unique_ptr<PixelBuffer> buffer;
@@ -41,11 +103,7 @@ std::shared_ptr<PixelBuffer> PixelBufferPool::take(TextureSize size) {
     }
   }
   if (!buffer) buffer = std::make_unique<PixelBuffer>(size);
-  return {buffer.release(), [shelf = shelf_](PixelBuffer* returned) {
-            std::unique_ptr<PixelBuffer> owned(returned);
-            const std::lock_guard lock(shelf->mutex);
-            if (shelf->idle.size() < kIdleBuffersKept) shelf->idle.push_back(std::move(owned));
-          }};
+  return {buffer.release(), Return{shelf_}, CountAllocator<PixelBuffer>(shelf_)};
 }
 
 }  // namespace tessary

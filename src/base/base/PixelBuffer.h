@@ -3,8 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
-#include <vector>
 
 #include "base/Geometry.h"
 
@@ -39,10 +37,10 @@ class PixelBufferPool {
   std::shared_ptr<PixelBuffer> take(TextureSize size);
 
  private:
-  struct Shelf {
-    std::mutex mutex;  // guards idle
-    std::vector<std::unique_ptr<PixelBuffer>> idle;
-  };
+  struct Shelf;
+  struct Return;
+  template <typename T>
+  struct CountAllocator;
   std::shared_ptr<Shelf> shelf_;
 };
 

@@ -4,7 +4,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
-#include <deque>
+#include <list>
 #include <mutex>
 
 #include <pthread.h>
@@ -13,6 +13,8 @@ namespace tessary {
 namespace {
 
 std::atomic<int> s_abandonedThreads{0};
+
+constexpr size_t kSpareKept = 8;
 
 }  // namespace
 
@@ -25,24 +27,29 @@ struct SerialQueue::State {
 
   std::mutex mutex;  // guards all below
   std::condition_variable changed;
-  std::deque<Piece> queue;
+  std::list<Piece> queue;
+  std::list<Piece>
+      spare;  // to be used again, so that a queue in its steady state allocates nothing
   uint64_t lastPosted = 0;
   uint64_t running = 0;  // 0 for none
   bool stopping = false;
   bool abandoned = false;
 
   void run() {
+    std::list<Piece> current;
     std::unique_lock lock(mutex);
     for (;;) {
       changed.wait(lock, [this] { return stopping || !queue.empty(); });
       if (queue.empty()) break;
-      Piece piece = std::move(queue.front());
-      queue.pop_front();
+      current.splice(current.end(), queue, queue.begin());
+      Piece& piece = current.front();
       running = piece.number;
       lock.unlock();
       piece.work();
       piece.work = nullptr;  // what it holds is let go before the next wait, and outside the lock
       lock.lock();
+      if (spare.size() < kSpareKept) spare.splice(spare.end(), current);
+      current.clear();
       running = 0;
       changed.notify_all();
     }
@@ -51,7 +58,9 @@ struct SerialQueue::State {
 
   /// With the mutex held. Its number.
   uint64_t add(std::function<void()> work) {
-    queue.push_back({++lastPosted, std::move(work)});
+    if (spare.empty()) spare.emplace_back();
+    queue.splice(queue.end(), spare, spare.begin());
+    queue.back() = {++lastPosted, std::move(work)};
     changed.notify_all();
     return lastPosted;
   }
@@ -71,7 +80,7 @@ SerialQueue::SerialQueue(std::string label, std::optional<std::chrono::milliseco
 }
 
 SerialQueue::~SerialQueue() {
-  std::deque<State::Piece> dropped;  // ends outside the lock
+  std::list<State::Piece> dropped;  // ends outside the lock
   std::unique_lock lock(state_->mutex);
   state_->stopping = true;
   state_->changed.notify_all();
@@ -102,16 +111,13 @@ void SerialQueue::drain() {
 }
 
 bool SerialQueue::runWithin(std::chrono::milliseconds limit, std::function<void()> work) {
-  State::Piece givenUp;  // ends outside the lock
+  std::list<State::Piece> givenUp;  // ends outside the lock
   std::unique_lock lock(state_->mutex);
   const uint64_t number = state_->add(std::move(work));
   const auto done = [&] { return state_->isDone(number); };
   if (state_->changed.wait_for(lock, limit, done)) return true;
   const auto waiting = std::ranges::find(state_->queue, number, &State::Piece::number);
-  if (waiting != state_->queue.end()) {
-    givenUp = std::move(*waiting);
-    state_->queue.erase(waiting);
-  }
+  if (waiting != state_->queue.end()) givenUp.splice(givenUp.end(), state_->queue, waiting);
   return false;
 }
 

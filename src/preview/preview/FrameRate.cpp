@@ -1,5 +1,6 @@
 #include "preview/FrameRate.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace tessary {
@@ -21,8 +22,11 @@ void FrameRate::calculateFramerateAtTimestamp(MediaTime timestamp) {
   if (!stamps.empty() && timestamp < stamps.back()) stamps.clear();
   stamps.push_back(timestamp);
   // Strictly: a stamp that is exactly one second old still counts.
-  while (microsecondsBetween(stamps.front(), timestamp) > 1'000'000) stamps.pop_front();
-  if (stamps.size() > kMostTimestamps) stamps.pop_front();
+  const auto within = std::ranges::find_if(stamps, [timestamp](MediaTime stamp) {
+    return microsecondsBetween(stamp, timestamp) <= 1'000'000;
+  });
+  stamps.erase(stamps.begin(), within);
+  if (stamps.size() > kMostTimestamps) stamps.erase(stamps.begin());
 
   const uint64_t elapsed = microsecondsBetween(stamps.front(), stamps.back());
   if (elapsed == 0) return;  // one frame, or equal stamps: the old value stands

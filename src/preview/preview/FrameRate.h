@@ -1,7 +1,7 @@
 #pragma once
 
 #include <atomic>
-#include <deque>
+#include <vector>
 
 #include "base/Time.h"
 
@@ -17,7 +17,7 @@ class FrameRate {
   float videoFrameRate() const { return _videoFrameRate.load(std::memory_order_relaxed); }
 
  private:
-  std::deque<MediaTime> _previousSecondTimestamps;  // never descending
+  std::vector<MediaTime> _previousSecondTimestamps;  // never descending
   // A single value that stands for itself: relaxed order is enough.
   std::atomic<float> _videoFrameRate{0.0F};
 };

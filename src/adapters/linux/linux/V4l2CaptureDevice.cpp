@@ -54,6 +54,11 @@ V4l2CaptureDevice::Configuration V4l2CaptureDevice::configuration() const {
   return {inForce_, locked_, serial_};
 }
 
+uint64_t V4l2CaptureDevice::configurationSerial() const {
+  const std::lock_guard lock(mutex_);
+  return serial_;
+}
+
 void V4l2CaptureDevice::attach(WakeUp& wakeUp) {
   const std::lock_guard lock(mutex_);
   stream_ = &wakeUp;

@@ -61,6 +61,8 @@ class V4l2CaptureDevice final : public CaptureDevice {
 
   const std::string& devNode() const noexcept { return description_.devNode; }
   Configuration configuration() const;
+  /// That of the configuration, for whoever looks at every frame: no copy.
+  uint64_t configurationSerial() const;
   /// `wakeUp` is signalled at every unlock, until detach(). One stream at a time.
   void attach(WakeUp& wakeUp);
   void detach(WakeUp& wakeUp);

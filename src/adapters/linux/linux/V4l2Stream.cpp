@@ -48,7 +48,7 @@ V4l2Stream::V4l2Stream(const VideoNode& node, V4l2CaptureDevice& device,
       timing_(timing),
       sink_(sink),
       name_(device.localizedName()),
-      seenSerial_(device.configuration().serial),
+      seenSerial_(device.configurationSerial()),
       buffers_(node),
       silence_(timing.silence),
       silenceAfterFault_(timing.silenceAfterFault),
@@ -92,7 +92,7 @@ void V4l2Stream::run() {
       const auto deadline = Clock::now() + retry_;
       retry_ = std::min(retry_ * 2, timing_.longestRetry);
       // Another configuration may be what helps, and is not made to wait.
-      while (!stopping_ && device_.configuration().serial == seenSerial_ && Clock::now() < deadline)
+      while (!stopping_ && device_.configurationSerial() == seenSerial_ && Clock::now() < deadline)
         rest(deadline);
     }
     if (stopping_ && outcome < Outcome::Stopped) outcome = Outcome::Stopped;
@@ -295,8 +295,8 @@ void V4l2Stream::noteSequence(uint32_t sequence) {
 }
 
 bool V4l2Stream::wantsReconfiguration() {
+  if (device_.configurationSerial() == seenSerial_) return false;
   const auto now = device_.configuration();
-  if (now.serial == seenSerial_) return false;
   seenSerial_ = now.serial;
   return now.wanted != current_;
 }
