@@ -45,16 +45,16 @@ class BlockRasterizer final : public TextRasterizer {
 class NoWindow final : public ViewHost {
  public:
   Size superviewFrameSize() const override { return {1920, 1080}; }
-  Rect frame() const override { return {}; }
-  Rect bounds() const override { return {}; }
-  void setFrame(const Rect&) override {}
-  void setBounds(const Rect&) override {}
+  ContainerRect frame() const override { return {}; }
+  ViewRect bounds() const override { return {}; }
+  void setFrame(const ContainerRect&) override {}
+  void setBounds(const ViewRect&) override {}
   void setFrameSize(Size) override {}
   void setBoundsSize(Size) override {}
-  Rect windowFrame() const override { return {}; }
-  Rect screenFrame() const override { return {}; }
+  ScreenRect windowFrame() const override { return {}; }
+  ScreenRect screenFrame() const override { return {}; }
   void setContentSize(Size) override {}
-  void setFrameOrigin(Point) override {}
+  void setFrameOrigin(ScreenPoint) override {}
   void updateTrackingAreas() override {}
 };
 
@@ -69,8 +69,8 @@ struct Desk {
     const auto count = int32_t(state.range(0));
     for (int32_t i = 0; i < count; ++i) {
       shapes._opr1 = kOprLine;
-      const Point from{50.0 + i % 12 * 150, 60.0 + i / 12 % 20 * 50};
-      mouse.mouseDown(from, {});
+      const ImagePoint from{50.0 + i % 12 * 150, 60.0 + i / 12 % 20 * 50};
+      mouse.mouseDown({from.x, from.y}, {});
       mouse.mouseDragged({from.x + 100, from.y + 30}, {});
       mouse.mouseUp({from.x + 100, from.y + 30});
     }
@@ -138,7 +138,7 @@ void hoverAShape(benchmark::State& state) {
   bool on = false;
   for ([[maybe_unused]] auto _ : state) {
     on = !on;
-    desk.mouse.mouseMoved(on ? Point{50, 60} : Point{5, 5});
+    desk.mouse.mouseMoved(on ? ViewPoint{50, 60} : ViewPoint{5, 5});
   }
 }
 

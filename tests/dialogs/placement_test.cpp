@@ -6,8 +6,8 @@ namespace tessary {
 namespace {
 
 TEST(Placement, IsCentredAndBelowTheParentsUpperEdge) {
-  EXPECT_EQ(placementIn({{100, 25}, {800, 600}}, 300, kBelowTitle), (Point{350, 102}));
-  EXPECT_EQ(placementIn({{100, 25}, {800, 600}}, 300, kNoticeBelowTop), (Point{350, 92}));
+  EXPECT_EQ(placementIn({{100, 25}, {800, 600}}, 300, kBelowTitle), (ScreenPoint{350, 102}));
+  EXPECT_EQ(placementIn({{100, 25}, {800, 600}}, 300, kNoticeBelowTop), (ScreenPoint{350, 92}));
 }
 
 TEST(Placement, TakesTheIntegerPartOfTheWholeSum) {

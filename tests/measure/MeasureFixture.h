@@ -62,29 +62,29 @@ class DottedRasterizer final : public TextRasterizer {
 class StillViewHost final : public ViewHost {
  public:
   Size container{640, 480};
-  Rect viewFrame;
-  Rect viewBounds;
+  ContainerRect viewFrame;
+  ViewRect viewBounds;
 
   Size superviewFrameSize() const override { return container; }
-  Rect frame() const override { return viewFrame; }
-  Rect bounds() const override { return viewBounds; }
-  void setFrame(const Rect& frame) override { viewFrame = frame; }
-  void setBounds(const Rect& bounds) override { viewBounds = bounds; }
+  ContainerRect frame() const override { return viewFrame; }
+  ViewRect bounds() const override { return viewBounds; }
+  void setFrame(const ContainerRect& frame) override { viewFrame = frame; }
+  void setBounds(const ViewRect& bounds) override { viewBounds = bounds; }
   void setFrameSize(Size size) override { viewFrame.size = size; }
   void setBoundsSize(Size size) override { viewBounds.size = size; }
-  Rect windowFrame() const override { return {}; }
-  Rect screenFrame() const override { return {}; }
+  ScreenRect windowFrame() const override { return {}; }
+  ScreenRect screenFrame() const override { return {}; }
   void setContentSize(Size) override {}
-  void setFrameOrigin(Point) override {}
+  void setFrameOrigin(ScreenPoint) override {}
   void updateTrackingAreas() override {}
 };
 
 class CountingDelegate final : public PreviewViewLocationDelegate {
  public:
   void previewViewFrameDidChange() override {}
-  void previewViewLocationDidChange(Point location) override { locations.push_back(location); }
+  void previewViewLocationDidChange(ViewPoint location) override { locations.push_back(location); }
   void previewViewZoomDidChange() override {}
-  std::vector<Point> locations;
+  std::vector<ViewPoint> locations;
 };
 
 struct RegisteredDefaults : UserDefaults {
@@ -141,17 +141,18 @@ struct Desk {
   }
 
   // The mouse at 100 percent without a pan: a view point, and the screen point that belongs to it.
-  static Point screenOf(Point p) { return {p.x + 1000, 2000 - p.y}; }
-  void press(Point p) { mouse.mouseDown(p, screenOf(p)); }
-  void drag(Point p) { mouse.mouseDragged(p, screenOf(p)); }
-  void release(Point p) { mouse.mouseUp(p); }
-  void move(Point p) { mouse.mouseMoved(p); }
-  void click(Point p) {
+  static ViewPoint viewOf(ImagePoint p) { return {p.x, p.y}; }
+  static ScreenPoint screenOf(ImagePoint p) { return {p.x + 1000, 2000 - p.y}; }
+  void press(ImagePoint p) { mouse.mouseDown(viewOf(p), screenOf(p)); }
+  void drag(ImagePoint p) { mouse.mouseDragged(viewOf(p), screenOf(p)); }
+  void release(ImagePoint p) { mouse.mouseUp(viewOf(p)); }
+  void move(ImagePoint p) { mouse.mouseMoved(viewOf(p)); }
+  void click(ImagePoint p) {
     press(p);
     release(p);
   }
   /// Draws a whole shape with its tool; `third` is used by tools that need it.
-  SHAPE& draw(int32_t op, Point from, Point to, Point third = {}) {
+  SHAPE& draw(int32_t op, ImagePoint from, ImagePoint to, ImagePoint third = {}) {
     changeOperation(op);
     press(from);
     drag(to);
@@ -165,7 +166,8 @@ struct Desk {
     return shapes._shapes.back();
   }
   /// A shape with these points, drawn in its idle state; what it was labelled with.
-  std::vector<std::string> labelsOf(int32_t type, Point pt1, Point pt2, Point pt3 = {-1, -1}) {
+  std::vector<std::string> labelsOf(int32_t type, ImagePoint pt1, ImagePoint pt2,
+                                    ImagePoint pt3 = {-1, -1}) {
     SHAPE& s = shapes.newShape(pt1);
     const int32_t index = std::exchange(shapes._iDrawingShape, -1);
     s.type = type;
@@ -202,7 +204,7 @@ struct Desk {
 };
 
 /// A pixel's vertex, each narrowing written out.
-inline PointVertex vertexAt(Point p, TextureSize size, const VertexColor& color) {
+inline PointVertex vertexAt(ImagePoint p, TextureSize size, const VertexColor& color) {
   const auto place = [](double fromMiddle, int32_t extent) {
     const float narrowed = static_cast<float>(fromMiddle);
     return static_cast<float>(double{narrowed} / (double{static_cast<float>(extent)} / 2.0));
@@ -229,24 +231,24 @@ inline void expectLines(const Desk& desk, const Vertices& actual,
 }
 
 /// Four sides of a handle of this half size.
-inline std::vector<Segment> square(Point c, double half) {
+inline std::vector<Segment> square(ImagePoint c, double half) {
   const double l = c.x - half, r = c.x + half, t = c.y - half, b = c.y + half;
   return {{l, t, l, b}, {l, b, r, b}, {r, b, r, t}, {r, t, l, t}};
 }
-inline std::vector<Segment> thinFrame(Point c) { return square(c, 5); }
+inline std::vector<Segment> thinFrame(ImagePoint c) { return square(c, 5); }
 inline std::vector<Segment> operator+(std::vector<Segment> a, const std::vector<Segment>& b) {
   a.insert(a.end(), b.begin(), b.end());
   return a;
 }
-inline std::vector<Segment> thickFrame(Point c) {
+inline std::vector<Segment> thickFrame(ImagePoint c) {
   return square(c, 5) + square(c, 4) + square(c, 3);
 }
-inline std::vector<Segment> box(Point a, Point b) {
+inline std::vector<Segment> box(ImagePoint a, ImagePoint b) {
   return {{a.x, a.y, b.x, a.y}, {b.x, a.y, b.x, b.y}, {b.x, b.y, a.x, b.y}, {a.x, b.y, a.x, a.y}};
 }
 
-inline Rect handle(Point p) { return {{p.x - 6, p.y - 6}, {13, 13}}; }
-inline const Rect kNoRect{};
+inline ImageRect handle(ImagePoint p) { return {{p.x - 6, p.y - 6}, {13, 13}}; }
+inline const ImageRect kNoRect{};
 
 /// What `redrawLinesAndPoints` puts in front of the shapes.
 struct FrontRun {

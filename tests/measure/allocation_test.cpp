@@ -53,10 +53,10 @@ TEST(SteadyState, ARedrawAllocatesNothing) {
   desk.draw(kOprPencil, {500, 300}, {520, 330});
   desk.shapes.setInputText("a text that is longer than a string holds without a block");
   desk.rasterizer.recording = false;
-  const std::vector<Point> handles = {{100, 20},  {150, 150}, {300, 300}, {400, 100},
-                                      {100, 300}, {500, 300}, {340, 220}};
+  const std::vector<ImagePoint> handles = {{100, 20},  {150, 150}, {300, 300}, {400, 100},
+                                           {100, 300}, {500, 300}, {340, 220}};
   const auto useAll = [&] {
-    for (const Point p : handles) {
+    for (const ImagePoint p : handles) {
       desk.move(p);
       desk.press(p);
       for (int i = 1; i <= 5; ++i) desk.drag({p.x + i, p.y - i});
@@ -75,7 +75,7 @@ TEST(SteadyState, ARedrawAllocatesNothing) {
   const int64_t allocated = gAllocations - allocations;
   EXPECT_EQ(allocated, 0);
   EXPECT_EQ(blocks(desk), before);
-  EXPECT_EQ(desk.shapes.shape(4).pt1, (Point{100, 300}));  // every drag found its shape
+  EXPECT_EQ(desk.shapes.shape(4).pt1, (ImagePoint{100, 300}));  // every drag found its shape
 }
 
 TEST(SteadyState, TheCountingSeesAnAllocation) {

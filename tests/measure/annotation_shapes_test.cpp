@@ -9,7 +9,7 @@ using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-SHAPE& addStroke(Desk& desk, const std::vector<Point>& points) {
+SHAPE& addStroke(Desk& desk, const std::vector<ImagePoint>& points) {
   SHAPE& s = desk.shapes.newShape({1, 1});
   s.type = kOprPencil;
   desk.shapes._iDrawingShape = -1;
@@ -19,7 +19,7 @@ SHAPE& addStroke(Desk& desk, const std::vector<Point>& points) {
 }
 
 TEST(PencilShape, IsAChainOfLinesThatIsHeldByItsEnds) {
-  const Point a{10, 20}, b{30, 25.5}, c{35, 60};
+  const ImagePoint a{10, 20}, b{30, 25.5}, c{35, 60};
   const std::vector<Segment> chain = {{10, 20, 30, 25.5}, {30, 25.5, 35, 60}};
   const struct {
     const char* state;
@@ -70,7 +70,7 @@ TEST(PencilShape, OfTwoPointsIsOneLineOfOneOrNoneNothing) {
 
 TEST(PencilShape, TakesAnyNumberOfPoints) {
   Desk desk;
-  std::vector<Point> points;
+  std::vector<ImagePoint> points;
   for (int i = 0; i < 5000; ++i) points.push_back({i % 640 + 0.5, i % 480 + 0.25});
   EXPECT_EQ(addStroke(desk, points).lineVertices.count, 4999 * 2);
   expectRuns(desk);
@@ -93,10 +93,10 @@ TEST(TextShape, HasABoxOfItsSizeAndIsTakenAnywhereInIt) {
     Desk desk;
     desk.shapes.setInputText(row.text);
     const SHAPE& s = desk.shapes.shape(0);
-    EXPECT_EQ(s.pt1, (Point{330, 202}));
-    EXPECT_EQ(s.pt2, (Point{330 + row.width + 4, 202 + 28 + 4}));
+    EXPECT_EQ(s.pt1, (ImagePoint{330, 202}));
+    EXPECT_EQ(s.pt2, (ImagePoint{330 + row.width + 4, 202 + 28 + 4}));
     EXPECT_THAT(s.hitRects,
-                ElementsAre(Rect{s.pt1, {row.width + 4, 32}}, kNoRect, kNoRect, kNoRect));
+                ElementsAre(ImageRect{s.pt1, {row.width + 4, 32}}, kNoRect, kNoRect, kNoRect));
     EXPECT_EQ(s.lineVertices.count, 0);  // no box while idle
     EXPECT_EQ(s.pointVertices.count, DottedRasterizer::letters(row.text));
     EXPECT_THAT(desk.rasterizer.take(), ElementsAre(row.text));
@@ -109,10 +109,10 @@ TEST(TextShape, HasABoxOfItsSizeAndIsTakenAnywhereInIt) {
 TEST(TextShape, ShowsItsBoxAndFourHandlesWhenMarked) {
   Desk desk;
   desk.shapes.setInputText("text");
-  const Point a{330, 202}, b{434, 234};
+  const ImagePoint a{330, 202}, b{434, 234};
   const struct {
     int32_t selected, hovered;
-    std::vector<Segment> (*frame)(Point);
+    std::vector<Segment> (*frame)(ImagePoint);
   } table[] = {{-1, 0, thinFrame}, {0, -1, thickFrame}, {0, 0, thickFrame}};
   for (const auto& row : table) {
     desk.shapes._iSelectedShape = row.selected;
@@ -129,8 +129,8 @@ TEST(TextShape, FollowsTheFontAtItsNextRedrawFromTheSameCorner) {
   desk.shapes.setInputText("twenty characters ..");
   desk.preferences.font.pixelSize = 13;
   desk.shapes.redrawSelectedShape(0);
-  EXPECT_EQ(desk.shapes.shape(0).pt1, (Point{330, 202}));
-  EXPECT_EQ(desk.shapes.shape(0).pt2, (Point{330 + 108 + 4, 234}));
+  EXPECT_EQ(desk.shapes.shape(0).pt1, (ImagePoint{330, 202}));
+  EXPECT_EQ(desk.shapes.shape(0).pt2, (ImagePoint{330 + 108 + 4, 234}));
 }
 
 TEST(TextShape, MovedHasItsLowerCornerPutRightByTheDraw) {
@@ -138,8 +138,8 @@ TEST(TextShape, MovedHasItsLowerCornerPutRightByTheDraw) {
   desk.shapes.setInputText("text");
   desk.shapes.shape(0).pt2 = {0, 0};
   desk.shapes.moveShape(0, -100, 50);
-  EXPECT_EQ(desk.shapes.shape(0).pt1, (Point{230, 252}));
-  EXPECT_EQ(desk.shapes.shape(0).pt2, (Point{334, 284}));
+  EXPECT_EQ(desk.shapes.shape(0).pt1, (ImagePoint{230, 252}));
+  EXPECT_EQ(desk.shapes.shape(0).pt2, (ImagePoint{334, 284}));
 }
 
 TEST(TextShape, AtTheRightEdgeStandsLeftOfItsBox) {
@@ -147,7 +147,7 @@ TEST(TextShape, AtTheRightEdgeStandsLeftOfItsBox) {
   desk.shapes.setInputText("text");
   desk.shapes.moveShape(0, 610 - 330, 0);
   const SHAPE& s = desk.shapes.shape(0);
-  EXPECT_EQ(s.hitRects[0], (Rect{{610, 202}, {104, 32}}));
+  EXPECT_EQ(s.hitRects[0], (ImageRect{{610, 202}, {104, 32}}));
   const PointVertex first =
       vertexAt({610 - 44 + 2, 224}, desk.texture, {0.0f, 255 / 256.0f, 128 / 256.0f, 255 / 256.0f});
   EXPECT_TRUE(sameBits(s.pointVertices.data, &first, 1));

@@ -33,8 +33,8 @@ TEST(AreaShapes, DrawNothingForAClickWithoutADragAndKeepTheirHitRects) {
 }
 
 TEST(CircleShape, ShowsItsRadiusItsRimAndAlwaysItsCentre) {
-  const Point c{200, 200};
-  const Point rim{230, 200};
+  const ImagePoint c{200, 200};
+  const ImagePoint rim{230, 200};
   const std::vector<Segment> radius = {{200, 200, 230, 200}};
   const struct {
     const char* state;
@@ -68,7 +68,7 @@ TEST(CircleShape, ShowsItsRadiusItsRimAndAlwaysItsCentre) {
 
 TEST(CircleShape, IsLabelledWithRadiusCircumferenceAndAnAreaThatIsDividedOnce) {
   const struct {
-    Point rim;  // around (100, 100)
+    ImagePoint rim;  // around (100, 100)
     float pixelsPerUnit;
     const char *r, *c, *s;
   } table[] = {
@@ -118,7 +118,7 @@ TEST(CircleShape, LabelsARadiusBeyondItsSquareWithoutOverflow) {
 TEST(RectangleShape, ShowsItsSidesAndFourHandlesInTheOrderOfItsHitRects) {
   const struct {
     const char* state;
-    Point pt1, pt2;
+    ImagePoint pt1, pt2;
     int32_t selected, hovered;
   } table[] = {
       {"idle", {100, 80}, {220, 200}, -1, -1},
@@ -135,10 +135,10 @@ TEST(RectangleShape, ShowsItsSidesAndFourHandlesInTheOrderOfItsHitRects) {
     desk.shapes._iSelectedShape = row.selected;
     desk.shapes._iHoverShape = row.hovered;
     desk.shapes.redrawSelectedShape(0);
-    const Point corner3{row.pt1.x, row.pt2.y};
-    const Point corner4{row.pt2.x, row.pt1.y};
+    const ImagePoint corner3{row.pt1.x, row.pt2.y};
+    const ImagePoint corner4{row.pt2.x, row.pt1.y};
     std::vector<Segment> expected = box(row.pt1, row.pt2);
-    for (const Point p : {row.pt1, row.pt2, corner3, corner4}) {
+    for (const ImagePoint p : {row.pt1, row.pt2, corner3, corner4}) {
       if (row.selected == 0) {
         expected = expected + thickFrame(p);
       } else if (row.hovered == 0) {
@@ -155,10 +155,10 @@ TEST(RectangleShape, ShowsItsSidesAndFourHandlesInTheOrderOfItsHitRects) {
 TEST(RectangleShape, IsLabelledAtItsTopLeftWithSidesAndATrueArea) {
   Desk desk;
   desk.calibrate(10.0f, kUnitMicrometre);
-  const Point corners[][2] = {{{100, 80}, {220, 200}},
-                              {{220, 200}, {100, 80}},
-                              {{100, 200}, {220, 80}},
-                              {{220, 80}, {100, 200}}};
+  const ImagePoint corners[][2] = {{{100, 80}, {220, 200}},
+                                   {{220, 200}, {100, 80}},
+                                   {{100, 200}, {220, 80}},
+                                   {{220, 80}, {100, 200}}};
   for (const auto& [pt1, pt2] : corners) {
     EXPECT_THAT(desk.labelsOf(kOprRect, pt1, pt2),
                 ElementsAre("12.000x12.000\u03BCm", "S:144.000\u03BCm^2"));
@@ -185,7 +185,7 @@ TEST(RectangleShape, ShowsNoNumberWithoutACalibration) {
 }
 
 TEST(AngleShape, ShowsArmsAndFramesByItsState) {
-  const Point v{100, 100}, a{200, 100}, b{100, 180};
+  const ImagePoint v{100, 100}, a{200, 100}, b{100, 180};
   const std::vector<Segment> first = {{100, 100, 200, 100}};
   const std::vector<Segment> arms = first + std::vector<Segment>{{100, 100, 100, 180}};
   const struct {
@@ -245,9 +245,9 @@ TEST(AngleShape, NeedsNoCalibration) {
 }
 
 TEST(CalcAngle, IsTheAngleBetweenTheArms) {
-  const Point v{100, 100};
+  const ImagePoint v{100, 100};
   const struct {
-    Point a, b;
+    ImagePoint a, b;
     float degrees;
   } table[] = {
       {{200, 100}, {100, 200}, 90.0f},
@@ -276,7 +276,7 @@ TEST(CalcAngle, IsNeverAbove180AndDoesNotDependOnTheOrderOfTheArms) {
     for (int k = 0; k < 360; k += 11) {
       const auto at = [](int degrees) {
         const double t = degrees * std::numbers::pi / 180;
-        return Point{50 + 400 * std::cos(t), 60 + 400 * std::sin(t)};
+        return ImagePoint{50 + 400 * std::cos(t), 60 + 400 * std::sin(t)};
       };
       const int turn = std::abs(i - k);
       const float expected = static_cast<float>(turn <= 180 ? turn : 360 - turn);

@@ -8,13 +8,13 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-std::vector<Segment> ticks(Point a, Point b, double dx, double dy) {
+std::vector<Segment> ticks(ImagePoint a, ImagePoint b, double dx, double dy) {
   return {{a.x - dx, a.y - dy, a.x + dx, a.y + dy}, {b.x - dx, b.y - dy, b.x + dx, b.y + dy}};
 }
 
 TEST(LineShape, ShowsTicksOrHandlesByItsState) {
-  const Point a{100, 200};
-  const Point b{300, 200};
+  const ImagePoint a{100, 200};
+  const ImagePoint b{300, 200};
   const std::vector<Segment> line = {{100, 200, 300, 200}};
   const struct {
     const char* state;
@@ -47,7 +47,7 @@ TEST(LineShape, ShowsTicksOrHandlesByItsState) {
 
 TEST(LineShape, IsLabelledAtItsStartWithItsLength) {
   const struct {
-    Point pt1, pt2;
+    ImagePoint pt1, pt2;
     float pixelsPerUnit;
     int32_t unit;
     const char* label;
@@ -119,7 +119,7 @@ TEST(LineShape, FollowsTheColoursOfThePreferencesAtItsNextRedraw) {
 TEST(ParallelShape, StandsOnItsBaselineByThreeRoutes) {
   const struct {
     const char* route;
-    Point pt1, pt2, pt3, foot, half;
+    ImagePoint pt1, pt2, pt3, foot, half;
     const char* label;
   } table[] = {
       // route              pt1         pt2         pt3               foot        half       label
@@ -145,7 +145,7 @@ TEST(ParallelShape, StandsOnItsBaselineByThreeRoutes) {
     desk.calibrate(1.0f);
     EXPECT_THAT(desk.labelsOf(kOprLine2, row.pt1, row.pt2, row.pt3), ElementsAre(row.label));
     const SHAPE& s = desk.shapes.shape(0);
-    const Point& p = row.pt3;
+    const ImagePoint& p = row.pt3;
     expectLines(desk, s.lineVertices,
                 {{row.pt1.x, row.pt1.y, row.pt2.x, row.pt2.y},
                  {p.x, p.y, row.foot.x, row.foot.y},
@@ -166,8 +166,8 @@ TEST(ParallelShape, HasItsLabelAtTheThirdPoint) {
 
 TEST(ParallelShape, ShowsFramesAtFootAndThirdPointOnlyWhenMarked) {
   const std::vector<Segment> body = {{0, 0, 100, 0}, {40, 70, 40, 0}, {-10, 70, 90, 70}};
-  const Point foot{40, 0};
-  const Point third{40, 70};
+  const ImagePoint foot{40, 0};
+  const ImagePoint third{40, 70};
   const struct {
     const char* state;
     int32_t drawing, opr2, selected, hovered;

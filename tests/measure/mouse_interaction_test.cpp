@@ -1,3 +1,5 @@
+#include <type_traits>
+
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
@@ -8,6 +10,15 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+
+// Points of the view and of the screen can't be mixed up.
+using Press = decltype(&MouseInteraction::mouseDown);
+static_assert(std::is_invocable_v<Press, MouseInteraction, ViewPoint, ScreenPoint>);
+static_assert(!std::is_invocable_v<Press, MouseInteraction, ScreenPoint, ViewPoint>);
+static_assert(!std::is_invocable_v<Press, MouseInteraction, ImagePoint, ScreenPoint>);
+using NewShape = decltype(&ShapeList::newShape);
+static_assert(std::is_invocable_v<NewShape, ShapeList, ImagePoint>);
+static_assert(!std::is_invocable_v<NewShape, ShapeList, ViewPoint>);
 
 /// `_opr1`, `_opr2`, `_iDrawingShape`, number of shapes, `_iSelectedShape`, `_iHoverShape`.
 using State = std::vector<int32_t>;
@@ -38,16 +49,16 @@ TEST(MouseInteraction, DrawsShapesOfTwoPoints) {
     EXPECT_EQ(desk.totalLines.count, 0);  // nothing is drawn yet
     desk.drag({150, 120});
     EXPECT_EQ(stateOf(desk), (State{op, 0, 0, 1, -1, -1}));
-    EXPECT_EQ(desk.shapes.shape(0).pt2, (Point{150, 120}));
+    EXPECT_EQ(desk.shapes.shape(0).pt2, (ImagePoint{150, 120}));
     EXPECT_GT(desk.totalLines.count, 0);
     desk.drag({200, 140});
     desk.release({201, 141});
     EXPECT_EQ(stateOf(desk), (State{0, 0, -1, 1, -1, -1}));
     const SHAPE& s = desk.shapes.shape(0);
     EXPECT_EQ(s.type, op);
-    EXPECT_EQ(s.pt1, (Point{100, 100}));
-    EXPECT_EQ(s.pt2, (Point{201, 141}));
-    EXPECT_EQ(s.pt3, (Point{-1, -1}));
+    EXPECT_EQ(s.pt1, (ImagePoint{100, 100}));
+    EXPECT_EQ(s.pt2, (ImagePoint{201, 141}));
+    EXPECT_EQ(s.pt3, (ImagePoint{-1, -1}));
     EXPECT_EQ(s.hitRects[1], handle({201, 141}));  // redrawn at the release
     expectRuns(desk);
   }
@@ -76,20 +87,20 @@ TEST(MouseInteraction, DrawsShapesOfThreePoints) {
     EXPECT_EQ(desk.totalLines.count, 2);  // baseline or first arm only
     desk.release({210, 100});
     EXPECT_EQ(stateOf(desk), (State{op, op, 0, 1, -1, -1}));
-    EXPECT_EQ(desk.shapes.shape(0).pt2, (Point{210, 100}));
+    EXPECT_EQ(desk.shapes.shape(0).pt2, (ImagePoint{210, 100}));
     EXPECT_EQ(desk.totalLines.count, 2);  // not redrawn
     EXPECT_FALSE(desk.mouse._mouseDown);
 
     desk.move({150, 180});
     EXPECT_EQ(stateOf(desk), (State{op, op, 0, 1, -1, -1}));
-    EXPECT_EQ(desk.shapes.shape(0).pt3, (Point{150, 180}));
+    EXPECT_EQ(desk.shapes.shape(0).pt3, (ImagePoint{150, 180}));
     EXPECT_GT(desk.totalLines.count, 2);
     const int32_t drawn = desk.totalLines.count;
     const auto hitRects = desk.shapes.shape(0).hitRects;
 
     desk.press({300, 300});  // placed, and not redrawn: what the last move drew stands
     EXPECT_EQ(stateOf(desk), (State{0, 0, -1, 1, -1, -1}));
-    EXPECT_EQ(desk.shapes.shape(0).pt3, (Point{300, 300}));
+    EXPECT_EQ(desk.shapes.shape(0).pt3, (ImagePoint{300, 300}));
     EXPECT_EQ(desk.totalLines.count, drawn);
     EXPECT_EQ(desk.shapes.shape(0).hitRects, hitRects);
     EXPECT_FALSE(desk.mouse._mouseDown);
@@ -123,9 +134,9 @@ TEST(MouseInteraction, DrawsStrokesWhoseReleaseIsNotAPoint) {
   desk.release({25, 35});
   const SHAPE& s = desk.shapes.shape(0);
   ASSERT_EQ(s.pencilPoints.count, 3);
-  EXPECT_EQ(s.pencilPoints.data[2], (Point{20, 30}));
-  EXPECT_EQ(s.pt1, (Point{10, 10}));
-  EXPECT_EQ(s.pt2, (Point{25, 35}));
+  EXPECT_EQ(s.pencilPoints.data[2], (ImagePoint{20, 30}));
+  EXPECT_EQ(s.pt1, (ImagePoint{10, 10}));
+  EXPECT_EQ(s.pt2, (ImagePoint{25, 35}));
   EXPECT_EQ(stateOf(desk), (State{0, 0, -1, 1, -1, -1}));
   expectLines(desk, desk.totalLines, {{10, 10, 20, 10}, {20, 10, 20, 30}});
 }
@@ -177,7 +188,7 @@ TEST(MouseInteraction, SelectsOnAHitAndDeselectsElsewhere) {
 }
 
 TEST(MouseInteraction, TheLowEdgesOfAHandleBelongToItAndTheHighOnesDoNot) {
-  const std::pair<Point, int32_t> table[] = {
+  const std::pair<ImagePoint, int32_t> table[] = {
       {{94, 94}, 0},       {{106, 106}, 0},  {{106.999, 106.999}, 0}, {{93.999, 100}, -1},
       {{100, 93.999}, -1}, {{107, 100}, -1}, {{100, 107}, -1},
   };
@@ -255,7 +266,7 @@ TEST(MouseInteraction, AnArmedPressDeselectsAndEndsTheHoverWithARedrawOfBoth) {
   desk.shapes._opr2 = 5;  // left over
   desk.changeOperation(kOprRect);
   EXPECT_EQ(stateOf(desk), (State{4, 5, -1, 2, 0, 1}));
-  const Point click = desk.mouse._ptMouseClick;
+  const ScreenPoint click = desk.mouse._ptMouseClick;
   desk.press({300, 300});
   EXPECT_EQ(stateOf(desk), (State{4, 0, 2, 3, -1, -1}));
   EXPECT_EQ(desk.shapes.shape(0).lineVertices.count, 2 + 4);
@@ -272,21 +283,21 @@ TEST(MouseInteraction, ADragMovesTheSelectedShapeByWholePixelsInStepWithTheMouse
     return desk.shapes.shape(0).pt1;
   };
   desk.mouse.mouseDown({100, 100}, {5000, 3000});
-  EXPECT_EQ(dragBy(0.9, 0), (Point{100, 100}));
-  EXPECT_EQ(dragBy(1.8, 0), (Point{101, 100}));  // the fraction was not lost
-  EXPECT_EQ(dragBy(2.7, -0.9), (Point{102, 100}));
-  EXPECT_EQ(dragBy(2.7, -1), (Point{102, 101}));  // down on the screen is down in the picture
-  EXPECT_EQ(dragBy(0, 0), (Point{100, 100}));
-  EXPECT_EQ(dragBy(-50, 300), (Point{50, -200}));  // beyond the edge
-  EXPECT_EQ(desk.shapes.shape(0).pt2, (Point{150, -200}));
-  EXPECT_EQ(desk.mouse._ptMoved, (Point{-50, -300}));
+  EXPECT_EQ(dragBy(0.9, 0), (ImagePoint{100, 100}));
+  EXPECT_EQ(dragBy(1.8, 0), (ImagePoint{101, 100}));  // the fraction was not lost
+  EXPECT_EQ(dragBy(2.7, -0.9), (ImagePoint{102, 100}));
+  EXPECT_EQ(dragBy(2.7, -1), (ImagePoint{102, 101}));  // down on the screen is down in the picture
+  EXPECT_EQ(dragBy(0, 0), (ImagePoint{100, 100}));
+  EXPECT_EQ(dragBy(-50, 300), (ImagePoint{50, -200}));  // beyond the edge
+  EXPECT_EQ(desk.shapes.shape(0).pt2, (ImagePoint{150, -200}));
+  EXPECT_EQ(desk.mouse._ptMoved, (ImagePoint{-50, -300}));
   expectRuns(desk);
   // A new press starts from zero.
   desk.mouse.mouseUp({});
   desk.mouse.mouseDown({50, -200}, {100, 100});
-  EXPECT_EQ(desk.mouse._ptMoved, Point{});
+  EXPECT_EQ(desk.mouse._ptMoved, ImagePoint{});
   desk.mouse.mouseDragged({}, {110, 100});
-  EXPECT_EQ(desk.shapes.shape(0).pt1, (Point{60, -200}));
+  EXPECT_EQ(desk.shapes.shape(0).pt1, (ImagePoint{60, -200}));
 }
 
 TEST(MouseInteraction, ADragThatMovesNothingRedrawsNothing) {
@@ -303,18 +314,18 @@ TEST(MouseInteraction, ADragThatMovesNothingRedrawsNothing) {
 
 TEST(MouseInteraction, ADragBesideAllShapesPansAndTells) {
   Desk desk({640, 480}, {400, 300});  // 240 by 180 overflow, centred at 120, 90
-  EXPECT_EQ(desk.geometry.viewLocation(), (Point{120, 90}));
+  EXPECT_EQ(desk.geometry.viewLocation(), (ViewPoint{120, 90}));
   desk.mouse.mouseDown({1, 1}, {1000, 1000});
   desk.mouse.mouseDragged({1, 1}, {1000.9, 999.1});  // less than a pixel
   EXPECT_THAT(desk.delegate.locations, IsEmpty());
   desk.mouse.mouseDragged({1, 1}, {1030.9, 1020.9});
-  EXPECT_EQ(desk.geometry.viewLocation(), (Point{90, 110}));
+  EXPECT_EQ(desk.geometry.viewLocation(), (ViewPoint{90, 110}));
   desk.mouse.mouseDragged({1, 1}, {0, 5000});  // limited by the picture
-  EXPECT_THAT(desk.delegate.locations, ElementsAre(Point{90, 110}, Point{240, 180}));
+  EXPECT_THAT(desk.delegate.locations, ElementsAre(ViewPoint{90, 110}, ViewPoint{240, 180}));
   desk.mouse.mouseUp({1, 1});
   desk.mouse.mouseDown({1, 1}, {50, 50});  // the next one starts here
   desk.mouse.mouseDragged({1, 1}, {60, 50});
-  EXPECT_EQ(desk.geometry.viewLocation(), (Point{230, 180}));
+  EXPECT_EQ(desk.geometry.viewLocation(), (ViewPoint{230, 180}));
 }
 
 TEST(MouseInteraction, ADragAfterThePressThatSetAThirdPointPansFromThatPress) {
@@ -324,9 +335,9 @@ TEST(MouseInteraction, ADragAfterThePressThatSetAThirdPointPansFromThatPress) {
   desk.drag({50, 10});
   desk.release({50, 10});
   desk.mouse.mouseDown({50, 60}, {500, 500});
-  ASSERT_EQ(desk.geometry.viewLocation(), (Point{120, 90}));
+  ASSERT_EQ(desk.geometry.viewLocation(), (ViewPoint{120, 90}));
   desk.mouse.mouseDragged({60, 60}, {510, 500});
-  EXPECT_EQ(desk.geometry.viewLocation(), (Point{110, 90}));
+  EXPECT_EQ(desk.geometry.viewLocation(), (ViewPoint{110, 90}));
 }
 
 TEST(MouseInteraction, AwayFrom100PercentItOnlyPans) {
@@ -334,16 +345,16 @@ TEST(MouseInteraction, AwayFrom100PercentItOnlyPans) {
   desk.draw(kOprLine, {100, 100}, {200, 100});
   desk.click({100, 100});
   desk.geometry.zoomTo(4);
-  const Point start = desk.geometry.viewLocation();
+  const ViewPoint start = desk.geometry.viewLocation();
   desk.press({200, 100});
   EXPECT_TRUE(desk.mouse._mouseDown);
   desk.drag({190, 95});
-  EXPECT_EQ(desk.geometry.viewLocation(), (Point{start.x + 10, start.y + 5}));
+  EXPECT_EQ(desk.geometry.viewLocation(), (ViewPoint{start.x + 10, start.y + 5}));
   desk.release({190, 95});
   EXPECT_FALSE(desk.mouse._mouseDown);
   desk.move({1, 1});
   EXPECT_EQ(stateOf(desk), (State{0, 0, -1, 1, 0, -1}));
-  EXPECT_EQ(desk.shapes.shape(0).pt1, (Point{100, 100}));
+  EXPECT_EQ(desk.shapes.shape(0).pt1, (ImagePoint{100, 100}));
 
   desk.shapes.changeOperation(kOprCircle);  // armed, and then zoomed by the slider
   desk.press({50, 50});
@@ -357,7 +368,7 @@ TEST(MouseInteraction, AReleaseWithoutAnAcceptedPressDoesNothing) {
   desk.shapes.newShape({5, 5});
   desk.release({50, 50});
   EXPECT_EQ(stateOf(desk), (State{1, 0, 0, 1, -1, -1}));
-  EXPECT_EQ(desk.shapes.shape(0).pt2, (Point{-1, -1}));
+  EXPECT_EQ(desk.shapes.shape(0).pt2, (ImagePoint{-1, -1}));
 }
 
 // Odd states. What follows from the rules there is meant to stay.
@@ -376,7 +387,7 @@ TEST(MouseInteractionOddStates, APressAwayFrom100PercentLeavesTheWait) {
   desk.move({10, 20});
   desk.click({10, 20});
   EXPECT_EQ(stateOf(desk), (State{5, 5, 0, 1, -1, -1}));
-  EXPECT_EQ(desk.shapes.shape(0).pt3, (Point{-1, -1}));
+  EXPECT_EQ(desk.shapes.shape(0).pt3, (ImagePoint{-1, -1}));
   desk.geometry.zoomTo(2);
   desk.click({10, 20});
   EXPECT_EQ(stateOf(desk), (State{0, 0, -1, 1, -1, -1}));
@@ -391,10 +402,10 @@ TEST(MouseInteractionOddStates, ATooPickedInTheWaitLeavesTheThirdPointFollowingT
       inThirdPointWait(desk, waiting).changeOperation(picked);
       EXPECT_EQ(stateOf(desk), (State{picked, waiting, 0, 1, -1, -1}));
       desk.move({150, 180});
-      EXPECT_EQ(desk.shapes.shape(0).pt3, (Point{150, 180}));
+      EXPECT_EQ(desk.shapes.shape(0).pt3, (ImagePoint{150, 180}));
       desk.press({300, 300});  // starts the new tool's shape
       EXPECT_EQ(stateOf(desk), (State{picked, 0, 1, 2, -1, -1}));
-      EXPECT_EQ(desk.shapes.shape(0).pt3, (Point{150, 180}));
+      EXPECT_EQ(desk.shapes.shape(0).pt3, (ImagePoint{150, 180}));
       expectRuns(desk);
     }
   }
@@ -413,15 +424,15 @@ TEST(MouseInteractionOddStates, TheDragToolPickedInTheWaitLeavesOpr2Set) {
     inThirdPointWait(desk, kOprLine2).changeOperation(picked);
     EXPECT_EQ(stateOf(desk), (State{0, 2, 0, 1, -1, -1}));
     desk.move({150, 180});  // in place of a hover
-    EXPECT_EQ(desk.shapes.shape(0).pt3, (Point{150, 180}));
+    EXPECT_EQ(desk.shapes.shape(0).pt3, (ImagePoint{150, 180}));
     desk.press({150, 180});  // selects, by the drag tool
     EXPECT_EQ(stateOf(desk), (State{0, 2, 0, 1, 0, -1}));
     desk.drag({160, 180});
-    EXPECT_EQ(desk.shapes.shape(0).pt3, (Point{160, 180}));
+    EXPECT_EQ(desk.shapes.shape(0).pt3, (ImagePoint{160, 180}));
     desk.release({160, 180});
     EXPECT_EQ(stateOf(desk), (State{0, 2, 0, 1, 0, -1}));
     desk.move({170, 190});  // and goes on
-    EXPECT_EQ(desk.shapes.shape(0).pt3, (Point{170, 190}));
+    EXPECT_EQ(desk.shapes.shape(0).pt3, (ImagePoint{170, 190}));
     EXPECT_EQ(desk.shapes._iHoverShape, -1);
     desk.changeOperation(kOprLine);
     desk.press({300, 300});
@@ -436,8 +447,8 @@ TEST(MouseInteractionOddStates, ATextEnteredInTheWaitTakesItsPlace) {
   inThirdPointWait(desk, kOprAngle).shapes.setInputText("note");
   EXPECT_EQ(stateOf(desk), (State{5, 5, 1, 2, -1, -1}));
   desk.move({20, 30});  // goes to the text, which has no use for it
-  EXPECT_EQ(desk.shapes.shape(1).pt3, (Point{20, 30}));
-  EXPECT_EQ(desk.shapes.shape(0).pt3, (Point{-1, -1}));
+  EXPECT_EQ(desk.shapes.shape(1).pt3, (ImagePoint{20, 30}));
+  EXPECT_EQ(desk.shapes.shape(0).pt3, (ImagePoint{-1, -1}));
   desk.press({20, 30});
   EXPECT_EQ(stateOf(desk), (State{0, 0, -1, 2, -1, -1}));
   EXPECT_EQ(desk.shapes.shape(0).type, kOprAngle);
@@ -478,9 +489,9 @@ TEST(MouseInteractionOddStates, AnArmedDragAtAnotherZoomReachesAStaleDrawingShap
     desk.release({50, 60});
     EXPECT_EQ(desk.shapes.shapeCount(), 2);
   }
-  EXPECT_EQ(desk.shapes.shape(0).pt2, (Point{50, 60}));
+  EXPECT_EQ(desk.shapes.shape(0).pt2, (ImagePoint{50, 60}));
   EXPECT_EQ(desk.shapes.shape(1).pencilPoints.count, 3);  // what it is decides, not the tool
-  EXPECT_EQ(desk.shapes.shape(1).pt2, (Point{20, 20}));
+  EXPECT_EQ(desk.shapes.shape(1).pt2, (ImagePoint{20, 20}));
   EXPECT_THAT(desk.delegate.locations, IsEmpty());  // and no pan
   expectRuns(desk);
 }
@@ -494,7 +505,7 @@ TEST(MouseInteractionOddStates, AReleaseWithASelectedShapeDoesNotFinishTheOther)
   desk.shapes._iSelectedShape = 0;  // by another route
   desk.release({210, 200});
   EXPECT_EQ(stateOf(desk), (State{1, 0, 1, 2, 0, -1}));
-  EXPECT_EQ(desk.shapes.shape(1).pt2, (Point{200, 200}));
+  EXPECT_EQ(desk.shapes.shape(1).pt2, (ImagePoint{200, 200}));
 }
 
 TEST(MouseInteractionOddStates, TheDragToolPickedInTheMiddleOfAStrokeLeavesItHalfMade) {
@@ -519,7 +530,7 @@ TEST(MouseInteractionCalibrating, HoversOverItsHandlesAndNothingElse) {
   desk.draw(kOprLine, {107, 100}, {200, 100});
   desk.startCalibration();
   const struct {
-    Point point;
+    ImagePoint point;
     int32_t left, right;
   } table[] = {{{107, 240}, 1, 0}, {{103, 180}, 1, 0}, {{111.9, 299.9}, 1, 0}, {{112, 240}, 0, 0},
                {{107, 300}, 0, 0}, {{533, 240}, 0, 1}, {{107, 100}, 0, 0}};
@@ -581,7 +592,7 @@ TEST(MouseInteractionCalibrating, KeepsItsEndsInTheVisiblePart) {
 TEST(MouseInteractionCalibrating, ADragBesideTheHandlesNeitherPansNorMoves) {
   Desk desk({1280, 720}, {600, 700});
   desk.startCalibration();
-  const Point location = desk.geometry.viewLocation();
+  const ViewPoint location = desk.geometry.viewLocation();
   desk.press({600, 100});
   EXPECT_EQ(desk.shapes._opr1, 0);
   desk.drag({500, 50});
@@ -606,12 +617,12 @@ TEST(MouseInteractionCalibrating, AwayFrom100PercentItOnlyPans) {
   Desk desk({1280, 720}, {600, 700});
   desk.startCalibration();
   desk.geometry.zoomTo(3);
-  const Point start = desk.geometry.viewLocation();
+  const ViewPoint start = desk.geometry.viewLocation();
   desk.press({440, 360});
   desk.drag({430, 360});
   desk.release({430, 360});
   EXPECT_EQ(desk.shapes._opr1, 0);
-  EXPECT_EQ(desk.geometry.viewLocation(), (Point{start.x + 10, start.y}));
+  EXPECT_EQ(desk.geometry.viewLocation(), (ViewPoint{start.x + 10, start.y}));
   EXPECT_EQ(desk.calibrationLine._calibrationLineLeftPosition, 440);
 }
 
@@ -619,10 +630,10 @@ TEST(MouseInteractionCalibrating, AThirdPointIsPlacedBeforeTheLineIsTouched) {
   Desk desk;
   inThirdPointWait(desk, kOprLine2).startCalibration();
   desk.move({150, 180});  // the line takes the move
-  EXPECT_EQ(desk.shapes.shape(0).pt3, (Point{-1, -1}));
+  EXPECT_EQ(desk.shapes.shape(0).pt3, (ImagePoint{-1, -1}));
   desk.press({107, 240});  // on the left handle
   EXPECT_EQ(stateOf(desk), (State{0, 0, -1, 1, -1, -1}));
-  EXPECT_EQ(desk.shapes.shape(0).pt3, (Point{107, 240}));
+  EXPECT_EQ(desk.shapes.shape(0).pt3, (ImagePoint{107, 240}));
   desk.release({107, 240});
   desk.stopCalibration();
   expectRuns(desk);

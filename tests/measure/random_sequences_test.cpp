@@ -49,11 +49,11 @@ class RandomUser {
   int pick(int n) { return static_cast<int>(random_() % static_cast<uint32_t>(n)); }
 
   /// A place in the picture, a little outside of it, or on a handle.
-  Point place() {
+  ImagePoint place() {
     const int count = desk_.shapes.shapeCount();
     if (pick(3) == 0 && count > 0) {
       const SHAPE& s = desk_.shapes.shape(pick(count));
-      const Point corner = s.hitRects[static_cast<size_t>(pick(4))].origin;
+      const ImagePoint corner = s.hitRects[static_cast<size_t>(pick(4))].origin;
       return {corner.x + pick(14), corner.y + pick(14)};
     }
     if (pick(6) == 0) {

@@ -46,9 +46,9 @@ TEST(ShapeList, ANewShapeIsEmptyBehindTheOthersAndDrawsNothing) {
   EXPECT_EQ(&first, &desk.shapes.shape(0));
   EXPECT_EQ(desk.shapes._iDrawingShape, 0);
   EXPECT_EQ(first.type, kOprCircle);
-  EXPECT_EQ(first.pt1, (Point{10, 20}));
-  EXPECT_EQ(first.pt2, (Point{-1, -1}));
-  EXPECT_EQ(first.pt3, (Point{-1, -1}));
+  EXPECT_EQ(first.pt1, (ImagePoint{10, 20}));
+  EXPECT_EQ(first.pt2, (ImagePoint{-1, -1}));
+  EXPECT_EQ(first.pt3, (ImagePoint{-1, -1}));
   EXPECT_EQ(first.text, nullptr);
   EXPECT_EQ(first.pencilPoints.data, nullptr);
   EXPECT_EQ(first.lineVertices.data, nullptr);
@@ -105,7 +105,7 @@ TEST(ShapeList, ARedrawSplicesTheShapeWhereItStands) {
 }
 
 TEST(ShapeList, MovesWholeShapesWithTheirOwnPoints) {
-  const Point p1{100, 110}, p2{120, 130}, p3{140, 150};
+  const ImagePoint p1{100, 110}, p2{120, 130}, p3{140, 150};
   const struct {
     int32_t type;
     bool moves1, moves2, moves3, movesStroke;
@@ -119,11 +119,11 @@ TEST(ShapeList, MovesWholeShapesWithTheirOwnPoints) {
     Desk desk;
     desk.labelsOf(row.type, p1, p2, p3);
     SHAPE& s = desk.shapes.shape(0);
-    const Point stroke[] = {{1.5, 2}, {3, 4}};
+    const ImagePoint stroke[] = {{1.5, 2}, {3, 4}};
     s.pencilPoints.push_back(stroke, 2);
     desk.shapes.moveShape(0, -1000, 7);  // there is no limit at the edge
-    const auto expected = [](Point p, bool moved) {
-      return moved ? Point{p.x - 1000, p.y + 7} : p;
+    const auto expected = [](ImagePoint p, bool moved) {
+      return moved ? ImagePoint{p.x - 1000, p.y + 7} : p;
     };
     EXPECT_EQ(s.pt1, expected(p1, row.moves1));
     EXPECT_EQ(s.pt2, expected(p2, row.moves2));
@@ -142,7 +142,7 @@ TEST(ShapeList, MovesNothingOutOfRange) {
   Desk desk;
   desk.labelsOf(kOprLine, {1, 2}, {3, 4});
   for (const int32_t index : {-1, 1, 2, INT32_MIN, INT32_MAX}) desk.shapes.moveShape(index, 5, 5);
-  EXPECT_EQ(desk.shapes.shape(0).pt1, (Point{1, 2}));
+  EXPECT_EQ(desk.shapes.shape(0).pt1, (ImagePoint{1, 2}));
 }
 
 struct Row {
@@ -279,8 +279,8 @@ TEST(ShapeList, ATextStartsNearTheMiddleAndStaysTheDrawingShape) {
   const SHAPE& s = desk.shapes.shape(0);
   EXPECT_EQ(s.type, kOprText);
   EXPECT_EQ(*s.text, "note");
-  EXPECT_EQ(s.pt1, (Point{650, 322}));
-  EXPECT_EQ(s.pt3, (Point{-1, -1}));
+  EXPECT_EQ(s.pt1, (ImagePoint{650, 322}));
+  EXPECT_EQ(s.pt3, (ImagePoint{-1, -1}));
   EXPECT_EQ(desk.shapes._iDrawingShape, 0);
   EXPECT_EQ(desk.shapes._opr1, kOprRect);
   EXPECT_EQ(desk.shapes._opr2, 2);

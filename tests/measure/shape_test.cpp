@@ -15,7 +15,7 @@ SHAPE filledShape() {
   s.pt1 = {1, 2};
   s.pt2 = {3, 4};
   s.pt3 = {5, 6};
-  const Point points[] = {{7, 8}, {9, 10}};
+  const ImagePoint points[] = {{7, 8}, {9, 10}};
   s.pencilPoints.push_back(points, 2);
   s.text = std::make_shared<const std::string>("text");
   s.hitRects[3] = {{1, 1}, {2, 2}};
@@ -28,12 +28,12 @@ SHAPE filledShape() {
 
 void expectFilled(const SHAPE& s) {
   EXPECT_EQ(s.type, kOprPencil);
-  EXPECT_EQ(s.pt1, (Point{1, 2}));
-  EXPECT_EQ(s.pt2, (Point{3, 4}));
-  EXPECT_EQ(s.pt3, (Point{5, 6}));
+  EXPECT_EQ(s.pt1, (ImagePoint{1, 2}));
+  EXPECT_EQ(s.pt2, (ImagePoint{3, 4}));
+  EXPECT_EQ(s.pt3, (ImagePoint{5, 6}));
   ASSERT_EQ(s.pencilPoints.count, 2);
-  EXPECT_EQ(s.pencilPoints.data[1], (Point{9, 10}));
-  EXPECT_EQ(s.hitRects[3], (Rect{{1, 1}, {2, 2}}));
+  EXPECT_EQ(s.pencilPoints.data[1], (ImagePoint{9, 10}));
+  EXPECT_EQ(s.hitRects[3], (ImageRect{{1, 1}, {2, 2}}));
   ASSERT_EQ(s.lineVertices.count, 1);
   EXPECT_EQ(s.lineVertices.data[0].position[1], 2.0f);
   EXPECT_EQ(s.lineVertices.pos, 11);
@@ -44,11 +44,11 @@ void expectFilled(const SHAPE& s) {
 TEST(Shape, StartsAsAnEmptyLineWhoseRunsBeginAtZero) {
   const SHAPE s;
   EXPECT_EQ(s.type, kOprLine);
-  EXPECT_EQ(s.pt1, Point{});
-  EXPECT_EQ(s.pt2, Point{});
-  EXPECT_EQ(s.pt3, Point{});
+  EXPECT_EQ(s.pt1, ImagePoint{});
+  EXPECT_EQ(s.pt2, ImagePoint{});
+  EXPECT_EQ(s.pt3, ImagePoint{});
   EXPECT_EQ(s.text, nullptr);
-  for (const Rect& rect : s.hitRects) EXPECT_EQ(rect, Rect{});
+  for (const ImageRect& rect : s.hitRects) EXPECT_EQ(rect, ImageRect{});
   EXPECT_EQ(s.pencilPoints.data, nullptr);
   EXPECT_EQ(s.lineVertices.data, nullptr);
   EXPECT_EQ(s.pointVertices.data, nullptr);

@@ -37,7 +37,7 @@ inline PointVertex vertexAt(double fromMiddleX, double fromMiddleY, TextureSize 
           {color[0], color[1], color[2], color[3]}};
 }
 
-inline PointVertex vertexAt(Point point, TextureSize size, const VertexColor& color) {
+inline PointVertex vertexAt(ImagePoint point, TextureSize size, const VertexColor& color) {
   return vertexAt(point.x - size.width / 2, size.height / 2 - point.y, size, color);
 }
 
@@ -45,14 +45,14 @@ inline std::vector<PointVertex> lineVertices(const std::vector<Segment>& segment
                                              const VertexColor& color) {
   std::vector<PointVertex> vertices;
   for (const Segment& s : segments) {
-    vertices.push_back(vertexAt(Point{s.x1, s.y1}, size, color));
-    vertices.push_back(vertexAt(Point{s.x2, s.y2}, size, color));
+    vertices.push_back(vertexAt(ImagePoint{s.x1, s.y1}, size, color));
+    vertices.push_back(vertexAt(ImagePoint{s.x2, s.y2}, size, color));
   }
   return vertices;
 }
 
 /// Pixels of the circle that is plotted for radius `r`, in its order.
-inline std::vector<PointVertex> circleVertices(Point center, int r, TextureSize size,
+inline std::vector<PointVertex> circleVertices(ImagePoint center, int r, TextureSize size,
                                                const VertexColor& color) {
   std::vector<PointVertex> vertices;
   int x = r - 1, y = 0, stepX = 1, stepY = 1, err = 1 - 2 * r;

@@ -13,7 +13,7 @@ class CalibrationLineTest : public OverlayTest {
   CalibrationLineTest() { size = {1280, 720}; }
 
   /// A line from 340 to 940 at the height 360, and a press on `handle`.
-  void press(Point at) {
+  void press(ImagePoint at) {
     line.startCalibration(900);
     line.mouseDown(at, opr1);
   }
@@ -125,7 +125,7 @@ TEST_F(CalibrationLineTest, AnUnevenHeightIsHalvedDownward) {
 TEST_F(CalibrationLineTest, HandlesAreHitWithinTheirAreas) {
   line.startCalibration(900);
   struct Row {
-    Point at;
+    ImagePoint at;
     int32_t opr1;
   };
   const Row rows[] = {

@@ -31,7 +31,7 @@ TEST_F(LinePrimitivesTest, ALineAcrossTheImageGoesFromCornerToCorner) {
   for (const TextureSize each : {TextureSize{640, 480}, {1280, 720}, {2, 2}, {1920, 1080}}) {
     size = each;
     target.count = 0;
-    const Point corner{static_cast<double>(each.width), static_cast<double>(each.height)};
+    const ImagePoint corner{static_cast<double>(each.width), static_cast<double>(each.height)};
     lines.addLineToLineVector(target, {0, 0}, corner, kColor);
     expectVertices(
         target, {{{-1, 1, 0, 1}, {0.1f, 0.2f, 0.3f, 1}}, {{1, -1, 0, 1}, {0.1f, 0.2f, 0.3f, 1}}});
@@ -58,8 +58,8 @@ TEST_F(LinePrimitivesTest, DistancesAreNarrowedBeforeTheyAreDivided) {
     target.count = 0;
     std::vector<PointVertex> expected;
     for (int i = 0; i < 2000; ++i) {
-      const Point from{coordinate(random), coordinate(random)};
-      const Point to{coordinate(random), coordinate(random)};
+      const ImagePoint from{coordinate(random), coordinate(random)};
+      const ImagePoint to{coordinate(random), coordinate(random)};
       lines.addLineToLineVector(target, from, to, kColor);
       expected.push_back(vertexAt(from, size, kColor));
       expected.push_back(vertexAt(to, size, kColor));
@@ -79,7 +79,7 @@ TEST_F(LinePrimitivesTest, CirclePixelsAreNarrowedBeforeTheyAreDivided) {
   std::vector<PointVertex> expected;
   int told = 0;
   for (int i = 0; i < 4000; ++i) {
-    const Point center{coordinate(random), coordinate(random)};
+    const ImagePoint center{coordinate(random), coordinate(random)};
     const int32_t xx = offset(random);
     const int32_t yy = offset(random);
     lines.addCirclePlotPoint(target, center, xx, yy, kColor);
@@ -104,7 +104,7 @@ TEST_F(LinePrimitivesTest, WithoutAPictureNothingCrashes) {
 
 TEST_F(LinePrimitivesTest, ACircleIsPlottedOnePixelInsideItsRadius) {
   struct Row {
-    Point from, to;
+    ImagePoint from, to;
     int radius;
   };
   const Row rows[] = {
@@ -148,9 +148,9 @@ TEST_F(LinePrimitivesTest, ARadiusOfTenStartsAtNine) {
 }
 
 TEST_F(LinePrimitivesTest, RadiiThatNoFrameCanShowPlotNothingAndEnd) {
-  const Point far[] = {{kHuge, 0}, {0, kHuge},   {-kHuge, 0}, {2e9, 0},      {0, 46341},
-                       {kNaN, 0},  {kNaN, kNaN}, {0, kNaN},   {40000, 40000}};
-  for (const Point to : far) {  // the last one's sum wraps to below 0
+  const ImagePoint far[] = {{kHuge, 0}, {0, kHuge},   {-kHuge, 0}, {2e9, 0},      {0, 46341},
+                            {kNaN, 0},  {kNaN, kNaN}, {0, kNaN},   {40000, 40000}};
+  for (const ImagePoint to : far) {  // the last one's sum wraps to below 0
     lines._drawShapeCircle(target, {0, 0}, to, kColor);
     EXPECT_EQ(target.count, 0) << to.x << "," << to.y;
   }
@@ -159,7 +159,8 @@ TEST_F(LinePrimitivesTest, RadiiThatNoFrameCanShowPlotNothingAndEnd) {
 }
 
 TEST_F(LinePrimitivesTest, SlantedRadiiBeyond32BitsEnd) {
-  for (const Point to : {Point{kHuge, kHuge}, {kHuge, 1}, {1, -kHuge}, {2e9, 2e9}, {3e5, 7e5}}) {
+  for (const ImagePoint to :
+       {ImagePoint{kHuge, kHuge}, {kHuge, 1}, {1, -kHuge}, {2e9, 2e9}, {3e5, 7e5}}) {
     lines._drawShapeCircle(target, {0, 0}, to, kColor);
     EXPECT_LE(target.count, 8 * 46340);
     target.count = 0;
@@ -197,7 +198,7 @@ TEST_F(LinePrimitivesTest, AHandleIsAThinFrameOrAThickOne) {
 
 TEST_F(LinePrimitivesTest, TicksStandSquareToTheirSegment) {
   struct Row {
-    Point from, to;
+    ImagePoint from, to;
     int32_t length;
     std::vector<Segment> ticks;
   };

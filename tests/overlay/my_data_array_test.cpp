@@ -229,8 +229,8 @@ TEST(MyDataArray, AnEmptiedArrayKeepsItsBlock) {
 }
 
 TEST(MyDataArray, HoldsPointsAndVertices) {
-  MyDataArray<Point> points;
-  const Point point{1.5, -2.5};
+  MyDataArray<ImagePoint> points;
+  const ImagePoint point{1.5, -2.5};
   points.push_back(&point, 1);
   EXPECT_EQ(points.data[0], point);
   MyDataArray<PointVertex> vertices;

@@ -109,7 +109,8 @@ class ScaleTest : public OverlayTest {
 
   std::vector<PointVertex> rings(std::initializer_list<int> radii) const {
     std::vector<PointVertex> all;
-    const Point center{static_cast<double>(size.width / 2), static_cast<double>(size.height / 2)};
+    const ImagePoint center{static_cast<double>(size.width / 2),
+                            static_cast<double>(size.height / 2)};
     for (const int r : radii) {
       const auto ring = circleVertices(center, r, size, gridColor);
       all.insert(all.end(), ring.begin(), ring.end());

@@ -21,7 +21,7 @@ class TextPrimitivesTest : public OverlayTest {
   Vertices target;
 
   /// Places "abc" at `anchor` and answers with the pixels it covers.
-  Box place(Point anchor, bool up = false) {
+  Box place(ImagePoint anchor, bool up = false) {
     target.count = 0;
     text.addTextToPointVector(target, "abc", anchor, up, kWhite);
     EXPECT_EQ(target.count, 600);
@@ -29,7 +29,7 @@ class TextPrimitivesTest : public OverlayTest {
   }
 
   /// Three lines of 1, 3 and 2 letters; the pixels of each.
-  std::vector<Box> place3(Point anchor, const std::string& third, bool up = false) {
+  std::vector<Box> place3(ImagePoint anchor, const std::string& third, bool up = false) {
     target.count = 0;
     text.add3TextToPointVector(target, "a", "abc", third, anchor, up, kWhite);
     std::vector<Box> boxes;
@@ -44,8 +44,8 @@ class TextPrimitivesTest : public OverlayTest {
 };
 
 /// What the bitmap holds after a line has been drawn into a clean one, scanned pixel by pixel.
-std::vector<PointVertex> plainScan(const std::vector<uint8_t>& bitmap, double width, Point point,
-                                   TextureSize size) {
+std::vector<PointVertex> plainScan(const std::vector<uint8_t>& bitmap, double width,
+                                   ImagePoint point, TextureSize size) {
   std::vector<PointVertex> vertices;
   for (int32_t r = 0; r < kH; ++r) {
     for (int32_t c = 0; c <= static_cast<int32_t>(width) + 19; ++c) {
@@ -139,7 +139,7 @@ TEST_F(TextPrimitivesTest, EveryLineIsScannedAsIfTheBitmapWereClean) {
       paint(bitmap.data);
     };
     const std::string none;
-    const Point point{123.456, 78.9};
+    const ImagePoint point{123.456, 78.9};
     target.count = 0;
     text.addTextLineToPointVector(target, {none, {}, kWhite}, point, {width, 20});
     SCOPED_TRACE(width);
@@ -188,8 +188,8 @@ TEST_F(TextPrimitivesTest, ASecondRedrawAllocatesNothing) {
 // The pixels of "abc" at (x, y) lie from x + 2 to x + 31 and from y - 25 to y - 6.
 TEST_F(TextPrimitivesTest, ALabelStandsToTheLowerRightOfItsAnchorWhereThereIsRoom) {
   struct Row {
-    Point anchor;
-    Point corner;  // where the line's lower left corner goes
+    ImagePoint anchor;
+    ImagePoint corner;  // where the line's lower left corner goes
   };
   const Row rows[] = {
       {{100, 100}, {102, 128}},  // right and below

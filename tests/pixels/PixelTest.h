@@ -31,7 +31,7 @@ class PixelTest : public ::testing::Test {
  protected:
   static constexpr TextureSize kSize{640, 480};
   /// A place where nothing is ever under the mouse.
-  static constexpr Point kAside{5, 475};
+  static constexpr ImagePoint kAside{5, 475};
 
   PixelTest() {
     host.container = {kSize.width * 1.0, kSize.height * 1.0};
@@ -51,24 +51,24 @@ class PixelTest : public ::testing::Test {
   }
 
   // The mouse, in image coordinates.
-  void press(Point p) { ASSERT_TRUE(view.mouseDown(at(p))); }
-  void dragTo(Point p) { view.mouseDragged(at(p)); }
-  void release(Point p) { view.mouseUp(at(p)); }
-  void moveTo(Point p) { view.mouseMoved(at(p)); }
-  void click(Point p) {
+  void press(ImagePoint p) { ASSERT_TRUE(view.mouseDown(at(p))); }
+  void dragTo(ImagePoint p) { view.mouseDragged(at(p)); }
+  void release(ImagePoint p) { view.mouseUp(at(p)); }
+  void moveTo(ImagePoint p) { view.mouseMoved(at(p)); }
+  void click(ImagePoint p) {
     press(p);
     release(p);
   }
   /// Press, drag through all points, release at the last.
-  void stroke(std::initializer_list<Point> points) {
+  void stroke(std::initializer_list<ImagePoint> points) {
     press(*points.begin());
-    for (const Point& p : points) dragTo(p);
+    for (const ImagePoint& p : points) dragTo(p);
     release(*(points.end() - 1));
   }
   /// The whole of a shape, by the tool of this code, with the third point if there is one.
-  void draw(int32_t tool, std::initializer_list<Point> points) {
+  void draw(int32_t tool, std::initializer_list<ImagePoint> points) {
     view.changeOperation(tool);
-    const Point* p = points.begin();
+    const ImagePoint* p = points.begin();
     if (tool == kOprPencil) {
       stroke(points);
     } else {
@@ -117,7 +117,7 @@ class PixelTest : public ::testing::Test {
 
  private:
   /// The container is as large as the frame; the screen's y grows upwards.
-  static MouseLocation at(Point p) { return {p, {p.x, 1080 - p.y}}; }
+  static MouseLocation at(ImagePoint p) { return {{p.x, p.y}, {p.x, 1080 - p.y}}; }
 
   static std::shared_ptr<PixelBuffer> darkFrame() {
     auto frame = std::make_shared<PixelBuffer>(kSize);

@@ -4,8 +4,8 @@ namespace tessary::test {
 namespace {
 
 // Two thirds of 640 are 426, centred: from 107 to 533.
-constexpr Point kLeft{107, 240};
-constexpr Point kRight{533, 240};
+constexpr ImagePoint kLeft{107, 240};
+constexpr ImagePoint kRight{533, 240};
 
 class CalibrationLinePixels : public PixelTest {
  protected:

@@ -9,8 +9,8 @@ namespace {
 struct Kind {
   int32_t tool;
   const char* name;
-  std::vector<Point> points;
-  Point handle;
+  std::vector<ImagePoint> points;
+  ImagePoint handle;
   friend std::ostream& operator<<(std::ostream& out, const Kind& kind) { return out << kind.name; }
 };
 
@@ -28,7 +28,7 @@ class Shapes : public PixelTest, public ::testing::WithParamInterface<Kind> {
       return;
     }
     view.changeOperation(kind.tool);
-    const std::vector<Point>& p = kind.points;
+    const std::vector<ImagePoint>& p = kind.points;
     press(p[0]);
     const size_t strokePoints = hasThirdPoint(kind.tool) ? 2 : p.size();
     for (size_t i = 1; i < strokePoints; ++i) dragTo(p[i]);
@@ -70,7 +70,7 @@ class DrawnShapes : public Shapes {};
 TEST_P(DrawnShapes, UnderConstruction) {
   const Kind& kind = GetParam();
   view.changeOperation(kind.tool);
-  const std::vector<Point>& p = kind.points;
+  const std::vector<ImagePoint>& p = kind.points;
   press(p[0]);
   EXPECT_TRUE(picture("frame")) << "a press alone draws nothing";
   for (size_t i = 1; i < (hasThirdPoint(kind.tool) ? 2 : p.size()); ++i) dragTo(p[i]);

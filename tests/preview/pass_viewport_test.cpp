@@ -11,7 +11,7 @@ TEST(PassViewport, ShrinksThePictureUpToHundredPercentAndShiftsItAbove) {
   const TextureSize texture{1280, 720};
   struct Row {
     int32_t zoom;
-    Point location;
+    ViewPoint location;
     TextureSize bitmap;
     PassViewport viewport;
   };
@@ -32,8 +32,8 @@ TEST(PassViewport, ShrinksThePictureUpToHundredPercentAndShiftsItAbove) {
 }
 
 /// Where the picture lies in a container, through geometry, viewport and surface.
-Rect pictureIn(Size container, TextureSize texture, int32_t step, double ratio, float panX = -1,
-               float panY = -1) {
+SurfaceRect pictureIn(Size container, TextureSize texture, int32_t step, double ratio,
+                      float panX = -1, float panY = -1) {
   FakeViewHost host;
   host.container = container;
   ViewGeometry geometry(host, texture);
@@ -50,7 +50,7 @@ TEST(PictureOnSurface, LiesWhereTheViewStretchesItInDevicePixels) {
   struct Row {
     int32_t step;
     double ratio;
-    Rect picture;
+    SurfaceRect picture;
   };
   // 1280 by 720 in 800 by 600.
   const Row table[] = {
@@ -67,27 +67,28 @@ TEST(PictureOnSurface, LiesWhereTheViewStretchesItInDevicePixels) {
 }
 
 TEST(PictureOnSurface, AHalfPixelGoesToTheTopLeft) {
-  EXPECT_EQ(pictureIn({801, 601}, {640, 480}, 2, 1.0), (Rect{{80, 60}, {640, 480}}));
-  EXPECT_EQ(pictureIn({801, 601}, {640, 480}, 2, 2.0), (Rect{{161, 121}, {1280, 960}}));
+  EXPECT_EQ(pictureIn({801, 601}, {640, 480}, 2, 1.0), (SurfaceRect{{80, 60}, {640, 480}}));
+  EXPECT_EQ(pictureIn({801, 601}, {640, 480}, 2, 2.0), (SurfaceRect{{161, 121}, {1280, 960}}));
 }
 
 TEST(PictureOnSurface, WholeLocationsStayWholeAtEveryZoomAndPan) {
   for (int32_t step = 0; step <= 5; ++step) {
     for (int pan = 0; pan <= 200; ++pan) {
-      const Rect picture = pictureIn({300, 200}, {1280, 720}, step, 1.0, float(pan), 0);
-      ASSERT_EQ(picture.origin, (Point{double(-pan), 0})) << step;
+      const SurfaceRect picture = pictureIn({300, 200}, {1280, 720}, step, 1.0, float(pan), 0);
+      ASSERT_EQ(picture.origin, (SurfacePoint{double(-pan), 0})) << step;
     }
   }
 }
 
 TEST(PictureOnSurface, ARatioThatBinaryNumbersMissLosesNoPixel) {
   // 50 times 1.1 comes out above 55, so that minus that would be floored to -56.
-  EXPECT_EQ(pictureIn({300, 200}, {1280, 720}, 2, 1.1, 50, 0).origin, (Point{-55, 0}));
-  EXPECT_EQ(pictureIn({300, 200}, {1280, 720}, 2, 1.35, 180, 340).origin, (Point{-243, -459}));
+  EXPECT_EQ(pictureIn({300, 200}, {1280, 720}, 2, 1.1, 50, 0).origin, (SurfacePoint{-55, 0}));
+  EXPECT_EQ(pictureIn({300, 200}, {1280, 720}, 2, 1.35, 180, 340).origin,
+            (SurfacePoint{-243, -459}));
 }
 
 TEST(PictureOnSurface, IsNothingWithoutATexture) {
-  EXPECT_EQ(pictureOnSurface({0, 0, 100, 100}, {{0, 0}, {100, 100}}, {0, 0}, 1.0), Rect{});
+  EXPECT_EQ(pictureOnSurface({0, 0, 100, 100}, {{0, 0}, {100, 100}}, {0, 0}, 1.0), SurfaceRect{});
 }
 
 }  // namespace

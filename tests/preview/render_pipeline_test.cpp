@@ -39,7 +39,7 @@ class RecordingCompositor final : public Compositor {
     calls.push_back(
         fmt::format("compose {} lines {} points {}", frame.data()[0], lines.size(), points.size()));
   }
-  void present(const Rect& picture, TextureSize) override {
+  void present(const SurfaceRect& picture, TextureSize) override {
     calls.push_back(fmt::format("present {},{} {}x{}", picture.origin.x, picture.origin.y,
                                 picture.size.width, picture.size.height));
   }

@@ -1,6 +1,7 @@
 #include <cmath>
 #include <limits>
 #include <random>
+#include <type_traits>
 
 #include <gmock/gmock.h>
 
@@ -18,16 +19,21 @@ class Delegate final : public PreviewViewLocationDelegate {
  public:
   explicit Delegate(std::vector<std::string>& calls) : calls_(calls) {}
   void previewViewFrameDidChange() override { calls_.emplace_back("frameDidChange"); }
-  void previewViewLocationDidChange(Point point) override {
+  void previewViewLocationDidChange(ViewPoint point) override {
     calls_.emplace_back("locationDidChange");
     location = point;
   }
   void previewViewZoomDidChange() override { calls_.emplace_back("zoomDidChange"); }
-  Point location{-1, -1};
+  ViewPoint location{-1, -1};
 
  private:
   std::vector<std::string>& calls_;
 };
+
+using Convert = decltype(&ViewGeometry::convertPointFromSuperview);
+static_assert(std::is_invocable_r_v<ViewPoint, Convert, ViewGeometry, ContainerPoint>);
+static_assert(!std::is_invocable_v<Convert, ViewGeometry, ScreenPoint>);
+static_assert(!std::is_invocable_v<Convert, ViewGeometry, ViewPoint>);
 
 struct Fixture {
   Fixture(TextureSize frame, Size container) : texture(frame) {
@@ -65,7 +71,7 @@ TEST(ViewGeometry, StartsWithoutPictureAndAHundredPixelsWide) {
   const ViewGeometry geometry(host, none);
   EXPECT_EQ(geometry.zoom(), -1);
   EXPECT_EQ(geometry.bitmapSize(), (TextureSize{100, 100}));
-  EXPECT_EQ(geometry.viewLocation(), (Point{0, 0}));
+  EXPECT_EQ(geometry.viewLocation(), (ViewPoint{0, 0}));
 }
 
 TEST(ViewGeometry, LaysOutThreeZoomsOfOnePictureInOneContainer) {
@@ -73,7 +79,8 @@ TEST(ViewGeometry, LaysOutThreeZoomsOfOnePictureInOneContainer) {
     int32_t step;
     TextureSize bitmap;
     Size view;
-    Point frame, bounds, location;
+    ContainerPoint frame;
+    ViewPoint bounds, location;
     PassViewport viewport;
   };
   const Row table[] = {
@@ -94,8 +101,8 @@ TEST(ViewGeometry, LaysOutThreeZoomsOfOnePictureInOneContainer) {
     f.geometry.zoomTo(row.step);
     EXPECT_EQ(f.geometry.zoom(), row.step);
     EXPECT_EQ(f.geometry.bitmapSize(), row.bitmap);
-    EXPECT_EQ(f.host.viewFrame, (Rect{row.frame, row.view}));
-    EXPECT_EQ(f.host.viewBounds, (Rect{row.bounds, row.view}));
+    EXPECT_EQ(f.host.viewFrame, (ContainerRect{row.frame, row.view}));
+    EXPECT_EQ(f.host.viewBounds, (ViewRect{row.bounds, row.view}));
     EXPECT_EQ(f.geometry.viewLocation(), row.location);
     const PassViewport viewport = passViewport(f.geometry.zoom(), f.geometry.viewLocation(),
                                                f.geometry.bitmapSize(), f.texture);
@@ -148,45 +155,45 @@ TEST(ViewGeometry, ZoomForgetsThePan) {
   Fixture f({1280, 720}, {800, 600});
   f.geometry.offsetLocationTo(0, 0);
   f.geometry.zoomTo(4);
-  EXPECT_EQ(f.geometry.viewLocation(), (Point{560, 240}));
+  EXPECT_EQ(f.geometry.viewLocation(), (ViewPoint{560, 240}));
   f.geometry.zoomTo(2);
-  EXPECT_EQ(f.geometry.viewLocation(), (Point{240, 60}));
+  EXPECT_EQ(f.geometry.viewLocation(), (ViewPoint{240, 60}));
 }
 
 TEST(ViewGeometry, AFrameThatJustFitsIsNotScrolled) {
   Fixture f({640, 480}, {640, 480});
-  EXPECT_EQ(f.host.viewFrame, (Rect{{0, 0}, {640, 480}}));
-  EXPECT_EQ(f.host.viewBounds, (Rect{{0, 0}, {640, 480}}));
-  EXPECT_EQ(f.geometry.viewLocation(), (Point{0, 0}));
+  EXPECT_EQ(f.host.viewFrame, (ContainerRect{{0, 0}, {640, 480}}));
+  EXPECT_EQ(f.host.viewBounds, (ViewRect{{0, 0}, {640, 480}}));
+  EXPECT_EQ(f.geometry.viewLocation(), (ViewPoint{0, 0}));
   EXPECT_TRUE(std::signbit(f.geometry.viewLocation().x));
 }
 
 TEST(ViewGeometry, OneAxisFitsWhileTheOtherOverflows) {
   Fixture f({1280, 720}, {1500, 600});
-  EXPECT_EQ(f.host.viewFrame, (Rect{{110, 0}, {1280, 720}}));
-  EXPECT_EQ(f.host.viewBounds.origin, (Point{0, 60}));
-  EXPECT_EQ(f.geometry.viewLocation(), (Point{0, 60}));
+  EXPECT_EQ(f.host.viewFrame, (ContainerRect{{110, 0}, {1280, 720}}));
+  EXPECT_EQ(f.host.viewBounds.origin, (ViewPoint{0, 60}));
+  EXPECT_EQ(f.geometry.viewLocation(), (ViewPoint{0, 60}));
 }
 
 TEST(ViewGeometry, AnOddOverflowIsHalvedDownAndPansToItsEnd) {
   Fixture f({645, 485}, {640, 480});  // B - C = 5
-  EXPECT_EQ(f.geometry.viewLocation(), (Point{2, 2}));
+  EXPECT_EQ(f.geometry.viewLocation(), (ViewPoint{2, 2}));
   f.geometry.offsetLocationTo(100, 5);
-  EXPECT_EQ(f.geometry.viewLocation(), (Point{5, 5}));
+  EXPECT_EQ(f.geometry.viewLocation(), (ViewPoint{5, 5}));
 }
 
 TEST(ViewGeometry, TheOverflowOfAFractionalContainerIsTruncated) {
   Fixture f({645, 645}, {639.5, 644.5});  // 5.5 and 0.5
-  EXPECT_EQ(f.geometry.viewLocation(), (Point{2, 0}));
+  EXPECT_EQ(f.geometry.viewLocation(), (ViewPoint{2, 0}));
   f.geometry.offsetLocationTo(100, 100);
-  EXPECT_EQ(f.geometry.viewLocation(), (Point{5, 0}));
+  EXPECT_EQ(f.geometry.viewLocation(), (ViewPoint{5, 0}));
 }
 
 TEST(ViewGeometry, BelowHundredPercentTheViewHangsOverTheContainerOnBothSides) {
   Fixture f({1280, 960}, {1000, 800});
   f.geometry.zoomTo(1);  // 960 by 720: the container is between picture and frame size
-  EXPECT_EQ(f.host.viewFrame, (Rect{{-140, -80}, {1280, 960}}));
-  EXPECT_EQ(f.geometry.viewLocation(), (Point{-160, -120}));
+  EXPECT_EQ(f.host.viewFrame, (ContainerRect{{-140, -80}, {1280, 960}}));
+  EXPECT_EQ(f.geometry.viewLocation(), (ViewPoint{-160, -120}));
   // The picture's edge in the container: 20 on the left, and as much on the right.
   EXPECT_EQ(f.host.viewFrame.origin.x - f.geometry.viewLocation().x, 20);
 }
@@ -194,7 +201,7 @@ TEST(ViewGeometry, BelowHundredPercentTheViewHangsOverTheContainerOnBothSides) {
 TEST(ViewGeometry, PanningIsLimitedToThePicture) {
   struct Row {
     float x, y;
-    Point location;
+    ViewPoint location;
   };
   const Row table[] = {
       {-1, -1000, {0, 0}},          {0, 0, {0, 0}},
@@ -218,15 +225,15 @@ TEST(ViewGeometry, PanningTellsNobodyAndSetsTheFrameFirst) {
 TEST(ViewGeometry, AnAxisThatFitsIgnoresTheWantedLocation) {
   Fixture f({640, 480}, {800, 600});
   f.geometry.offsetLocationTo(50, 50);
-  EXPECT_EQ(f.geometry.viewLocation(), (Point{0, 0}));
-  EXPECT_EQ(f.host.viewFrame.origin, (Point{80, 60}));
+  EXPECT_EQ(f.geometry.viewLocation(), (ViewPoint{0, 0}));
+  EXPECT_EQ(f.host.viewFrame.origin, (ContainerPoint{80, 60}));
 }
 
 TEST(ViewGeometry, AResizeTakesBackOnlyThePanThatNoLongerFits) {
   struct Row {
-    Point pan;
+    ViewPoint pan;
     Size container;
-    Point location;
+    ViewPoint location;
   };
   const Row table[] = {
       {{480, 120}, {900, 650}, {380, 70}},   // pulled back to M
@@ -252,26 +259,26 @@ TEST(ViewGeometry, AWindowThatShrinksBelowThePictureDoesNotCentreIt) {
   Fixture f({1280, 720}, {1300, 740});
   f.host.container = {800, 600};
   f.geometry.windowDidResize();
-  EXPECT_EQ(f.geometry.viewLocation(), (Point{0, 0}));
+  EXPECT_EQ(f.geometry.viewLocation(), (ViewPoint{0, 0}));
 }
 
 TEST(ViewGeometry, AResizeAppliesNoLowerLimit) {
   Fixture f({1280, 720}, {800, 600});
   f.host.viewBounds.origin = {-7, -8};
   f.geometry.windowDidResize();
-  EXPECT_EQ(f.geometry.viewLocation(), (Point{-7, -8}));
+  EXPECT_EQ(f.geometry.viewLocation(), (ViewPoint{-7, -8}));
 }
 
 TEST(ViewGeometry, WithoutContainerEverythingOverflows) {
   Fixture f({640, 480}, {0, 0});
-  EXPECT_EQ(f.host.viewFrame, (Rect{{0, 0}, {640, 480}}));
-  EXPECT_EQ(f.geometry.viewLocation(), (Point{320, 240}));
+  EXPECT_EQ(f.host.viewFrame, (ContainerRect{{0, 0}, {640, 480}}));
+  EXPECT_EQ(f.geometry.viewLocation(), (ViewPoint{320, 240}));
 }
 
 TEST(ViewGeometry, DraggingMovesThePictureWithTheMouse) {
   struct Row {
-    Point to;  // pressed at (100, 100) with the picture at (240, 60)
-    Point location;
+    ScreenPoint to;  // pressed at (100, 100) with the picture at (240, 60)
+    ViewPoint location;
     bool told;
   };
   const Row table[] = {
@@ -304,12 +311,12 @@ TEST(ViewGeometry, ADragIsMeasuredFromItsPressAndNotStepByStep) {
   Fixture f({1280, 720}, {800, 600});
   f.geometry.beginPan();
   for (int step = 1; step <= 4; ++step) f.geometry.pan({0, 0}, {0.5 * step, 0});
-  EXPECT_EQ(f.geometry.viewLocation(), (Point{238, 60}));
+  EXPECT_EQ(f.geometry.viewLocation(), (ViewPoint{238, 60}));
 }
 
 TEST(ViewGeometry, TheRoomForTheWindowCountsFromItsTopLeftCorner) {
   struct Row {
-    Rect window, screen;
+    ScreenRect window, screen;
     Size room;
   };
   const Row table[] = {
@@ -365,8 +372,8 @@ TEST(ViewGeometry, StartFitsTheWindowAndKeepsItsTopLeftCorner) {
     EXPECT_EQ(host.window.origin.y + host.window.size.height, 628);
     EXPECT_EQ(host.viewFrame.size, (Size{double(row.frame.width), double(row.frame.height)}));
     EXPECT_EQ(geometry.viewLocation(),
-              (Point{double(int((row.frame.width - row.content.width) / 2)),
-                     double(int((row.frame.height - row.content.height) / 2))}));
+              (ViewPoint{double(int((row.frame.width - row.content.width) / 2)),
+                         double(int((row.frame.height - row.content.height) / 2))}));
   }
 }
 
@@ -385,13 +392,13 @@ TEST(ViewGeometry, StopForgetsThePictureAndLeavesTheViewAlone) {
   Fixture f({1280, 720}, {800, 600});
   f.geometry.offsetLocationTo(100, 100);
   f.host.calls.clear();
-  const Rect frame = f.host.viewFrame;
-  const Rect bounds = f.host.viewBounds;
+  const ContainerRect frame = f.host.viewFrame;
+  const ViewRect bounds = f.host.viewBounds;
   f.texture = {};
   f.geometry.stopPreview();
   EXPECT_EQ(f.geometry.zoom(), -1);
   EXPECT_EQ(f.geometry.bitmapSize(), (TextureSize{0, 0}));
-  EXPECT_EQ(f.geometry.viewLocation(), (Point{0, 0}));
+  EXPECT_EQ(f.geometry.viewLocation(), (ViewPoint{0, 0}));
   EXPECT_THAT(f.host.calls, IsEmpty());
   EXPECT_EQ(f.host.viewFrame, frame);
   EXPECT_EQ(f.host.viewBounds, bounds);
@@ -406,14 +413,14 @@ TEST(ViewGeometry, WorksWithoutADelegate) {
   geometry.beginPan();
   geometry.pan({0, 0}, {-3, 0});
   geometry.windowDidResize();
-  EXPECT_EQ(geometry.viewLocation(), (Point{643, 360}));
+  EXPECT_EQ(geometry.viewLocation(), (ViewPoint{643, 360}));
 }
 
 TEST(ViewGeometry, AMousePositionConvertedIntoTheViewIsThePictureCoordinate) {
   Fixture overflowing({1280, 720}, {800, 600});
-  EXPECT_EQ(overflowing.geometry.convertPointFromSuperview({10, 20}), (Point{250, 80}));
+  EXPECT_EQ(overflowing.geometry.convertPointFromSuperview({10, 20}), (ViewPoint{250, 80}));
   Fixture fitting({640, 480}, {800, 600});
-  EXPECT_EQ(fitting.geometry.convertPointFromSuperview({80, 60}), (Point{0, 0}));
+  EXPECT_EQ(fitting.geometry.convertPointFromSuperview({80, 60}), (ViewPoint{0, 0}));
 }
 
 TEST(ViewGeometry, HoldsItsPromisesForAnySequenceOfOperations) {

@@ -11,23 +11,23 @@ namespace tessary::test {
 class FakeViewHost final : public ViewHost {
  public:
   Size container;  // size of the superview
-  Rect viewFrame{{0, 0}, {100, 100}};
-  Rect viewBounds{{0, 0}, {100, 100}};
-  Rect window;
-  Rect screen;
+  ContainerRect viewFrame{{0, 0}, {100, 100}};
+  ViewRect viewBounds{{0, 0}, {100, 100}};
+  ScreenRect window;
+  ScreenRect screen;
   double titleBar = 0;             // height of the window above its content
   bool windowIsContainer = false;  // the container follows the window's content
   std::vector<std::string> calls;
 
   Size superviewFrameSize() const override { return container; }
-  Rect frame() const override { return viewFrame; }
-  Rect bounds() const override { return viewBounds; }
-  void setFrame(const Rect& rect) override {
+  ContainerRect frame() const override { return viewFrame; }
+  ViewRect bounds() const override { return viewBounds; }
+  void setFrame(const ContainerRect& rect) override {
     calls.emplace_back("setFrame");
     viewFrame = rect;
     viewBounds = {{-1, -1}, {1, 1}};  // a platform may derive the bounds from the frame
   }
-  void setBounds(const Rect& rect) override {
+  void setBounds(const ViewRect& rect) override {
     calls.emplace_back("setBounds");
     viewBounds = rect;
   }
@@ -39,8 +39,8 @@ class FakeViewHost final : public ViewHost {
     calls.emplace_back("setBoundsSize");
     viewBounds.size = size;
   }
-  Rect windowFrame() const override { return window; }
-  Rect screenFrame() const override { return screen; }
+  ScreenRect windowFrame() const override { return window; }
+  ScreenRect screenFrame() const override { return screen; }
   void setContentSize(Size size) override {
     calls.emplace_back("setContentSize");
     contentSize = size;
@@ -48,7 +48,7 @@ class FakeViewHost final : public ViewHost {
     window.size = {size.width, size.height + titleBar};
     if (windowIsContainer) container = size;
   }
-  void setFrameOrigin(Point origin) override {
+  void setFrameOrigin(ScreenPoint origin) override {
     calls.emplace_back("setFrameOrigin");
     window.origin = origin;
   }

@@ -164,7 +164,7 @@ TEST(MainWindow, AShrunkenWindowNeverShowsASliderBeyondItsRange) {
   program.window().resize(program.window().size() + QSize(100, 60));
   ASSERT_TRUE(waitUntil([&] { return program.container().width() == 640; }));
   const PreviewView& view = gPreviewWindowController->getPreviewView();
-  EXPECT_EQ(view.viewLocation(), (Point{960 - 640, 720 - 480}));
+  EXPECT_EQ(view.viewLocation(), (ViewPoint{960 - 640, 720 - 480}));
   EXPECT_EQ(program.slider("horizontalSlider").value(), 960 - 640);
   EXPECT_EQ(program.slider("verticalSlider").value(), 0);
 }

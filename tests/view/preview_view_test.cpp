@@ -51,13 +51,13 @@ class FakeCompositor final : public Compositor {
     lineCount = lines.size();
     pointCount = points.size();
   }
-  void present(const Rect& picture, TextureSize) override { presented.push_back(picture); }
+  void present(const SurfaceRect& picture, TextureSize) override { presented.push_back(picture); }
   bool readBack(PixelBuffer&) override { return hasBufferResources() && readsBack; }
 
   bool readsBack = true;
   TextureSize made;
   std::vector<TextureSize> composed;
-  std::vector<Rect> presented;
+  std::vector<SurfaceRect> presented;
   size_t lineCount = 0;
   size_t pointCount = 0;
 };
@@ -106,7 +106,7 @@ class MovieStatus final : public PreviewViewRecordDelegate {
 class RecordingDelegate final : public PreviewViewLocationDelegate {
  public:
   void previewViewFrameDidChange() override { calls.emplace_back("frame"); }
-  void previewViewLocationDidChange(Point) override { calls.emplace_back("location"); }
+  void previewViewLocationDidChange(ViewPoint) override { calls.emplace_back("location"); }
   void previewViewZoomDidChange() override { calls.emplace_back("zoom"); }
   std::vector<std::string> calls;
 };
@@ -253,7 +253,7 @@ TEST_F(PreviewViewTest, StopForgetsThePictureAndTellsNobody) {
   EXPECT_EQ(view.zoom(), -1);
   EXPECT_EQ(view.bitmapWidth(), 0);
   EXPECT_EQ(view.bitmapHeight(), 0);
-  EXPECT_EQ(view.viewLocation(), (Point{0, 0}));
+  EXPECT_EQ(view.viewLocation(), (ViewPoint{0, 0}));
   EXPECT_EQ(view.pixelsPerUnit(), -1.0F);
   EXPECT_THAT(delegate.calls, IsEmpty());
   EXPECT_FALSE(draw());
@@ -358,11 +358,11 @@ TEST_F(PreviewViewTest, AwayFromHundredPercentTheMouseOnlyPans) {
   host.windowIsContainer = false;
   show({1280, 720});
   view.zoomTo(4);
-  const Point before = view.viewLocation();
+  const ViewPoint before = view.viewLocation();
   ASSERT_TRUE(view.mouseDown(at(400, 300)));
   view.mouseDragged(at(390, 280));
   view.mouseUp(at(390, 280));
-  EXPECT_EQ(view.viewLocation(), (Point{before.x + 10, before.y + 20}));
+  EXPECT_EQ(view.viewLocation(), (ViewPoint{before.x + 10, before.y + 20}));
 }
 
 TEST_F(PreviewViewTest, AnArmedToolAwayFromHundredPercentNeitherDrawsNorPans) {
@@ -370,7 +370,7 @@ TEST_F(PreviewViewTest, AnArmedToolAwayFromHundredPercentNeitherDrawsNorPans) {
   show({1280, 720});
   view.changeOperation(1);
   view.zoomTo(4);
-  const Point before = view.viewLocation();
+  const ViewPoint before = view.viewLocation();
   ASSERT_TRUE(view.mouseDown(at(400, 300)));
   view.mouseDragged(at(390, 280));
   view.mouseUp(at(390, 280));

@@ -4,7 +4,7 @@
 
 namespace tessary {
 
-Point placementIn(const Rect& parent, double width, double below) noexcept {
+ScreenPoint placementIn(const ScreenRect& parent, double width, double below) noexcept {
   return {std::trunc(parent.origin.x + (parent.size.width - width) / 2),
           std::trunc(parent.origin.y + below)};
 }

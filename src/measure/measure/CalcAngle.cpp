@@ -8,7 +8,7 @@ namespace tessary {
 namespace {
 
 /// In single precision, as angles are defined here.
-double direction(Point from, Point to) {
+double direction(ImagePoint from, ImagePoint to) {
   const auto dx = static_cast<float>(to.x - from.x);
   const auto dy = static_cast<float>(to.y - from.y);
   return std::atan2(dy, dx);
@@ -16,7 +16,7 @@ double direction(Point from, Point to) {
 
 }  // namespace
 
-float _CalcAngle(Point pt1, Point pt2, Point pt3) {
+float _CalcAngle(ImagePoint pt1, ImagePoint pt2, ImagePoint pt3) {
   const double turn = (direction(pt1, pt2) - direction(pt1, pt3)) * 180.0 / std::numbers::pi;
   const double degrees = static_cast<float>(turn);
   if (std::abs(degrees) <= 180.0) return static_cast<float>(std::abs(degrees));

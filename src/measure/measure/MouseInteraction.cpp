@@ -6,21 +6,22 @@
 
 namespace tessary {
 
-void MouseInteraction::mouseDown(Point viewPoint, Point screenPoint) {
+void MouseInteraction::mouseDown(ViewPoint viewPoint, ScreenPoint screenPoint) {
   if (!isAt100Percent()) {
     _mouseDown = true;
     rememberPress(screenPoint);
     return;
   }
+  const ImagePoint point = imagePointAt100Percent(viewPoint);
   if (hasThirdPoint(shapes_._opr1) && shapes_._opr1 == shapes_._opr2) {
     // `_mouseDown` stays as it is, so that the release of this press does nothing.
-    finishThirdPoint(viewPoint);
+    finishThirdPoint(point);
     rememberPress(screenPoint);
     return;
   }
   _mouseDown = true;
   if (calibrationLine_.isShown()) {
-    calibrationLine_.mouseDown(viewPoint, shapes_._opr1);
+    calibrationLine_.mouseDown(point, shapes_._opr1);
     _ptMouseClick = screenPoint;
     return;
   }
@@ -29,14 +30,14 @@ void MouseInteraction::mouseDown(Point viewPoint, Point screenPoint) {
     shapes_._opr1 = kOprDrag;
   }
   if (shapes_._opr1 == kOprDrag) {
-    select(viewPoint);
+    select(point);
     rememberPress(screenPoint);
   } else {
-    startShape(viewPoint);
+    startShape(point);
   }
 }
 
-void MouseInteraction::mouseUp(Point viewPoint) {
+void MouseInteraction::mouseUp(ViewPoint viewPoint) {
   if (!_mouseDown) return;
   _mouseDown = false;
   if (!isAt100Percent()) return;
@@ -48,7 +49,7 @@ void MouseInteraction::mouseUp(Point viewPoint) {
       !shapes_.hasShape(shapes_._iDrawingShape)) {
     return;
   }
-  shapes_.shape(shapes_._iDrawingShape).pt2 = viewPoint;
+  shapes_.shape(shapes_._iDrawingShape).pt2 = imagePointAt100Percent(viewPoint);
   if (hasThirdPoint(shapes_._opr1)) {
     shapes_._opr2 = shapes_._opr1;
     return;
@@ -59,11 +60,11 @@ void MouseInteraction::mouseUp(Point viewPoint) {
   shapes_._opr2 = kOprDrag;
 }
 
-void MouseInteraction::mouseDragged(Point viewPoint, Point screenPoint) {
+void MouseInteraction::mouseDragged(ViewPoint viewPoint, ScreenPoint screenPoint) {
   if (isAt100Percent() && calibrationLine_.isShown()) {
     dragCalibrationLine(screenPoint);
   } else if (shapes_._opr1 != kOprDrag) {
-    extendShape(viewPoint);  // at any zoom: meant
+    extendShape(imagePointAt100Percent(viewPoint));  // at any zoom: meant
   } else if (isAt100Percent() && shapes_.hasShape(shapes_._iSelectedShape)) {
     dragSelectedShape(screenPoint);
   } else {
@@ -71,54 +72,55 @@ void MouseInteraction::mouseDragged(Point viewPoint, Point screenPoint) {
   }
 }
 
-void MouseInteraction::mouseMoved(Point viewPoint) {
+void MouseInteraction::mouseMoved(ViewPoint viewPoint) {
   if (!isAt100Percent()) return;
+  const ImagePoint point = imagePointAt100Percent(viewPoint);
   if (calibrationLine_.isShown()) {
-    calibrationLine_.mouseMoved(viewPoint);
+    calibrationLine_.mouseMoved(point);
     overlay_.redrawLinesAndPoints();
   } else if (hasThirdPoint(shapes_._opr2)) {
     if (!shapes_.hasShape(shapes_._iDrawingShape)) return;
-    shapes_.shape(shapes_._iDrawingShape).pt3 = viewPoint;
+    shapes_.shape(shapes_._iDrawingShape).pt3 = point;
     shapes_.redrawSelectedShape(shapes_._iDrawingShape);
   } else if (shapes_._opr1 == kOprDrag && !shapes_._shapes.empty()) {
-    hover(viewPoint);
+    hover(point);
   }
 }
 
-void MouseInteraction::rememberPress(Point screenPoint) {
+void MouseInteraction::rememberPress(ScreenPoint screenPoint) {
   _ptMouseClick = screenPoint;
   geometry_.beginPan();
 }
 
-int32_t MouseInteraction::hitTest(Point viewPoint) const {
+int32_t MouseInteraction::hitTest(ImagePoint point) const {
   for (int32_t i = 0; i < shapes_.shapeCount(); ++i) {
-    for (const Rect& rect : shapes_.shape(i).hitRects) {
-      if (contains(rect, viewPoint)) return i;
+    for (const ImageRect& rect : shapes_.shape(i).hitRects) {
+      if (contains(rect, point)) return i;
     }
   }
   return -1;
 }
 
-void MouseInteraction::finishThirdPoint(Point viewPoint) {
+void MouseInteraction::finishThirdPoint(ImagePoint point) {
   // Not redrawn: what the last move of the mouse drew is meant to stand.
   if (shapes_.hasShape(shapes_._iDrawingShape)) {
-    shapes_.shape(shapes_._iDrawingShape).pt3 = viewPoint;
+    shapes_.shape(shapes_._iDrawingShape).pt3 = point;
   }
   shapes_._opr1 = kOprDrag;
   shapes_._opr2 = kOprDrag;
   shapes_._iDrawingShape = -1;
 }
 
-void MouseInteraction::select(Point viewPoint) {
+void MouseInteraction::select(ImagePoint point) {
   // A shape that was hovered only is meant to keep its frames until its next redraw.
   shapes_._iHoverShape = -1;
-  const int32_t before = std::exchange(shapes_._iSelectedShape, hitTest(viewPoint));
+  const int32_t before = std::exchange(shapes_._iSelectedShape, hitTest(point));
   if (shapes_._iSelectedShape >= 0) _ptMoved = {};
   redrawChange(before, shapes_._iSelectedShape);
 }
 
-void MouseInteraction::hover(Point viewPoint) {
-  const int32_t before = std::exchange(shapes_._iHoverShape, hitTest(viewPoint));
+void MouseInteraction::hover(ImagePoint point) {
+  const int32_t before = std::exchange(shapes_._iHoverShape, hitTest(point));
   redrawChange(before, shapes_._iHoverShape);
 }
 
@@ -128,35 +130,35 @@ void MouseInteraction::redrawChange(int32_t before, int32_t now) {
   if (shapes_.hasShape(now)) shapes_.redrawSelectedShape(now);
 }
 
-void MouseInteraction::startShape(Point viewPoint) {
+void MouseInteraction::startShape(ImagePoint point) {
   const int32_t selected = std::exchange(shapes_._iSelectedShape, -1);
   if (shapes_.hasShape(selected)) shapes_.redrawSelectedShape(selected);
   const int32_t hovered = std::exchange(shapes_._iHoverShape, -1);
   if (shapes_.hasShape(hovered)) shapes_.redrawSelectedShape(hovered);
   shapes_._opr2 = kOprDrag;
-  SHAPE& s = shapes_.newShape(viewPoint);
-  if (s.type == kOprPencil) s.pencilPoints.push_back(&viewPoint, 1);
+  SHAPE& s = shapes_.newShape(point);
+  if (s.type == kOprPencil) s.pencilPoints.push_back(&point, 1);
 }
 
-void MouseInteraction::extendShape(Point viewPoint) {
+void MouseInteraction::extendShape(ImagePoint point) {
   if (!shapes_.hasShape(shapes_._iDrawingShape)) return;
   SHAPE& s = shapes_.shape(shapes_._iDrawingShape);
   if (s.type == kOprPencil) {
-    s.pencilPoints.push_back(&viewPoint, 1);
+    s.pencilPoints.push_back(&point, 1);
   } else {
-    s.pt2 = viewPoint;
+    s.pt2 = point;
   }
   shapes_.redrawSelectedShape(shapes_._iDrawingShape);
 }
 
-void MouseInteraction::dragCalibrationLine(Point screenPoint) {
+void MouseInteraction::dragCalibrationLine(ScreenPoint screenPoint) {
   if (calibrationLine_.mouseDragged(shapes_._opr1, screenPoint.x - _ptMouseClick.x,
                                     geometry_.viewLocation().x, host_.superviewFrameSize().width)) {
     overlay_.redrawLinesAndPoints();
   }
 }
 
-void MouseInteraction::dragSelectedShape(Point screenPoint) {
+void MouseInteraction::dragSelectedShape(ScreenPoint screenPoint) {
   // Measured from the press, so that the fractions cut off here are not lost across events. The
   // screen's y grows upwards.
   const int32_t dx = truncateToInt32(screenPoint.x - _ptMouseClick.x - _ptMoved.x);

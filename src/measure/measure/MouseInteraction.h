@@ -21,9 +21,9 @@ namespace tessary {
 ///     stroke       1 to 6    0         the new shape
 ///     third point  2 or 5    same      the new shape
 ///
-/// View points are in the view's own coordinates, y down: at 100 percent, the only zoom at which
-/// shapes are made or edited, they are image coordinates. Screen points have y up and do not depend
-/// on the view, so that a drag stays in step while the picture moves under the mouse. Main thread.
+/// Shapes are made and edited at 100 percent only, where view points are image points. Screen
+/// points have y up and do not depend on the view, so that a drag stays in step while the picture
+/// moves under the mouse. Main thread.
 class MouseInteraction {
  public:
   MouseInteraction(ShapeList& shapes, CalibrationLine& calibrationLine, ViewGeometry& geometry,
@@ -34,33 +34,33 @@ class MouseInteraction {
         host_(host),
         overlay_(overlay) {}
 
-  void mouseDown(Point viewPoint, Point screenPoint);
-  void mouseUp(Point viewPoint);
-  void mouseDragged(Point viewPoint, Point screenPoint);
+  void mouseDown(ViewPoint viewPoint, ScreenPoint screenPoint);
+  void mouseUp(ViewPoint viewPoint);
+  void mouseDragged(ViewPoint viewPoint, ScreenPoint screenPoint);
   /// Moves without a button.
-  void mouseMoved(Point viewPoint);
+  void mouseMoved(ViewPoint viewPoint);
   /// Meant to do nothing: no pan, no context menu.
   void rightMouseDown() {}
 
-  bool _mouseDown = false;  ///< A press was accepted: its release is to be acted on.
-  Point _ptMouseClick;      ///< Screen point of the press.
-  Point _ptMoved;           ///< How far the selected shape moved since, in whole pixels.
+  bool _mouseDown = false;    ///< A press was accepted: its release is to be acted on.
+  ScreenPoint _ptMouseClick;  ///< Screen point of the press.
+  ImagePoint _ptMoved;        ///< How far the selected shape moved since, in whole pixels.
 
  private:
   bool isAt100Percent() const { return geometry_.zoom() == kZoom100; }
   /// Where a drag starts from, for shape or picture.
-  void rememberPress(Point screenPoint);
-  /// The oldest shape under `viewPoint`, -1 for none. It wins over newer ones that are drawn on top
+  void rememberPress(ScreenPoint screenPoint);
+  /// The oldest shape under `point`, -1 for none. It wins over newer ones that are drawn on top
   /// of it: meant.
-  int32_t hitTest(Point viewPoint) const;
+  int32_t hitTest(ImagePoint point) const;
 
-  void finishThirdPoint(Point viewPoint);
-  void select(Point viewPoint);
-  void hover(Point viewPoint);
-  void startShape(Point viewPoint);
-  void extendShape(Point viewPoint);
-  void dragCalibrationLine(Point screenPoint);
-  void dragSelectedShape(Point screenPoint);
+  void finishThirdPoint(ImagePoint point);
+  void select(ImagePoint point);
+  void hover(ImagePoint point);
+  void startShape(ImagePoint point);
+  void extendShape(ImagePoint point);
+  void dragCalibrationLine(ScreenPoint screenPoint);
+  void dragSelectedShape(ScreenPoint screenPoint);
   /// Redraws the shapes that a change of selection or hover concerns, if any.
   void redrawChange(int32_t before, int32_t now);
 

@@ -34,13 +34,13 @@ struct SHAPE {
   ~SHAPE() = default;
 
   int32_t type = kOprLine;
-  Point pt1;
-  Point pt2;
-  Point pt3;
-  MyDataArray<Point> pencilPoints;          ///< The stroke of a pencil shape.
+  ImagePoint pt1;
+  ImagePoint pt2;
+  ImagePoint pt3;
+  MyDataArray<ImagePoint> pencilPoints;     ///< The stroke of a pencil shape.
   std::shared_ptr<const std::string> text;  ///< UTF-8; null except for a text shape.
   /// Where the mouse takes hold, rewritten by each draw. A zero rectangle never hits.
-  std::array<Rect, 4> hitRects;
+  std::array<ImageRect, 4> hitRects;
   MyDataArray<PointVertex> lineVertices;  ///< In pairs.
   MyDataArray<PointVertex> pointVertices;
 };

@@ -21,7 +21,7 @@ constexpr int32_t kTick = 18;
 constexpr double kLeastTextWidth = 100.0;
 
 /// Where the mouse takes hold of a point: a pixel wider all round than the frame drawn there.
-Rect handleRect(Point point) { return {{point.x - 6, point.y - 6}, {13, 13}}; }
+ImageRect handleRect(ImagePoint point) { return {{point.x - 6, point.y - 6}, {13, 13}}; }
 
 template <typename... Args>
 void formatInto(std::string& text, fmt::format_string<Args...> format, Args&&... args) {
@@ -45,12 +45,12 @@ int32_t sumOfSquares(int32_t a, int32_t b) {
 ///                         |
 ///     pt1 -------------- foot ------ pt2
 struct Parallel {
-  Point foot;
-  Point half;
+  ImagePoint foot;
+  ImagePoint half;
   double d;
 };
 
-Parallel parallelThrough(Point pt1, Point pt2, Point pt3) {
+Parallel parallelThrough(ImagePoint pt1, ImagePoint pt2, ImagePoint pt3) {
   if (pt2.y == pt1.y) {
     const double half = wholeDistance(pt1.x, pt2.x) / 2;
     return {{pt3.x, pt1.y}, {half, 0}, std::abs(pt3.y - pt1.y)};
@@ -69,18 +69,18 @@ Parallel parallelThrough(Point pt1, Point pt2, Point pt3) {
   const double c = u - a;
   const double d = c * std::sin(t);
   const double e = c * std::cos(t) + b;  // along the baseline from pt1 to the foot
-  const Point foot{pt1.x + truncateToInt32(e * std::cos(t)),
-                   pt1.y + truncateToInt32(e * std::sin(t))};
+  const ImagePoint foot{pt1.x + truncateToInt32(e * std::cos(t)),
+                        pt1.y + truncateToInt32(e * std::sin(t))};
   const double length = std::sqrt(
       static_cast<double>(sumOfSquares(wholeDistance(pt1.x, pt2.x), wholeDistance(pt1.y, pt2.y))));
-  const Point half{static_cast<double>(truncateToInt32(length * std::cos(t) * 0.5)),
-                   static_cast<double>(truncateToInt32(length * std::sin(t) * 0.5))};
+  const ImagePoint half{static_cast<double>(truncateToInt32(length * std::cos(t) * 0.5)),
+                        static_cast<double>(truncateToInt32(length * std::sin(t) * 0.5))};
   return {foot, half, d};
 }
 
 /// The radius that a circle is labelled with, in pixels. Meant not to be rounded, unlike the one it
 /// is plotted with.
-int32_t labelRadius(Point pt1, Point pt2) {
+int32_t labelRadius(ImagePoint pt1, ImagePoint pt2) {
   const int32_t dx = wholeDistance(pt1.x, pt2.x);
   const int32_t dy = wholeDistance(pt1.y, pt2.y);
   if (pt2.x == pt1.x) return dy;
@@ -122,7 +122,7 @@ void ShapeDrawing::drawShapeLine(int32_t index) {
     formatInto(text_, "{:.3f}{}", labelValue(std::sqrt(a * a + b * b)), context_.calibration._unit);
     addLabel(s, text_, s.pt1);
   }
-  s.hitRects = {handleRect(s.pt1), handleRect(s.pt2), Rect{}, Rect{}};
+  s.hitRects = {handleRect(s.pt1), handleRect(s.pt2), ImageRect{}, ImageRect{}};
 }
 
 void ShapeDrawing::drawShapeLine2(int32_t index) {
@@ -140,7 +140,7 @@ void ShapeDrawing::drawShapeLine2(int32_t index) {
     addLabel(s, text_, s.pt3);
   }
   // None at the ends of the baseline: the pair is taken by its foot or its third point.
-  s.hitRects = {handleRect(foot), handleRect(s.pt3), Rect{}, Rect{}};
+  s.hitRects = {handleRect(foot), handleRect(s.pt3), ImageRect{}, ImageRect{}};
 }
 
 void ShapeDrawing::drawShapeCircle(int32_t index) {
@@ -163,14 +163,14 @@ void ShapeDrawing::drawShapeCircle(int32_t index) {
                unit);
     addLabel3(s, s.pt1);
   }
-  s.hitRects = {handleRect(s.pt1), handleRect(s.pt2), Rect{}, Rect{}};
+  s.hitRects = {handleRect(s.pt1), handleRect(s.pt2), ImageRect{}, ImageRect{}};
 }
 
 void ShapeDrawing::drawShapeRect(int32_t index) {
   SHAPE& s = state_.shape(index);
   if (s.pt2 == s.pt1) return;
-  const Point corner3{s.pt1.x, s.pt2.y};
-  const Point corner4{s.pt2.x, s.pt1.y};
+  const ImagePoint corner3{s.pt1.x, s.pt2.y};
+  const ImagePoint corner4{s.pt2.x, s.pt1.y};
   addBox(s, s.pt1, s.pt2);
   addFramesIfMarked(index, {s.pt1, s.pt2, corner3, corner4});
   if (isCalibrated()) {
@@ -200,7 +200,7 @@ void ShapeDrawing::drawShapeAngle(int32_t index) {
     formatInto(text_, "{:.3f}\u00B0", double{_CalcAngle(s.pt1, s.pt2, s.pt3)});
     addLabel(s, text_, s.pt1);
   }
-  s.hitRects = {handleRect(s.pt1), handleRect(s.pt2), handleRect(s.pt3), Rect{}};
+  s.hitRects = {handleRect(s.pt1), handleRect(s.pt2), handleRect(s.pt3), ImageRect{}};
 }
 
 void ShapeDrawing::drawShapePencil(int32_t index) {
@@ -228,7 +228,8 @@ void ShapeDrawing::drawShapeText(int32_t index) {
   }
   addLabel(s, *s.text, s.pt1);
   // The whole box and no handle.
-  s.hitRects = {Rect{s.pt1, {size.width + 4, size.height + 4}}, Rect{}, Rect{}, Rect{}};
+  s.hitRects = {ImageRect{s.pt1, {size.width + 4, size.height + 4}}, ImageRect{}, ImageRect{},
+                ImageRect{}};
 }
 
 VertexColor ShapeDrawing::vertexColor() const {
@@ -239,11 +240,11 @@ double ShapeDrawing::labelValue(float pixels) const {
   return double{std::abs(pixels) / context_.calibration._pixelsPerUnit};
 }
 
-void ShapeDrawing::addLine(SHAPE& shape, Point from, Point to) {
+void ShapeDrawing::addLine(SHAPE& shape, ImagePoint from, ImagePoint to) {
   context_.lines.addLineToLineVector(shape.lineVertices, from, to, vertexColor());
 }
 
-void ShapeDrawing::addBox(SHAPE& shape, Point corner, Point opposite) {
+void ShapeDrawing::addBox(SHAPE& shape, ImagePoint corner, ImagePoint opposite) {
   addLine(shape, corner, {opposite.x, corner.y});
   addLine(shape, {opposite.x, corner.y}, opposite);
   addLine(shape, opposite, {corner.x, opposite.y});
@@ -254,22 +255,22 @@ void ShapeDrawing::addTicks(SHAPE& shape, int32_t auxLen) {
   context_.lines.drawLineAuxLine(shape.lineVertices, shape.pt1, shape.pt2, auxLen, vertexColor());
 }
 
-void ShapeDrawing::addFrame(int32_t index, Point center) {
+void ShapeDrawing::addFrame(int32_t index, ImagePoint center) {
   context_.lines.drawSmallFrame(state_.shape(index).lineVertices, center, isSelected(index),
                                 vertexColor());
 }
 
-void ShapeDrawing::addFramesIfMarked(int32_t index, std::initializer_list<Point> centers) {
+void ShapeDrawing::addFramesIfMarked(int32_t index, std::initializer_list<ImagePoint> centers) {
   if (!isMarked(index)) return;
-  for (const Point center : centers) addFrame(index, center);
+  for (const ImagePoint center : centers) addFrame(index, center);
 }
 
-void ShapeDrawing::addLabel(SHAPE& shape, const std::string& text, Point anchor) {
+void ShapeDrawing::addLabel(SHAPE& shape, const std::string& text, ImagePoint anchor) {
   context_.text.addTextToPointVector(shape.pointVertices, text, anchor, false,
                                      context_.preferences.textColor);
 }
 
-void ShapeDrawing::addLabel3(SHAPE& shape, Point anchor) {
+void ShapeDrawing::addLabel3(SHAPE& shape, ImagePoint anchor) {
   context_.text.add3TextToPointVector(shape.pointVertices, text_, text2_, text3_, anchor, false,
                                       context_.preferences.textColor);
 }

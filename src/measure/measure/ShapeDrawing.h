@@ -47,16 +47,16 @@ class ShapeDrawing {
   /// A length or area in pixels as a label shows it.
   double labelValue(float pixels) const;
 
-  void addLine(SHAPE& shape, Point from, Point to);
+  void addLine(SHAPE& shape, ImagePoint from, ImagePoint to);
   /// The four sides of the rectangle with these opposite corners.
-  void addBox(SHAPE& shape, Point corner, Point opposite);
+  void addBox(SHAPE& shape, ImagePoint corner, ImagePoint opposite);
   void addTicks(SHAPE& shape, int32_t auxLen);
-  void addFrame(int32_t index, Point center);
+  void addFrame(int32_t index, ImagePoint center);
   /// A handle at each point if the shape is selected or hovered.
-  void addFramesIfMarked(int32_t index, std::initializer_list<Point> centers);
-  void addLabel(SHAPE& shape, const std::string& text, Point anchor);
+  void addFramesIfMarked(int32_t index, std::initializer_list<ImagePoint> centers);
+  void addLabel(SHAPE& shape, const std::string& text, ImagePoint anchor);
   /// Three lines, from `text_`, `text2_` and `text3_`.
-  void addLabel3(SHAPE& shape, Point anchor);
+  void addLabel3(SHAPE& shape, ImagePoint anchor);
 
   OverlayContext context_;
   ShapeState& state_;

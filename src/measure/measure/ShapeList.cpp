@@ -4,7 +4,7 @@
 
 namespace tessary {
 
-SHAPE& ShapeList::newShape(Point p) {
+SHAPE& ShapeList::newShape(ImagePoint p) {
   _iDrawingShape = shapeCount();
   SHAPE& s = _shapes.emplace_back();
   s.type = _opr1;
@@ -24,7 +24,7 @@ SHAPE& ShapeList::newShape(Point p) {
 
 void ShapeList::moveShape(int32_t index, int32_t dx, int32_t dy) {
   if (!hasShape(index)) return;
-  const auto move = [dx, dy](Point& point) {
+  const auto move = [dx, dy](ImagePoint& point) {
     point.x += dx;
     point.y += dy;
   };

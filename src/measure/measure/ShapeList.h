@@ -32,7 +32,7 @@ class ShapeList : public ShapeState {
 
   /// Appends a shape of the tool in hand that starts at `p` and makes it `_iDrawingShape`. Draws
   /// nothing. The record is good until the list next changes.
-  SHAPE& newShape(Point p);
+  SHAPE& newShape(ImagePoint p);
   /// Moves the whole shape, without a limit at the image's edge, and redraws it. A pencil's `pt1`
   /// and `pt2` are meant to stay. Ignores an index that is not in range.
   void moveShape(int32_t index, int32_t dx, int32_t dy);

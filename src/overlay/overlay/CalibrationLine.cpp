@@ -36,7 +36,7 @@ void CalibrationLine::drawCalibrationLine() const {
   const double left = _calibrationLineLeftPosition;
   const double right = _calibrationLineRightPosition;
 
-  const auto addLine = [&](Point from, Point to) {
+  const auto addLine = [&](ImagePoint from, ImagePoint to) {
     lines.addLineToLineVector(target, from, to, color);
   };
   // A pair of arrows that point at the handle from both sides, their tips `gap` away from it.
@@ -55,14 +55,14 @@ void CalibrationLine::drawCalibrationLine() const {
   if (_showCalibrationLineRightArrow != 0) addArrows(right, 3, 6);
 }
 
-void CalibrationLine::mouseMoved(Point viewPoint) {
-  _showCalibrationLineLeftArrow = contains(leftHandleArea(), viewPoint) ? 1 : 0;
-  _showCalibrationLineRightArrow = contains(rightHandleArea(), viewPoint) ? 1 : 0;
+void CalibrationLine::mouseMoved(ImagePoint point) {
+  _showCalibrationLineLeftArrow = contains(leftHandleArea(), point) ? 1 : 0;
+  _showCalibrationLineRightArrow = contains(rightHandleArea(), point) ? 1 : 0;
 }
 
-void CalibrationLine::mouseDown(Point viewPoint, int32_t& opr1) {
-  if (contains(leftHandleArea(), viewPoint)) opr1 = kOprCalibrationLeft;
-  if (contains(rightHandleArea(), viewPoint)) opr1 = kOprCalibrationRight;
+void CalibrationLine::mouseDown(ImagePoint point, int32_t& opr1) {
+  if (contains(leftHandleArea(), point)) opr1 = kOprCalibrationLeft;
+  if (contains(rightHandleArea(), point)) opr1 = kOprCalibrationRight;
   _calibrationLineLen0 = _calibrationLineLen;
   _calibrationLineLeftPosition0 = _calibrationLineLeftPosition;
   _calibrationLineRightPosition0 = _calibrationLineRightPosition;
@@ -94,7 +94,7 @@ bool CalibrationLine::mouseDragged(int32_t opr1, double screenDx, double viewLoc
   return false;
 }
 
-Rect CalibrationLine::handleArea(int32_t x) const {
+ImageRect CalibrationLine::handleArea(int32_t x) const {
   const int32_t y = context_.cvTextureSize.height / 2;
   return {{static_cast<double>(x) - 4, static_cast<double>(y) - kHandleReach}, {9, 120}};
 }

@@ -18,17 +18,17 @@ inline constexpr int32_t kOprCalibrationRight = 52;
 ///          |====================|        two pixels thick, at half the frame's height
 ///          |                    |        handles, 60 up and 60 down
 ///
-/// The mouse rules hold at 100 percent only, where view points are image coordinates; the caller
-/// tests the zoom and `_showCalibrationLine`. Lengths are video pixels. Main thread.
+/// The mouse rules hold at 100 percent only; the caller tests the zoom and `_showCalibrationLine`.
+/// Lengths are video pixels. Main thread.
 class CalibrationLine {
  public:
   explicit CalibrationLine(const OverlayContext& context) : context_(context) {}
 
   bool isShown() const { return _showCalibrationLine != 0; }
   int32_t calibrationLineLen() const { return _calibrationLineLen; }
-  /// Where a press takes hold of a handle, in view coordinates.
-  Rect leftHandleArea() const { return handleArea(_calibrationLineLeftPosition); }
-  Rect rightHandleArea() const { return handleArea(_calibrationLineRightPosition); }
+  /// Where a press takes hold of a handle.
+  ImageRect leftHandleArea() const { return handleArea(_calibrationLineLeftPosition); }
+  ImageRect rightHandleArea() const { return handleArea(_calibrationLineRightPosition); }
 
   /// Shows the line, centred in the frame, two thirds of the visible width long (view units); what
   /// is wider than one and a half frames gives a line longer than the frame. The caller zooms to
@@ -41,10 +41,10 @@ class CalibrationLine {
   void drawCalibrationLine() const;
 
   /// Sets the hover flags; the caller redraws.
-  void mouseMoved(Point viewPoint);
+  void mouseMoved(ImagePoint point);
   /// Takes hold: `opr1` becomes 51 or 52 on a handle, the right one before the left, and stays as
   /// it is elsewhere. Remembers where the drag starts.
-  void mouseDown(Point viewPoint, int32_t& opr1);
+  void mouseDown(ImagePoint point, int32_t& opr1);
   /// Moves the end that `opr1` tells to `screenDx` screen units from where it was at the press.
   /// Refused, and the line left as it is, outside the visible part of the frame (from
   /// `viewLocationX` on, `superviewWidth` wide) and for a length below 50. True if the line changed
@@ -64,7 +64,7 @@ class CalibrationLine {
   int32_t _showCalibrationLineRightArrow = 0;
 
  private:
-  Rect handleArea(int32_t x) const;
+  ImageRect handleArea(int32_t x) const;
 
   OverlayContext context_;
 };

@@ -13,12 +13,12 @@ PointVertex makeVertex(float x, float y, const VertexColor& color) {
   return {{x, y, 0.0f, 1.0f}, {color[0], color[1], color[2], color[3]}};
 }
 
-void addFrame(const LinePrimitives& lines, MyDataArray<PointVertex>& target, Point center,
+void addFrame(const LinePrimitives& lines, MyDataArray<PointVertex>& target, ImagePoint center,
               double half, const VertexColor& color) {
-  const Point topLeft{center.x - half, center.y - half};
-  const Point bottomLeft{center.x - half, center.y + half};
-  const Point bottomRight{center.x + half, center.y + half};
-  const Point topRight{center.x + half, center.y - half};
+  const ImagePoint topLeft{center.x - half, center.y - half};
+  const ImagePoint bottomLeft{center.x - half, center.y + half};
+  const ImagePoint bottomRight{center.x + half, center.y + half};
+  const ImagePoint topRight{center.x + half, center.y - half};
   lines.addLineToLineVector(target, topLeft, bottomLeft, color);
   lines.addLineToLineVector(target, bottomLeft, bottomRight, color);
   lines.addLineToLineVector(target, bottomRight, topRight, color);
@@ -26,7 +26,7 @@ void addFrame(const LinePrimitives& lines, MyDataArray<PointVertex>& target, Poi
 }
 
 /// Rounded to nearest only where the radius is slanted.
-int32_t plotRadius(Point from, Point to) {
+int32_t plotRadius(ImagePoint from, ImagePoint to) {
   const int32_t dx = truncateToInt32(std::abs(to.x - from.x));
   const int32_t dy = truncateToInt32(std::abs(to.y - from.y));
   if (to.x == from.x) return dy;
@@ -46,10 +46,10 @@ VertexColor LinePrimitives::mtlColorFromColor(const Color& color) {
           static_cast<float>(color.blue), 1.0f};
 }
 
-void LinePrimitives::addLineToLineVector(MyDataArray<PointVertex>& target, Point from, Point to,
-                                         const VertexColor& color) const {
+void LinePrimitives::addLineToLineVector(MyDataArray<PointVertex>& target, ImagePoint from,
+                                         ImagePoint to, const VertexColor& color) const {
   const auto [width, height] = cvTextureSize_;
-  for (const Point point : {from, to}) {
+  for (const ImagePoint point : {from, to}) {
     // Integer halves on purpose: with an odd size the middle pixel is not at exactly 0.
     const float x = clipCoordinate(point.x - width / 2, width);
     const float y = clipCoordinate(height / 2 - point.y, height);
@@ -58,8 +58,8 @@ void LinePrimitives::addLineToLineVector(MyDataArray<PointVertex>& target, Point
   }
 }
 
-void LinePrimitives::addCirclePlotPoint(MyDataArray<PointVertex>& target, Point from, int32_t xx,
-                                        int32_t yy, const VertexColor& color) const {
+void LinePrimitives::addCirclePlotPoint(MyDataArray<PointVertex>& target, ImagePoint from,
+                                        int32_t xx, int32_t yy, const VertexColor& color) const {
   const auto [width, height] = cvTextureSize_;
   const float x = clipCoordinate(from.x + xx - width / 2, width);
   const float y = clipCoordinate(-from.y - yy + height / 2, height);
@@ -67,8 +67,8 @@ void LinePrimitives::addCirclePlotPoint(MyDataArray<PointVertex>& target, Point 
   target.push_back(&vertex, 1);
 }
 
-void LinePrimitives::_drawShapeCircle(MyDataArray<PointVertex>& target, Point from, Point to,
-                                      const VertexColor& color) const {
+void LinePrimitives::_drawShapeCircle(MyDataArray<PointVertex>& target, ImagePoint from,
+                                      ImagePoint to, const VertexColor& color) const {
   const int32_t r = plotRadius(from, to);
   if (r > kMaxRadius) return;
   int32_t x = r - 1;
@@ -98,26 +98,27 @@ void LinePrimitives::_drawShapeCircle(MyDataArray<PointVertex>& target, Point fr
   }
 }
 
-void LinePrimitives::drawSmallTriangle(MyDataArray<PointVertex>& target, Point from, bool toRight,
-                                       int32_t size, const VertexColor& color) const {
+void LinePrimitives::drawSmallTriangle(MyDataArray<PointVertex>& target, ImagePoint from,
+                                       bool toRight, int32_t size, const VertexColor& color) const {
   const double baseX = toRight ? from.x - size : from.x + size;
-  const Point upper{baseX, from.y - size};
-  const Point lower{baseX, from.y + size};
+  const ImagePoint upper{baseX, from.y - size};
+  const ImagePoint lower{baseX, from.y + size};
   addLineToLineVector(target, from, upper, color);
   addLineToLineVector(target, upper, lower, color);
   addLineToLineVector(target, lower, from, color);
 }
 
-void LinePrimitives::drawSmallFrame(MyDataArray<PointVertex>& target, Point from, bool selected,
-                                    const VertexColor& color) const {
+void LinePrimitives::drawSmallFrame(MyDataArray<PointVertex>& target, ImagePoint from,
+                                    bool selected, const VertexColor& color) const {
   addFrame(*this, target, from, 5.0, color);
   if (!selected) return;
   addFrame(*this, target, from, 4.0, color);
   addFrame(*this, target, from, 3.0, color);
 }
 
-void LinePrimitives::drawLineAuxLine(MyDataArray<PointVertex>& target, Point from, Point withPoint,
-                                     int32_t auxLen, const VertexColor& color) const {
+void LinePrimitives::drawLineAuxLine(MyDataArray<PointVertex>& target, ImagePoint from,
+                                     ImagePoint withPoint, int32_t auxLen,
+                                     const VertexColor& color) const {
   // Half a tick, from its low end on the left or, for a horizontal segment, at the top.
   double a = 0.0;
   double b = 0.0;
@@ -130,7 +131,7 @@ void LinePrimitives::drawLineAuxLine(MyDataArray<PointVertex>& target, Point fro
     a = truncateToInt32(auxLen * std::sin(t));
     b = truncateToInt32(auxLen * std::cos(t));
   }
-  for (const Point end : {from, withPoint}) {
+  for (const ImagePoint end : {from, withPoint}) {
     addLineToLineVector(target, {end.x - a, end.y + b}, {end.x + a, end.y - b}, color);
   }
 }

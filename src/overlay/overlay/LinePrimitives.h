@@ -25,23 +25,23 @@ class LinePrimitives {
   /// Always opaque: the colour's own alpha is meant to be ignored.
   static VertexColor mtlColorFromColor(const Color& color);
 
-  void addLineToLineVector(MyDataArray<PointVertex>& target, Point from, Point to,
+  void addLineToLineVector(MyDataArray<PointVertex>& target, ImagePoint from, ImagePoint to,
                            const VertexColor& color) const;
   /// The pixel at `xx`, `yy` from the centre `from`.
-  void addCirclePlotPoint(MyDataArray<PointVertex>& target, Point from, int32_t xx, int32_t yy,
+  void addCirclePlotPoint(MyDataArray<PointVertex>& target, ImagePoint from, int32_t xx, int32_t yy,
                           const VertexColor& color) const;
   /// The circle around `from` through `to`. It is meant to be plotted one pixel inside its radius.
   /// A radius above kMaxRadius, which no frame can show, plots nothing.
-  void _drawShapeCircle(MyDataArray<PointVertex>& target, Point from, Point to,
+  void _drawShapeCircle(MyDataArray<PointVertex>& target, ImagePoint from, ImagePoint to,
                         const VertexColor& color) const;
   /// Three lines, the tip at `from` pointing right or left, `size` long and twice as high.
-  void drawSmallTriangle(MyDataArray<PointVertex>& target, Point from, bool toRight, int32_t size,
-                         const VertexColor& color) const;
+  void drawSmallTriangle(MyDataArray<PointVertex>& target, ImagePoint from, bool toRight,
+                         int32_t size, const VertexColor& color) const;
   /// A handle: a thin frame of four lines, or a thick one of twelve if selected.
-  void drawSmallFrame(MyDataArray<PointVertex>& target, Point from, bool selected,
+  void drawSmallFrame(MyDataArray<PointVertex>& target, ImagePoint from, bool selected,
                       const VertexColor& color) const;
   /// One tick square to the segment through each of its ends, `auxLen` to both sides.
-  void drawLineAuxLine(MyDataArray<PointVertex>& target, Point from, Point withPoint,
+  void drawLineAuxLine(MyDataArray<PointVertex>& target, ImagePoint from, ImagePoint withPoint,
                        int32_t auxLen, const VertexColor& color) const;
 
   /// Largest radius whose square fits 32 bits.

@@ -54,7 +54,7 @@ Size TextPrimitives::measure(const TextLine& line) {
 }
 
 void TextPrimitives::addTextLineToPointVector(MyDataArray<PointVertex>& target,
-                                              const TextLine& line, Point point, Size size) {
+                                              const TextLine& line, ImagePoint point, Size size) {
   const int32_t columns = scannedColumns(size.width);
   if (columns <= 0) return;
 
@@ -91,7 +91,7 @@ void TextPrimitives::addTextLineToPointVector(MyDataArray<PointVertex>& target,
 }
 
 void TextPrimitives::addTextToPointVector(MyDataArray<PointVertex>& target, const std::string& text,
-                                          Point point, bool up, const Color& color) {
+                                          ImagePoint point, bool up, const Color& color) {
   const TextLine line{text, preferences_.font, color};
   const Size size = measure(line);
   double x = point.x;
@@ -112,7 +112,7 @@ void TextPrimitives::addTextToPointVector(MyDataArray<PointVertex>& target, cons
 
 void TextPrimitives::add3TextToPointVector(MyDataArray<PointVertex>& target,
                                            const std::string& text, const std::string& text2,
-                                           const std::string& text3, Point point, bool up,
+                                           const std::string& text3, ImagePoint point, bool up,
                                            const Color& color) {
   const TextLine line1{text, preferences_.font, color};
   const TextLine line2{text2, preferences_.font, color};

@@ -33,17 +33,17 @@ class TextPrimitives {
 
   /// Appends the pixels of `line`, `size` large, its lower left corner at `point`: the bitmap's
   /// bottom row ends just above it.
-  void addTextLineToPointVector(MyDataArray<PointVertex>& target, const TextLine& line, Point point,
-                                Size size);
+  void addTextLineToPointVector(MyDataArray<PointVertex>& target, const TextLine& line,
+                                ImagePoint point, Size size);
   /// A label to the lower right of its anchor `point`. It flips to the left at the right edge of
   /// the image, and above the anchor at the bottom edge; with `up` it stands above where there is
   /// room.
-  void addTextToPointVector(MyDataArray<PointVertex>& target, const std::string& text, Point point,
-                            bool up, const Color& color);
+  void addTextToPointVector(MyDataArray<PointVertex>& target, const std::string& text,
+                            ImagePoint point, bool up, const Color& color);
   /// The same for three lines, stacked downward; a block that flips left is right-aligned. With
   /// `text3` "" there are two.
   void add3TextToPointVector(MyDataArray<PointVertex>& target, const std::string& text,
-                             const std::string& text2, const std::string& text3, Point point,
+                             const std::string& text2, const std::string& text3, ImagePoint point,
                              bool up, const Color& color);
   /// Size of `text` in pixels, 8 added to both. For an empty text that of a sample of four letters.
   Size getTextSize(const std::string& text);

@@ -32,7 +32,7 @@ class Compositor {
   /// Clears the framebuffer that is bound now, `surface` pixels large, to the grey 0.1 and draws
   /// the texture into `picture`, in pixels from the surface's top left corner; parts may lie
   /// outside.
-  virtual void present(const Rect& picture, TextureSize surface) = 0;
+  virtual void present(const SurfaceRect& picture, TextureSize surface) = 0;
 
   /// Copies the texture into `target`, which has its size. False when there is none.
   virtual bool readBack(PixelBuffer& target) = 0;

@@ -26,7 +26,7 @@ Span onSurface(double origin, double size, double viewOrigin, double viewSize, i
 
 }  // namespace
 
-PassViewport passViewport(int32_t zoom, Point viewLocation, TextureSize bitmapSize,
+PassViewport passViewport(int32_t zoom, ViewPoint viewLocation, TextureSize bitmapSize,
                           TextureSize textureSize) {
   const double scale = double(mapZoom(zoom));
   if (scale > 1.0) {
@@ -36,8 +36,8 @@ PassViewport passViewport(int32_t zoom, Point viewLocation, TextureSize bitmapSi
   return {-viewLocation.x, -viewLocation.y, double(bitmapSize.width), double(bitmapSize.height)};
 }
 
-Rect pictureOnSurface(const PassViewport& viewport, const Rect& viewFrame, TextureSize textureSize,
-                      double devicePixelRatio) {
+SurfaceRect pictureOnSurface(const PassViewport& viewport, const ContainerRect& viewFrame,
+                             TextureSize textureSize, double devicePixelRatio) {
   const Span x = onSurface(viewport.originX, viewport.width, viewFrame.origin.x,
                            viewFrame.size.width, textureSize.width, devicePixelRatio);
   const Span y = onSurface(viewport.originY, viewport.height, viewFrame.origin.y,

@@ -20,13 +20,13 @@ struct PassViewport {
 
 /// Up to 100 percent the view has the frame's size, and the viewport itself shrinks the picture.
 /// Above, the view is larger than its drawable and magnifies it, so that the viewport only shifts.
-PassViewport passViewport(int32_t zoom, Point viewLocation, TextureSize bitmapSize,
+PassViewport passViewport(int32_t zoom, ViewPoint viewLocation, TextureSize bitmapSize,
                           TextureSize textureSize);
 
 /// The same picture on the real surface, which covers the container and not the view: in device
 /// pixels from the container's top left corner, all four numbers whole. `viewFrame` is the view's
 /// place in the container, over which its drawable is stretched.
-Rect pictureOnSurface(const PassViewport& viewport, const Rect& viewFrame, TextureSize textureSize,
-                      double devicePixelRatio);
+SurfaceRect pictureOnSurface(const PassViewport& viewport, const ContainerRect& viewFrame,
+                             TextureSize textureSize, double devicePixelRatio);
 
 }  // namespace tessary

@@ -11,7 +11,7 @@ class PreviewViewLocationDelegate {
   /// The view was laid out anew: by a zoom, a resize, or the start of a preview.
   virtual void previewViewFrameDidChange() = 0;
   /// The user dragged the picture; `location` is where it lies now.
-  virtual void previewViewLocationDidChange(Point location) = 0;
+  virtual void previewViewLocationDidChange(ViewPoint location) = 0;
   /// Something other than the zoom slider chose the zoom.
   virtual void previewViewZoomDidChange() = 0;
 };

@@ -81,13 +81,13 @@ void ViewGeometry::windowDidResize() {
     return [origin](int32_t room) { return std::min(origin, double(room)); };
   };
   const Size container = host_.superviewFrameSize();
-  const Point origin = host_.bounds().origin;
+  const ViewPoint origin = host_.bounds().origin;
   apply(layOutAxis(container.width, _bitmapWidth, textureSize_.width, kept(origin.x)),
         layOutAxis(container.height, _bitmapHeight, textureSize_.height, kept(origin.y)));
   tellFrameDidChange();
 }
 
-void ViewGeometry::pan(Point click, Point screenPoint) {
+void ViewGeometry::pan(ScreenPoint click, ScreenPoint screenPoint) {
   const int32_t dx = truncateToInt32(screenPoint.x - click.x);
   const int32_t dy = truncateToInt32(screenPoint.y - click.y);
   const int32_t x = truncateToInt32(_viewLocation0.x - dx);
@@ -98,15 +98,15 @@ void ViewGeometry::pan(Point click, Point screenPoint) {
 }
 
 Size ViewGeometry::getMaxWindowSize() const {
-  const Rect window = host_.windowFrame();
+  const ScreenRect window = host_.windowFrame();
   // The screen's origin, menu bar and task bar are left out of account: meant.
   return {host_.screenFrame().size.width - truncateToInt32(window.origin.x),
           double(truncateToInt32(window.origin.y)) + truncateToInt32(window.size.height)};
 }
 
-Point ViewGeometry::convertPointFromSuperview(Point point) const {
-  const Point frame = host_.frame().origin;
-  const Point bounds = host_.bounds().origin;
+ViewPoint ViewGeometry::convertPointFromSuperview(ContainerPoint point) const {
+  const ContainerPoint frame = host_.frame().origin;
+  const ViewPoint bounds = host_.bounds().origin;
   return {point.x - frame.x + bounds.x, point.y - frame.y + bounds.y};
 }
 
@@ -121,7 +121,7 @@ void ViewGeometry::startPreview() {
   host_.setFrameSize(picture);
   host_.setBoundsSize(picture);
 
-  const Rect before = host_.windowFrame();
+  const ScreenRect before = host_.windowFrame();
   const double top = before.origin.y + before.size.height;
   const Size most = getMaxWindowSize();
   host_.setContentSize(

@@ -42,13 +42,13 @@ class ViewGeometry {
   TextureSize bitmapSize() const { return {_bitmapWidth, _bitmapHeight}; }
   /// Per axis, in view units: what is scrolled off the left (top) edge of a picture that overflows;
   /// minus the margin around one that fits.
-  Point viewLocation() const { return _viewLocation; }
+  ViewPoint viewLocation() const { return _viewLocation; }
   TextureSize textureSize() const { return textureSize_; }
-  Rect viewFrame() const { return host_.frame(); }
+  ContainerRect viewFrame() const { return host_.frame(); }
   /// Room for the window to the right of and below its present top left corner.
   Size getMaxWindowSize() const;
   /// A point of the container in the view's own coordinates.
-  Point convertPointFromSuperview(Point point) const;
+  ViewPoint convertPointFromSuperview(ContainerPoint point) const;
 
   /// Not owned; null for none.
   void setLocationDelegate(PreviewViewLocationDelegate* delegate) { _locationDelegate = delegate; }
@@ -66,7 +66,7 @@ class ViewGeometry {
   void beginPan() { _viewLocation0 = _viewLocation; }
   /// The mouse was pressed at `click` and is now at `screenPoint`, both in screen coordinates with
   /// y upwards. Tells the delegate if the picture had to move.
-  void pan(Point click, Point screenPoint);
+  void pan(ScreenPoint click, ScreenPoint screenPoint);
 
   /// Frames now have `size`: back to 100 percent, without a layout. `startPreview` follows.
   void frameSizeDidChange(TextureSize size);
@@ -95,11 +95,15 @@ class ViewGeometry {
   int32_t _zoom = kNoZoom;
   int32_t _bitmapWidth = 100;
   int32_t _bitmapHeight = 100;
-  Point _viewLocation;
-  Point _viewLocation0;
+  ViewPoint _viewLocation;
+  ViewPoint _viewLocation0;
 };
 
 /// Scale of a zoom step; 1.0 for any that is not among 0 to 5.
 float mapZoom(int32_t step);
+
+/// At 100 percent one view unit is one pixel of the frame, and the view's coordinates have the
+/// scroll position in them already: there, and there alone, a view point is an image point.
+constexpr ImagePoint imagePointAt100Percent(ViewPoint point) { return {point.x, point.y}; }
 
 }  // namespace tessary

@@ -17,23 +17,23 @@ class ViewHost {
   virtual Size superviewFrameSize() const = 0;
 
   /// Where the view lies in the container. It may reach beyond it on any side.
-  virtual Rect frame() const = 0;
+  virtual ContainerRect frame() const = 0;
   /// The view's own coordinates of that rectangle.
-  virtual Rect bounds() const = 0;
-  virtual void setFrame(const Rect& frame) = 0;
-  virtual void setBounds(const Rect& bounds) = 0;
+  virtual ViewRect bounds() const = 0;
+  virtual void setFrame(const ContainerRect& frame) = 0;
+  virtual void setBounds(const ViewRect& bounds) = 0;
   /// These two keep the origin.
   virtual void setFrameSize(Size size) = 0;
   virtual void setBoundsSize(Size size) = 0;
 
   /// With its title bar and edges.
-  virtual Rect windowFrame() const = 0;
+  virtual ScreenRect windowFrame() const = 0;
   /// The whole screen that the window is on.
-  virtual Rect screenFrame() const = 0;
+  virtual ScreenRect screenFrame() const = 0;
   /// Size of the window without title bar and edges. Which corner stays is the platform's matter.
   virtual void setContentSize(Size size) = 0;
   /// Moves the window's bottom left corner.
-  virtual void setFrameOrigin(Point origin) = 0;
+  virtual void setFrameOrigin(ScreenPoint origin) = 0;
 
   /// The picture's size on screen has changed: watch the mouse there.
   virtual void updateTrackingAreas() = 0;

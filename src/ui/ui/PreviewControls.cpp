@@ -95,7 +95,7 @@ void PreviewControls::zoomSliderAct() {
   showZoom();
 }
 
-void PreviewControls::previewViewLocationDidChange(Point location) {
+void PreviewControls::previewViewLocationDidChange(ViewPoint location) {
   setQuietly(*horizontalSlider, int(location.x));
   setQuietly(*verticalSlider, int(verticalSlider->maximum() - location.y));
 }
@@ -116,7 +116,7 @@ void PreviewControls::containerViewFrameDidChange() {
   horizontalSliderFrameDidChange();
   verticalSliderFrameDidChange();
   zoomSliderFrameDidChange();
-  const Point location = previewView_.viewLocation();
+  const ViewPoint location = previewView_.viewLocation();
   previewView_.offsetLocationTo(float(location.x), float(location.y));
   previewViewLocationDidChange(previewView_.viewLocation());
   const int top = container_.height() - 28;

@@ -18,7 +18,7 @@ class PreviewControls final : public QObject {
   /// Both must outlive it. The controls have no size until the first layout places them.
   PreviewControls(QWidget& container, PreviewView& previewView);
 
-  void previewViewLocationDidChange(Point location);
+  void previewViewLocationDidChange(ViewPoint location);
   void previewViewFrameDidChange();
   void previewViewZoomDidChange();
   void containerViewFrameDidChange();

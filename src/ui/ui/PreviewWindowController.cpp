@@ -151,7 +151,7 @@ void PreviewWindowController::preferencesDidChange() { previewView.preferencesDi
 
 void PreviewWindowController::previewViewFrameDidChange() { controls_.previewViewFrameDidChange(); }
 
-void PreviewWindowController::previewViewLocationDidChange(Point location) {
+void PreviewWindowController::previewViewLocationDidChange(ViewPoint location) {
   controls_.previewViewLocationDidChange(location);
 }
 

@@ -87,7 +87,7 @@ class PreviewWindowController final : public QObject,
 
   // PreviewViewLocationDelegate
   void previewViewFrameDidChange() override;
-  void previewViewLocationDidChange(Point location) override;
+  void previewViewLocationDidChange(ViewPoint location) override;
   void previewViewZoomDidChange() override;
 
   // CaptureDialogs

@@ -15,7 +15,7 @@ double desktopBottom() {
   return primary ? primary->geometry().y() + primary->geometry().height() : 0;
 }
 
-Rect turned(const QRect& rect) {
+ScreenRect turned(const QRect& rect) {
   return {{double(rect.x()), desktopBottom() - rect.y() - rect.height()},
           {double(rect.width()), double(rect.height())}};
 }
@@ -39,19 +39,19 @@ Size QtViewHost::superviewFrameSize() const {
   return {double(container_.width()), double(container_.height())};
 }
 
-void QtViewHost::setFrame(const Rect& frame) {
+void QtViewHost::setFrame(const ContainerRect& frame) {
   frame_ = frame;
   container_.update();
 }
 
-void QtViewHost::setBounds(const Rect& bounds) { bounds_ = bounds; }
+void QtViewHost::setBounds(const ViewRect& bounds) { bounds_ = bounds; }
 void QtViewHost::setFrameSize(Size size) { setFrame({frame_.origin, size}); }
 void QtViewHost::setBoundsSize(Size size) { bounds_.size = size; }
-Rect QtViewHost::windowFrame() const { return turned(window_.frameGeometry()); }
+ScreenRect QtViewHost::windowFrame() const { return turned(window_.frameGeometry()); }
 
-Rect QtViewHost::screenFrame() const {
+ScreenRect QtViewHost::screenFrame() const {
   const QScreen* screen = window_.screen();
-  return screen ? turned(screen->geometry()) : Rect{};
+  return screen ? turned(screen->geometry()) : ScreenRect{};
 }
 
 void QtViewHost::setContentSize(Size size) {
@@ -62,12 +62,12 @@ void QtViewHost::setContentSize(Size size) {
   window_.resize(grantedLength(wanted.width(), ratio), grantedLength(wanted.height(), ratio));
 }
 
-void QtViewHost::setFrameOrigin(Point origin) {
+void QtViewHost::setFrameOrigin(ScreenPoint origin) {
   const QRect frame = window_.frameGeometry();
   const QPoint topLeft(int(origin.x), int(desktopBottom() - origin.y - frame.height()));
   if (topLeft != frame.topLeft()) window_.move(topLeft);
 }
 
-Point QtViewHost::screenPoint(Point global) { return {global.x, desktopBottom() - global.y}; }
+ScreenPoint QtViewHost::screenPoint(double x, double y) { return {x, desktopBottom() - y}; }
 
 }  // namespace tessary

@@ -14,27 +14,27 @@ class QtViewHost final : public ViewHost {
   QtViewHost(QWidget& window, QWidget& container);
 
   Size superviewFrameSize() const override;
-  Rect frame() const override { return frame_; }
-  Rect bounds() const override { return bounds_; }
-  void setFrame(const Rect& frame) override;
-  void setBounds(const Rect& bounds) override;
+  ContainerRect frame() const override { return frame_; }
+  ViewRect bounds() const override { return bounds_; }
+  void setFrame(const ContainerRect& frame) override;
+  void setBounds(const ViewRect& bounds) override;
   void setFrameSize(Size size) override;
   void setBoundsSize(Size size) override;
-  Rect windowFrame() const override;
-  Rect screenFrame() const override;
+  ScreenRect windowFrame() const override;
+  ScreenRect screenFrame() const override;
   void setContentSize(Size size) override;
-  void setFrameOrigin(Point origin) override;
+  void setFrameOrigin(ScreenPoint origin) override;
   /// Nothing to do: the widget asks for the view's frame at each mouse event.
   void updateTrackingAreas() override {}
 
-  /// A point of the desktop in Qt's coordinates with y turned upwards.
-  static Point screenPoint(Point global);
+  /// A point of the desktop from Qt's coordinates with y turned upwards.
+  static ScreenPoint screenPoint(double x, double y);
 
  private:
   QWidget& window_;
   QWidget& container_;
-  Rect frame_{{0, 0}, {100, 100}};
-  Rect bounds_{{0, 0}, {100, 100}};
+  ContainerRect frame_{{0, 0}, {100, 100}};
+  ViewRect bounds_{{0, 0}, {100, 100}};
 };
 
 }  // namespace tessary

@@ -14,7 +14,7 @@ namespace tessary {
 void placeIn(QWidget& window, const QWidget& parent, double below) {
   window.adjustSize();
   const QRect frame = parent.frameGeometry();
-  const Point origin = placementIn(
+  const ScreenPoint origin = placementIn(
       {{double(frame.x()), double(frame.y())}, {double(frame.width()), double(frame.height())}},
       window.width(), below);
   window.move(int(origin.x), int(origin.y));

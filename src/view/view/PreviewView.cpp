@@ -118,7 +118,7 @@ void PreviewView::mouseMoved(const MouseLocation& location) {
   mouseWasHandled();
 }
 
-Point PreviewView::viewPoint(const MouseLocation& location) const {
+ViewPoint PreviewView::viewPoint(const MouseLocation& location) const {
   return geometry_.convertPointFromSuperview(location.container);
 }
 

@@ -31,8 +31,8 @@ namespace tessary {
 
 /// Where the mouse is: in the container (y downwards) and on the desktop (y upwards).
 struct MouseLocation {
-  Point container;
-  Point screen;
+  ContainerPoint container;
+  ScreenPoint screen;
 };
 
 /// The picture: owns one component for each thing that it is made of, and holds only the sequences
@@ -66,7 +66,7 @@ class PreviewView final : public CapturePicture {
   int32_t zoom() const { return geometry_.zoom(); }
   int32_t bitmapWidth() const { return geometry_.bitmapWidth(); }
   int32_t bitmapHeight() const { return geometry_.bitmapHeight(); }
-  Point viewLocation() const { return geometry_.viewLocation(); }
+  ViewPoint viewLocation() const { return geometry_.viewLocation(); }
   void setLocationDelegate(PreviewViewLocationDelegate* delegate);
   void zoomTo(int32_t step);
   void offsetLocationTo(float x, float y);
@@ -135,7 +135,7 @@ class PreviewView final : public CapturePicture {
   void overlayDidChange();
   /// After a mouse event, which may have changed the overlay, the pan, or neither.
   void mouseWasHandled();
-  Point viewPoint(const MouseLocation& location) const;
+  ViewPoint viewPoint(const MouseLocation& location) const;
   Overlay overlay() const;
   /// The composed picture, or the frame alone where nothing is composed or can be read back, which
   /// is told if something lies over it; 0 by 0 without a picture.

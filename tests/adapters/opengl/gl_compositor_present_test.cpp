@@ -15,21 +15,21 @@ class Host final : public ViewHost {
  public:
   Size container;
   Size superviewFrameSize() const override { return container; }
-  Rect frame() const override { return frame_; }
-  Rect bounds() const override { return bounds_; }
-  void setFrame(const Rect& rect) override { frame_ = rect; }
-  void setBounds(const Rect& rect) override { bounds_ = rect; }
+  ContainerRect frame() const override { return frame_; }
+  ViewRect bounds() const override { return bounds_; }
+  void setFrame(const ContainerRect& rect) override { frame_ = rect; }
+  void setBounds(const ViewRect& rect) override { bounds_ = rect; }
   void setFrameSize(Size size) override { frame_.size = size; }
   void setBoundsSize(Size size) override { bounds_.size = size; }
-  Rect windowFrame() const override { return {}; }
-  Rect screenFrame() const override { return {}; }
+  ScreenRect windowFrame() const override { return {}; }
+  ScreenRect screenFrame() const override { return {}; }
   void setContentSize(Size) override {}
-  void setFrameOrigin(Point) override {}
+  void setFrameOrigin(ScreenPoint) override {}
   void updateTrackingAreas() override {}
 
  private:
-  Rect frame_;
-  Rect bounds_;
+  ContainerRect frame_;
+  ViewRect bounds_;
 };
 
 class GlPresent : public GlTest {
@@ -65,7 +65,7 @@ class GlPresent : public GlTest {
 Pixel onScreen(const Pixel& bgra) { return {{bgra.bytes[2], bgra.bytes[1], bgra.bytes[0], 255}}; }
 
 /// The first pixel of `surface` that is not clear colour outside of `picture`.
-std::string paintedOutside(const Surface& surface, const Rect& picture) {
+std::string paintedOutside(const Surface& surface, const SurfaceRect& picture) {
   for (int32_t y = 0; y < surface.size().height; ++y) {
     for (int32_t x = 0; x < surface.size().width; ++x) {
       if (!contains(picture, {double(x), double(y)}) && !isClearColor(surface.at(x, y))) {
@@ -78,7 +78,7 @@ std::string paintedOutside(const Surface& surface, const Rect& picture) {
 
 /// The first pixel that is not `expected(x, y)` where `picture` lies on `surface`.
 template <typename Expected>
-std::string wrongInside(const Surface& surface, const Rect& picture, Expected expected) {
+std::string wrongInside(const Surface& surface, const SurfaceRect& picture, Expected expected) {
   for (int32_t y = 0; y < surface.size().height; ++y) {
     for (int32_t x = 0; x < surface.size().width; ++x) {
       if (contains(picture, {double(x), double(y)}) && surface.at(x, y) != expected(x, y)) {
@@ -94,8 +94,8 @@ std::string wrongInside(const Surface& surface, const Rect& picture, Expected ex
 TEST_F(GlPresent, AtHundredPercentEveryPixelIsTheFramesAndItsTopIsUp) {
   struct Row {
     Size container;
-    Point pan;
-    Rect picture;
+    ViewPoint pan;
+    SurfaceRect picture;
   };
   const Row table[] = {
       {{640, 480}, {0, 0}, {{0, 0}, {640, 480}}},            // just fits
@@ -128,7 +128,7 @@ TEST_F(GlPresent, EveryZoomStepPutsThePictureWhereItBelongsWithGreyAround) {
     int32_t step;
     TextureSize surface;
     double ratio;
-    Rect picture;
+    SurfaceRect picture;
   };
   // 640 by 480.
   const Row table[] = {
@@ -319,9 +319,10 @@ TEST_F(GlPresent, APictureFarBeyondTheSurfaceIsHarmless) {
   compositor.initBufferResources({640, 480});
   compositor.compose(plainFrame({640, 480}, {{255, 255, 255, 255}}), {}, {});
   Surface surface({100, 80});
-  for (const Rect picture :
-       {Rect{{1e12, 0}, {640, 480}}, Rect{{-1e12, -5}, {640, 480}}, Rect{{100, 0}, {640, 480}},
-        Rect{{0, -480}, {640, 480}}, Rect{{0, 0}, {0, 0}}}) {
+  for (const SurfaceRect picture :
+       {SurfaceRect{{1e12, 0}, {640, 480}}, SurfaceRect{{-1e12, -5}, {640, 480}},
+        SurfaceRect{{100, 0}, {640, 480}}, SurfaceRect{{0, -480}, {640, 480}},
+        SurfaceRect{{0, 0}, {0, 0}}}) {
     surface.bind();
     compositor.present(picture, surface.size());
     surface.read();

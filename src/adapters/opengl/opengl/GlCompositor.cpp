@@ -161,7 +161,7 @@ struct GlCompositor::Programs {
     glDrawArrays(GL_POINTS, GLint(lines.size()), GLsizei(points.size()));
   }
 
-  void drawPicture(const Picture& source, const Rect& picture, TextureSize surface) const {
+  void drawPicture(const Picture& source, const SurfaceRect& picture, TextureSize surface) const {
     const TextureSize size = source.size;
     // Also kept off the far side of 32 bits: only what lies on the surface counts.
     const double left = std::clamp(picture.origin.x, 0.0, double(surface.width));
@@ -242,7 +242,7 @@ void GlCompositor::compose(const PixelBuffer& frame, std::span<const PointVertex
   programs_->drawOverlay(*picture_, lines, points);
 }
 
-void GlCompositor::present(const Rect& picture, TextureSize surface) {
+void GlCompositor::present(const SurfaceRect& picture, TextureSize surface) {
   const GlStateGuard guard;
   glViewport(0, 0, surface.width, surface.height);
   glClearColor(0.1F, 0.1F, 0.1F, 1.0F);

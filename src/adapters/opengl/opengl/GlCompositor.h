@@ -30,7 +30,7 @@ class GlCompositor final : public Compositor {
   void compose(const PixelBuffer& frame, std::span<const PointVertex> lines,
                std::span<const PointVertex> points) override;
   /// Without resources, only clears.
-  void present(const Rect& picture, TextureSize surface) override;
+  void present(const SurfaceRect& picture, TextureSize surface) override;
   bool readBack(PixelBuffer& target) override;
 
  private:
