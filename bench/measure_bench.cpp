@@ -65,7 +65,7 @@ struct Desk {
     preferences.font = {26};
     geometry.frameSizeDidChange(texture);
     geometry.zoomTo(-1);
-    calibration.setCalibration(3.7f, kUnitMillimetre);
+    context.calibration.setCalibration(3.7f, kUnitMillimetre);
     const auto count = int32_t(state.range(0));
     for (int32_t i = 0; i < count; ++i) {
       shapes._opr1 = kOprLine;
@@ -74,7 +74,7 @@ struct Desk {
       mouse.mouseDragged({from.x + 100, from.y + 30}, {});
       mouse.mouseUp({from.x + 100, from.y + 30});
     }
-    state.counters["points"] = double(totalPoints.count);
+    state.counters["points"] = double(context._totalPoints.count);
   }
 
   bool isReal;
@@ -89,12 +89,7 @@ struct Desk {
   BlockRasterizer blocks;
   QtTextRasterizer letters;
   TextRasterizer& rasterizer = isReal ? static_cast<TextRasterizer&>(letters) : blocks;
-  Calibration calibration;
-  LinePrimitives lines{texture};
-  TextPrimitives text{rasterizer, preferences, texture};
-  MyDataArray<PointVertex> totalLines;
-  MyDataArray<PointVertex> totalPoints;
-  OverlayContext context{preferences, texture, calibration, lines, text, totalLines, totalPoints};
+  OverlayContext context{preferences, texture, rasterizer};
   CalibrationLine calibrationLine{context};
   Scale scale{context, calibrationLine};
   ShapeList shapes{context};

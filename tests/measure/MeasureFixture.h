@@ -190,12 +190,12 @@ struct Desk {
   CountingDelegate delegate;
   ViewGeometry geometry{host, texture};
   DottedRasterizer rasterizer;
-  Calibration calibration;
-  LinePrimitives lines{texture};
-  TextPrimitives text{rasterizer, preferences, texture};
-  Vertices totalLines;
-  Vertices totalPoints;
-  OverlayContext context{preferences, texture, calibration, lines, text, totalLines, totalPoints};
+  OverlayContext context{preferences, texture, rasterizer};
+  Calibration& calibration = context.calibration;
+  const LinePrimitives& lines = context.lines;
+  TextPrimitives& text = context.text;
+  Vertices& totalLines = context._totalLines;
+  Vertices& totalPoints = context._totalPoints;
   CalibrationLine calibrationLine{context};
   Scale scale{context, calibrationLine};
   ShapeList shapes{context};

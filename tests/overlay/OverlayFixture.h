@@ -17,7 +17,7 @@
 
 namespace tessary::test {
 
-/// The overlay's parts, wired as the view wires them.
+/// What the overlay is drawn with and into, and the two parts of it that need nothing else.
 class OverlayTest : public testing::Test {
  protected:
   OverlayTest() {
@@ -33,12 +33,12 @@ class OverlayTest : public testing::Test {
   Preferences preferences{defaults, grants};
   TextureSize size{640, 480};
   FakeRasterizer rasterizer;
-  Calibration calibration;
-  LinePrimitives lines{size};
-  TextPrimitives text{rasterizer, preferences, size};
-  Vertices _totalLines;
-  Vertices _totalPoints;
-  OverlayContext context{preferences, size, calibration, lines, text, _totalLines, _totalPoints};
+  OverlayContext context{preferences, size, rasterizer};
+  Calibration& calibration = context.calibration;
+  const LinePrimitives& lines = context.lines;
+  TextPrimitives& text = context.text;
+  Vertices& _totalLines = context._totalLines;
+  Vertices& _totalPoints = context._totalPoints;
   CalibrationLine calibrationLine{context};
   Scale scale{context, calibrationLine};
 

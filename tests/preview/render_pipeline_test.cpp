@@ -75,7 +75,7 @@ struct Fixture {
   FrameRing ring;
   RecordingCompositor compositor;
   RenderPipeline pipeline{ring, compositor};
-  Overlay overlay;
+  OverlayVertices overlay;
 };
 
 TEST(RenderPipeline, DrawsNothingBeforeTheFirstFrame) {
@@ -117,10 +117,7 @@ TEST(RenderPipeline, ComposesAFrozenPictureAgainWhenTheOverlayChanged) {
   f.draw();
   f.compositor.calls.clear();
   const std::vector<PointVertex> vertices(6);
-  f.overlay = {std::span(vertices).first(4), std::span(vertices).last(2)};
-  EXPECT_TRUE(f.draw());  // not told of it yet
-  EXPECT_THAT(f.compositor.takeCalls(), ElementsAre("present 80,60 640x480"));
-  f.pipeline.overlayDidChange();
+  f.overlay = {std::span(vertices).first(4), std::span(vertices).last(2), 7};
   EXPECT_TRUE(f.draw());
   EXPECT_THAT(f.compositor.takeCalls(),
               ElementsAre("compose 1 lines 4 points 2", "present 80,60 640x480"));

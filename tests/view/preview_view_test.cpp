@@ -301,6 +301,38 @@ TEST_F(PreviewViewTest, ATickWithoutAnythingNewComposesNothing) {
   EXPECT_EQ(compositor.presented.size(), before + 2);
 }
 
+TEST_F(PreviewViewTest, TheMouseComposesWhatItChangesAndNothingElse) {
+  show({640, 480});
+  view.changeOperation(kOprLine);
+  view.mouseDown(at(100, 100));
+  view.mouseDragged(at(200, 100));
+  view.mouseUp(at(200, 100));
+  draw();
+  struct Row {
+    double x, y;
+    bool changes;
+  };
+  const Row moves[] = {
+      {300, 300, false}, {301, 300, false},  // beside the line
+      {100, 100, true},  {102, 101, false},  // onto its handle, and on it
+      {300, 300, true},  {300, 301, false},  // off again
+  };
+  for (const Row& row : moves) {
+    SCOPED_TRACE(::testing::Message() << row.x << ", " << row.y);
+    compositor.composed.clear();
+    displays = 0;
+    view.mouseMoved(at(row.x, row.y));
+    EXPECT_EQ(displays, row.changes);
+    draw();
+    EXPECT_EQ(compositor.composed.size(), row.changes);
+  }
+  compositor.composed.clear();
+  view.mouseDown(at(300, 300));  // selects nothing, as before
+  view.mouseUp(at(300, 300));
+  draw();
+  EXPECT_THAT(compositor.composed, IsEmpty());
+}
+
 TEST_F(PreviewViewTest, TheCalibrationLineHidesReticleAndShapesUntilItEnds) {
   show({640, 480});
   view.changeScale(2);

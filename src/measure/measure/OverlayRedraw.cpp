@@ -5,6 +5,7 @@ namespace tessary {
 void OverlayRedraw::redrawLinesAndPoints() {
   context_._totalLines.count = 0;
   context_._totalPoints.count = 0;
+  context_.totalListsDidChange();
   if (calibrationLine_.isShown()) {
     calibrationLine_.drawCalibrationLine();
     shapes_.totalListsWereTaken();

@@ -10,7 +10,7 @@ namespace tessary {
 /// The full rebuild of everything that lies over the picture. Main thread.
 class OverlayRedraw {
  public:
-  OverlayRedraw(const OverlayContext& context, Scale& scale, const CalibrationLine& calibrationLine,
+  OverlayRedraw(OverlayContext& context, Scale& scale, const CalibrationLine& calibrationLine,
                 ShapeList& shapes)
       : context_(context), scale_(scale), calibrationLine_(calibrationLine), shapes_(shapes) {}
 
@@ -19,7 +19,7 @@ class OverlayRedraw {
   void redrawLinesAndPoints();
 
  private:
-  OverlayContext context_;
+  OverlayContext& context_;
   Scale& scale_;
   const CalibrationLine& calibrationLine_;
   ShapeList& shapes_;

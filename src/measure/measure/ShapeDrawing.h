@@ -17,8 +17,7 @@ namespace tessary {
 /// divided, and are rounded by the label's format alone. Main thread.
 class ShapeDrawing {
  public:
-  ShapeDrawing(const OverlayContext& context, ShapeState& state)
-      : context_(context), state_(state) {}
+  ShapeDrawing(OverlayContext& context, ShapeState& state) : context_(context), state_(state) {}
 
   /// Empties the shape's two lists and draws it by its type. An unknown type draws nothing.
   void drawShapeItem(int32_t index);
@@ -58,7 +57,7 @@ class ShapeDrawing {
   /// Three lines, from `text_`, `text2_` and `text3_`.
   void addLabel3(SHAPE& shape, ImagePoint anchor);
 
-  OverlayContext context_;
+  OverlayContext& context_;
   ShapeState& state_;
   // Kept from label to label, so that a redraw allocates nothing.
   std::string text_;

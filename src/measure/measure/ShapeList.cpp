@@ -51,6 +51,7 @@ void ShapeList::redrawSelectedShape(int32_t index) {
   context_._totalLines.replace(lines.data, lines.pos, lines.count, oldLines);
   context_._totalPoints.replace(points.data, points.pos, points.count, oldPoints);
   moveRunsBehind(index, lines.count - oldLines, points.count - oldPoints);
+  context_.totalListsDidChange();
 }
 
 void ShapeList::redrawDeletingShape(int32_t index) {
@@ -65,6 +66,7 @@ void ShapeList::redrawDeletingShape(int32_t index) {
     context_._totalLines.count = _shapes.front().lineVertices.pos;
     context_._totalPoints.count = _shapes.front().pointVertices.pos;
   }
+  context_.totalListsDidChange();
 }
 
 void ShapeList::moveRunsBehind(int32_t index, int32_t lines, int32_t points) {

@@ -21,7 +21,7 @@ namespace tessary {
 /// thread.
 class ShapeList : public ShapeState {
  public:
-  explicit ShapeList(const OverlayContext& context) : context_(context), drawing_(context, *this) {}
+  explicit ShapeList(OverlayContext& context) : context_(context), drawing_(context, *this) {}
   ShapeList(const ShapeList&) = delete;
   ShapeList& operator=(const ShapeList&) = delete;
 
@@ -61,7 +61,7 @@ class ShapeList : public ShapeState {
   /// Moves the runs behind shape `index` by so many vertices.
   void moveRunsBehind(int32_t index, int32_t lines, int32_t points);
 
-  OverlayContext context_;
+  OverlayContext& context_;
   ShapeDrawing drawing_;
   bool holdsTotalLists_ = true;
 };

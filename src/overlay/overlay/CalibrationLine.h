@@ -22,7 +22,7 @@ inline constexpr int32_t kOprCalibrationRight = 52;
 /// Lengths are video pixels. Main thread.
 class CalibrationLine {
  public:
-  explicit CalibrationLine(const OverlayContext& context) : context_(context) {}
+  explicit CalibrationLine(OverlayContext& context) : context_(context) {}
 
   bool isShown() const { return _showCalibrationLine != 0; }
   int32_t calibrationLineLen() const { return _calibrationLineLen; }
@@ -66,7 +66,7 @@ class CalibrationLine {
  private:
   ImageRect handleArea(int32_t x) const;
 
-  OverlayContext context_;
+  OverlayContext& context_;
 };
 
 }  // namespace tessary

@@ -20,7 +20,7 @@ constexpr double kIdealStep = 100.0;  // pixels
 /// One drawing of one reticle. W, H and their integer halves are video pixels.
 class ReticleDrawing {
  public:
-  ReticleDrawing(const OverlayContext& context, int32_t kind)
+  ReticleDrawing(OverlayContext& context, int32_t kind)
       : context_(context),
         kind_(kind),
         color_(LinePrimitives::mtlColorFromColor(context.preferences.gridColor)),
@@ -144,7 +144,7 @@ class ReticleDrawing {
     return truncateToInt32(static_cast<double>(offset) + 0.5);
   }
 
-  const OverlayContext& context_;
+  OverlayContext& context_;
   const int32_t kind_;
   const VertexColor color_;
   const int32_t W;

@@ -13,7 +13,7 @@ namespace tessary {
 /// pixels. Everything is in video pixels and so independent of the zoom. Main thread.
 class Scale {
  public:
-  Scale(const OverlayContext& context, const CalibrationLine& calibrationLine)
+  Scale(OverlayContext& context, const CalibrationLine& calibrationLine)
       : context_(context), calibrationLine_(calibrationLine) {}
 
   int32_t getCurrScale() const { return _scaleType; }
@@ -38,7 +38,7 @@ class Scale {
  private:
   void drawReticle(int32_t kind);
 
-  OverlayContext context_;
+  OverlayContext& context_;
   const CalibrationLine& calibrationLine_;
 };
 

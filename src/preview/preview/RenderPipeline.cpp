@@ -25,20 +25,20 @@ void RenderPipeline::prepareResources(const FrameRing::Newest& newest) {
   madeOrFailed_ = true;
 }
 
-bool RenderPipeline::composeNow(const Overlay& overlay) {
+bool RenderPipeline::composeNow(const OverlayVertices& overlay) {
   const FrameRing::Newest newest = ring_.newest();
   prepareResources(newest);
   if (!newest.frame || !compositor_.hasBufferResources()) return false;
-  if (newest.sequence != composedSequence_ || overlayChanged_) {
+  if (newest.sequence != composedSequence_ || overlay.revision != composedRevision_) {
     compositor_.compose(*newest.frame, overlay.lines, overlay.points);
     composedSequence_ = newest.sequence;
     composedSize_ = newest.frame->size();
-    overlayChanged_ = false;
+    composedRevision_ = overlay.revision;
   }
   return true;
 }
 
-bool RenderPipeline::drawInView(const ViewGeometry& geometry, const Overlay& overlay,
+bool RenderPipeline::drawInView(const ViewGeometry& geometry, const OverlayVertices& overlay,
                                 TextureSize surface, double devicePixelRatio) {
   // Also when nothing can be presented: a still has to find the current picture.
   if (!composeNow(overlay)) return false;

@@ -1,21 +1,14 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 
 #include "base/PixelBuffer.h"
-#include "base/PointVertex.h"
 #include "platform/Compositor.h"
 #include "preview/FrameRing.h"
+#include "preview/OverlayVertices.h"
 #include "preview/ViewGeometry.h"
 
 namespace tessary {
-
-/// Everything that is drawn over the picture, in the frame's own pixel grid.
-struct Overlay {
-  std::span<const PointVertex> lines;
-  std::span<const PointVertex> points;
-};
 
 /// Turns the newest frame and the overlay into the picture on screen, once a display tick.
 ///
@@ -32,16 +25,14 @@ class RenderPipeline {
   /// Both have to outlive the pipeline.
   RenderPipeline(FrameRing& ring, Compositor& compositor) : ring_(ring), compositor_(compositor) {}
 
-  /// The overlay differs from the one composed last. Needs no context.
-  void overlayDidChange() { overlayChanged_ = true; }
   /// Composes if the frame or the overlay changed, then draws the result to the framebuffer bound
   /// now, `surface` device pixels large, over the whole container. False, and nothing drawn,
   /// without a picture, with one smaller than 640 by 480, or when `geometry` does not know the
   /// frames' size yet.
-  bool drawInView(const ViewGeometry& geometry, const Overlay& overlay, TextureSize surface,
+  bool drawInView(const ViewGeometry& geometry, const OverlayVertices& overlay, TextureSize surface,
                   double devicePixelRatio);
   /// Composes if anything changed, without drawing to the screen. Whether there is a picture.
-  bool composeNow(const Overlay& overlay);
+  bool composeNow(const OverlayVertices& overlay);
   /// Size of the composed picture, 0 by 0 if there is none. Needs no context.
   TextureSize composedSize() const { return composedSize_; }
   /// Copies the composed picture into `target`, of `composedSize`. False when there is none.
@@ -59,8 +50,8 @@ class RenderPipeline {
 
   uint64_t preparedRun_ = 0;
   bool madeOrFailed_ = false;  // one attempt for each run
-  bool overlayChanged_ = true;
   uint64_t composedSequence_ = 0;  // 0: nothing composed; the ring counts from 1
+  uint64_t composedRevision_ = 0;  // of the overlay
   TextureSize composedSize_;
 };
 

@@ -5,10 +5,6 @@
 namespace tessary {
 namespace {
 
-std::span<const PointVertex> vertices(const MyDataArray<PointVertex>& store) {
-  return {store.data, size_t(store.count)};
-}
-
 bool isComposed(TextureSize size) {
   return size.width >= RenderPipeline::kSmallestFrame.width &&
          size.height >= RenderPipeline::kSmallestFrame.height;
@@ -46,7 +42,7 @@ void PreviewView::changeScale(int32_t scaleType) {
 }
 
 void PreviewView::setCalibration(float pixelsPerUnit, int32_t unit) {
-  calibration_.setCalibration(pixelsPerUnit, unit);
+  overlay_.calibration.setCalibration(pixelsPerUnit, unit);
   scale_.calcGridPixelsAndLen();
   zoomTo(kZoom100);
   redrawLinesAndPoints();
@@ -72,66 +68,55 @@ void PreviewView::changeOperation(int32_t op) {
 
 void PreviewView::setInputText(const std::string& text) {
   shapes_.setInputText(text);
-  overlayDidChange();
+  surroundings_.setNeedsDisplay();
 }
 
 void PreviewView::removeSelectedShape() {
   shapes_.removeSelectedShape();
-  overlayDidChange();
+  surroundings_.setNeedsDisplay();
 }
 
 void PreviewView::removeLastShape() {
   shapes_.removeLastShape();
-  overlayDidChange();
+  surroundings_.setNeedsDisplay();
 }
 
 void PreviewView::removeAllShapes() {
   shapes_.removeAllShapes();
-  overlayDidChange();
+  surroundings_.setNeedsDisplay();
 }
 
 void PreviewView::redrawLinesAndPoints() {
   overlayRedraw_.redrawLinesAndPoints();
-  overlayDidChange();
+  surroundings_.setNeedsDisplay();
 }
 
 bool PreviewView::mouseDown(const MouseLocation& location) {
   if (!contains(geometry_.viewFrame(), location.container)) return false;
   mouse_.mouseDown(viewPoint(location), location.screen);
-  mouseWasHandled();
+  surroundings_.setNeedsDisplay();
   return true;
 }
 
 void PreviewView::mouseUp(const MouseLocation& location) {
   mouse_.mouseUp(viewPoint(location));
-  mouseWasHandled();
+  surroundings_.setNeedsDisplay();
 }
 
 void PreviewView::mouseDragged(const MouseLocation& location) {
   mouse_.mouseDragged(viewPoint(location), location.screen);
-  mouseWasHandled();
+  surroundings_.setNeedsDisplay();
 }
 
 void PreviewView::mouseMoved(const MouseLocation& location) {
   if (!contains(geometry_.viewFrame(), location.container)) return;
+  const uint64_t before = overlay_.revision;
   mouse_.mouseMoved(viewPoint(location));
-  mouseWasHandled();
+  if (overlay_.revision != before) surroundings_.setNeedsDisplay();
 }
 
 ViewPoint PreviewView::viewPoint(const MouseLocation& location) const {
   return geometry_.convertPointFromSuperview(location.container);
-}
-
-void PreviewView::mouseWasHandled() {
-  if (shapes_._shapes.empty() && !calibrationLine_.isShown())
-    surroundings_.setNeedsDisplay();
-  else
-    overlayDidChange();
-}
-
-void PreviewView::overlayDidChange() {
-  pipeline_.overlayDidChange();
-  surroundings_.setNeedsDisplay();
 }
 
 void PreviewView::updateVideoFrame(const SampleBuffer& frame) {
@@ -159,7 +144,7 @@ void PreviewView::frameSizeDidChange() {
 void PreviewView::stopPreview() {
   _cvTextureSize = {};
   geometry_.stopPreview();
-  calibration_._pixelsPerUnit = kUncalibrated;
+  overlay_.calibration._pixelsPerUnit = kUncalibrated;
   calibrationLine_._showCalibrationLine = 0;
   ring_.clear();
   surroundings_.setNeedsDisplay();
@@ -174,13 +159,15 @@ void PreviewView::wakeUp() {
   });
 }
 
-Overlay PreviewView::overlay() const { return {vertices(_totalLines), vertices(_totalPoints)}; }
+OverlayVertices PreviewView::overlayVertices() const {
+  return {overlay_._totalLines.elements(), overlay_._totalPoints.elements(), overlay_.revision};
+}
 
 std::shared_ptr<const PixelBuffer> PreviewView::currentPicture() {
   // By the size that is composed: the layout for a new one may not have come yet.
   std::shared_ptr<PixelBuffer> picture;
   surroundings_.withGraphicsContext([&] {
-    if (!pipeline_.composeNow(overlay())) return;
+    if (!pipeline_.composeNow(overlayVertices())) return;
     picture = std::make_shared<PixelBuffer>(pipeline_.composedSize());
     if (!pipeline_.readBack(*picture)) picture = nullptr;
   });
@@ -190,7 +177,7 @@ std::shared_ptr<const PixelBuffer> PreviewView::currentPicture() {
   }
   FrameRing::Frame frame = ring_.newest().frame;
   if (!frame) return std::make_shared<PixelBuffer>(TextureSize{});
-  if (_totalLines.count > 0 || _totalPoints.count > 0) {
+  if (overlay_._totalLines.count > 0 || overlay_._totalPoints.count > 0) {
     surroundings_.failures.failed(
         Failure::OverlayLeftOut,
         isComposed(frame->size())
@@ -214,7 +201,7 @@ void PreviewView::startRecord(const std::string& file,
 }
 
 bool PreviewView::drawInView(TextureSize surface, double devicePixelRatio) {
-  return pipeline_.drawInView(geometry_, overlay(), surface, devicePixelRatio);
+  return pipeline_.drawInView(geometry_, overlayVertices(), surface, devicePixelRatio);
 }
 
 }  // namespace tessary

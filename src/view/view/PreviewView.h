@@ -77,7 +77,7 @@ class PreviewView final : public CapturePicture {
   void changeScale(int32_t scaleType) override;
   void setCalibration(float pixelsPerUnit, int32_t unit) override;
   /// The calibration in force; negative for none.
-  float pixelsPerUnit() const { return calibration_._pixelsPerUnit; }
+  float pixelsPerUnit() const { return overlay_.calibration._pixelsPerUnit; }
   void startCalibration();
   void stopCalibration() override;
   /// Length of the calibration line in video pixels.
@@ -131,12 +131,8 @@ class PreviewView final : public CapturePicture {
  private:
   /// Main-thread half of a new frame size: fits view and window to it.
   void frameSizeDidChange();
-  /// What lies over the picture has changed: the next tick composes it anew.
-  void overlayDidChange();
-  /// After a mouse event, which may have changed the overlay, the pan, or neither.
-  void mouseWasHandled();
   ViewPoint viewPoint(const MouseLocation& location) const;
-  Overlay overlay() const;
+  OverlayVertices overlayVertices() const;
   /// The composed picture, or the frame alone where nothing is composed or can be read back, which
   /// is told if something lies over it; 0 by 0 without a picture.
   std::shared_ptr<const PixelBuffer> currentPicture();
@@ -156,18 +152,7 @@ class PreviewView final : public CapturePicture {
   Recording recording_{surroundings_.makeAssetWriter, surroundings_.mainQueue,
                        surroundings_.failures};
 
-  MyDataArray<PointVertex> _totalLines;
-  MyDataArray<PointVertex> _totalPoints;
-  Calibration calibration_;
-  LinePrimitives lines_{_cvTextureSize};
-  TextPrimitives text_{surroundings_.textRasterizer, surroundings_.preferences, _cvTextureSize};
-  OverlayContext overlay_{surroundings_.preferences,
-                          _cvTextureSize,
-                          calibration_,
-                          lines_,
-                          text_,
-                          _totalLines,
-                          _totalPoints};
+  OverlayContext overlay_{surroundings_.preferences, _cvTextureSize, surroundings_.textRasterizer};
   CalibrationLine calibrationLine_{overlay_};
   Scale scale_{overlay_, calibrationLine_};
   ShapeList shapes_{overlay_};

@@ -46,7 +46,7 @@ class GlPresent : public GlTest {
     }
     ring.push(std::move(frame));
   }
-  bool draw(Surface& surface, double ratio = 1.0, const Overlay& overlay = {}) {
+  bool draw(Surface& surface, double ratio = 1.0, const OverlayVertices& overlay = {}) {
     surface.bind();
     const bool drawn = pipeline.drawInView(geometry, overlay, surface.size(), ratio);
     surface.read();
@@ -212,15 +212,15 @@ TEST_F(GlPresent, AThinLineIsNeverLostHoweverSmallThePicture) {
   const TextureSize size{640, 480};
   host.container = {640, 480};
   show(std::make_shared<PixelBuffer>(plainFrame(size, {{0, 0, 0, 255}})));
+  uint64_t revision = 0;
   for (const int32_t step : {0, 1}) {
     for (int32_t column = 100; column < 110; ++column) {
       const std::vector<PointVertex> line{vertexAt(size, column, 0, {1, 1, 1, 1}),
                                           vertexAt(size, column, 479, {1, 1, 1, 1})};
-      pipeline.overlayDidChange();
       geometry.zoomTo(-1);
       geometry.zoomTo(step);
       Surface surface({640, 480});
-      ASSERT_TRUE(draw(surface, 1.0, {line, {}}));
+      ASSERT_TRUE(draw(surface, 1.0, {line, {}, ++revision}));
       int light = 0;
       for (int32_t x = 0; x < 640; ++x) {
         if (!isClearColor(surface.at(x, 240))) light += surface.at(x, 240).bytes[0];
