@@ -15,9 +15,7 @@
 #include "MemoryKeyValueStore.h"
 #include "NoGrants.h"
 #include "base/Log.h"
-#include "measure/MouseInteraction.h"
-#include "measure/OverlayRedraw.h"
-#include "measure/ShapeList.h"
+#include "measure/Overlay.h"
 #include "qt/QtTextRasterizer.h"
 #include "settings/Preferences.h"
 
@@ -65,16 +63,16 @@ struct Desk {
     preferences.font = {26};
     geometry.frameSizeDidChange(texture);
     geometry.zoomTo(-1);
-    context.calibration.setCalibration(3.7f, kUnitMillimetre);
+    overlay.setCalibration(3.7f, kUnitMillimetre);
     const auto count = int32_t(state.range(0));
     for (int32_t i = 0; i < count; ++i) {
-      shapes._opr1 = kOprLine;
+      tool._opr1 = kOprLine;
       const ImagePoint from{50.0 + i % 12 * 150, 60.0 + i / 12 % 20 * 50};
       mouse.mouseDown({from.x, from.y}, {});
       mouse.mouseDragged({from.x + 100, from.y + 30}, {});
       mouse.mouseUp({from.x + 100, from.y + 30});
     }
-    state.counters["points"] = double(context._totalPoints.count);
+    state.counters["points"] = double(overlay.context._totalPoints.count);
   }
 
   bool isReal;
@@ -89,17 +87,15 @@ struct Desk {
   BlockRasterizer blocks;
   QtTextRasterizer letters;
   TextRasterizer& rasterizer = isReal ? static_cast<TextRasterizer&>(letters) : blocks;
-  OverlayContext context{preferences, texture, rasterizer};
-  CalibrationLine calibrationLine{context};
-  Scale scale{context, calibrationLine};
-  ShapeList shapes{context};
-  OverlayRedraw overlay{context, scale, calibrationLine, shapes};
-  MouseInteraction mouse{shapes, calibrationLine, geometry, host, overlay};
+  Overlay overlay{preferences, texture, rasterizer, geometry};
+  ToolState& tool = overlay.tool;
+  ShapeList& shapes = overlay.shapes;
+  MouseInteraction& mouse = overlay.mouse;
 };
 
 void redrawSelectedShape(benchmark::State& state) {
   Desk desk(state);
-  desk.shapes._iSelectedShape = 0;
+  desk.tool._iSelectedShape = 0;
   for ([[maybe_unused]] auto _ : state) desk.shapes.redrawSelectedShape(0);
 }
 
@@ -112,13 +108,13 @@ void dragAShape(benchmark::State& state) {
     x = x < 200 ? x + 1 : 0;
     desk.mouse.mouseDragged({50 + x, 60}, {x, 0});
   }
-  if (desk.shapes._iSelectedShape != 0) state.SkipWithError("no shape was selected");
+  if (desk.tool._iSelectedShape != 0) state.SkipWithError("no shape was selected");
 }
 
 /// Drawing a line out: its label changes its width with every event.
 void drawAShape(benchmark::State& state) {
   Desk desk(state);
-  desk.shapes._opr1 = kOprLine;
+  desk.tool._opr1 = kOprLine;
   desk.mouse.mouseDown({900, 500}, {});
   double x = 0;
   for ([[maybe_unused]] auto _ : state) {
@@ -139,8 +135,7 @@ void hoverAShape(benchmark::State& state) {
 
 void redrawLinesAndPoints(benchmark::State& state) {
   Desk desk(state);
-  desk.scale.changeScale(kScaleCrosshair);
-  desk.scale.calcGridPixelsAndLen();
+  desk.overlay.changeScale(kScaleCrosshair);
   for ([[maybe_unused]] auto _ : state) desk.overlay.redrawLinesAndPoints();
 }
 

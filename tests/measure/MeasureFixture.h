@@ -16,11 +16,7 @@
 #include "MemoryKeyValueStore.h"
 #include "NoGrants.h"
 #include "base/Log.h"
-#include "measure/MouseInteraction.h"
-#include "measure/OverlayRedraw.h"
-#include "measure/ShapeList.h"
-#include "overlay/CalibrationLine.h"
-#include "overlay/Scale.h"
+#include "measure/Overlay.h"
 #include "preview/ViewGeometry.h"
 #include "settings/Preferences.h"
 
@@ -109,35 +105,10 @@ struct Desk {
     geometry.zoomTo(-1);
   }
 
-  void calibrate(float pixelsPerUnit, int32_t unit = kUnitMillimetre) {
-    calibration.setCalibration(pixelsPerUnit, unit);
-    scale.calcGridPixelsAndLen();
-    geometry.zoomTo(2);
-    overlay.redrawLinesAndPoints();
-  }
-  void changeOperation(int32_t op) {
-    shapes.changeOperation(op);
-    geometry.zoomTo(2);
-  }
-  void changeScale(int32_t scaleType) {
-    scale.changeScale(scaleType);
-    overlay.redrawLinesAndPoints();
-  }
-  void startCalibration() {
-    calibrationLine.startCalibration(host.container.width);
-    geometry.zoomTo(2);
-    overlay.redrawLinesAndPoints();
-  }
-  void stopCalibration() {
-    calibrationLine.stopCalibration();
-    geometry.zoomTo(2);
-    overlay.redrawLinesAndPoints();
-  }
   void stopPreview() {
     texture = {};
     geometry.stopPreview();
-    calibration._pixelsPerUnit = -1.0f;
-    calibrationLine._showCalibrationLine = 0;
+    overlay.stopPreview();
   }
 
   // The mouse at 100 percent without a pan: a view point, and the screen point that belongs to it.
@@ -153,7 +124,7 @@ struct Desk {
   }
   /// Draws a whole shape with its tool; `third` is used by tools that need it.
   SHAPE& draw(int32_t op, ImagePoint from, ImagePoint to, ImagePoint third = {}) {
-    changeOperation(op);
+    overlay.changeOperation(op);
     press(from);
     drag(to);
     release(to);
@@ -169,7 +140,7 @@ struct Desk {
   std::vector<std::string> labelsOf(int32_t type, ImagePoint pt1, ImagePoint pt2,
                                     ImagePoint pt3 = {-1, -1}) {
     SHAPE& s = shapes.newShape(pt1);
-    const int32_t index = std::exchange(shapes._iDrawingShape, -1);
+    const int32_t index = std::exchange(tool._iDrawingShape, -1);
     s.type = type;
     s.pt2 = pt2;
     s.pt3 = pt3;
@@ -190,17 +161,16 @@ struct Desk {
   CountingDelegate delegate;
   ViewGeometry geometry{host, texture};
   DottedRasterizer rasterizer;
-  OverlayContext context{preferences, texture, rasterizer};
-  Calibration& calibration = context.calibration;
-  const LinePrimitives& lines = context.lines;
-  TextPrimitives& text = context.text;
-  Vertices& totalLines = context._totalLines;
-  Vertices& totalPoints = context._totalPoints;
-  CalibrationLine calibrationLine{context};
-  Scale scale{context, calibrationLine};
-  ShapeList shapes{context};
-  OverlayRedraw overlay{context, scale, calibrationLine, shapes};
-  MouseInteraction mouse{shapes, calibrationLine, geometry, host, overlay};
+  Overlay overlay{preferences, texture, rasterizer, geometry};
+  // Its parts, as the tests call them.
+  const LinePrimitives& lines = overlay.context.lines;
+  TextPrimitives& text = overlay.context.text;
+  Vertices& totalLines = overlay.context._totalLines;
+  Vertices& totalPoints = overlay.context._totalPoints;
+  ToolState& tool = overlay.tool;
+  CalibrationLine& calibrationLine = overlay.calibrationLine;
+  ShapeList& shapes = overlay.shapes;
+  MouseInteraction& mouse = overlay.mouse;
 };
 
 /// A pixel's vertex, each narrowing written out.

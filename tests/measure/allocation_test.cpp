@@ -43,8 +43,8 @@ std::vector<const void*> blocks(const Desk& desk) {
 
 TEST(SteadyState, ARedrawAllocatesNothing) {
   Desk desk;
-  desk.calibrate(0.0625f);  // long labels
-  desk.changeScale(kScaleCrosshair);
+  desk.overlay.setCalibration(0.0625f, kUnitMillimetre);  // long labels
+  desk.overlay.changeScale(kScaleCrosshair);
   desk.draw(kOprLine, {100, 20}, {200, 20});
   desk.draw(kOprLine2, {100, 100}, {200, 130}, {150, 150});
   desk.draw(kOprCircle, {300, 300}, {340, 330});

@@ -12,7 +12,7 @@ using ::testing::IsEmpty;
 SHAPE& addStroke(Desk& desk, const std::vector<ImagePoint>& points) {
   SHAPE& s = desk.shapes.newShape({1, 1});
   s.type = kOprPencil;
-  desk.shapes._iDrawingShape = -1;
+  desk.tool._iDrawingShape = -1;
   s.pencilPoints.push_back(points.data(), static_cast<int32_t>(points.size()));
   desk.shapes.redrawSelectedShape(desk.shapes.shapeCount() - 1);
   return s;
@@ -33,10 +33,10 @@ TEST(PencilShape, IsAChainOfLinesThatIsHeldByItsEnds) {
   for (const auto& row : table) {
     SCOPED_TRACE(row.state);
     Desk desk;
-    desk.calibrate(1.0f);
+    desk.overlay.setCalibration(1.0f, kUnitMillimetre);
     const SHAPE& s = addStroke(desk, {a, b, c});
-    desk.shapes._iSelectedShape = row.selected;
-    desk.shapes._iHoverShape = row.hovered;
+    desk.tool._iSelectedShape = row.selected;
+    desk.tool._iHoverShape = row.hovered;
     desk.shapes.redrawSelectedShape(0);
     expectLines(desk, s.lineVertices, chain + row.frames);
     EXPECT_THAT(s.hitRects, ElementsAre(handle(a), handle(c), kNoRect, kNoRect));
@@ -115,8 +115,8 @@ TEST(TextShape, ShowsItsBoxAndFourHandlesWhenMarked) {
     std::vector<Segment> (*frame)(ImagePoint);
   } table[] = {{-1, 0, thinFrame}, {0, -1, thickFrame}, {0, 0, thickFrame}};
   for (const auto& row : table) {
-    desk.shapes._iSelectedShape = row.selected;
-    desk.shapes._iHoverShape = row.hovered;
+    desk.tool._iSelectedShape = row.selected;
+    desk.tool._iHoverShape = row.hovered;
     desk.shapes.redrawSelectedShape(0);
     expectLines(
         desk, desk.shapes.shape(0).lineVertices,
@@ -159,7 +159,7 @@ TEST(TextShape, InPureBlackIsOnlyItsBoxAndCanStillBeTaken) {
   desk.shapes.setInputText("text");
   EXPECT_EQ(desk.shapes.shape(0).pointVertices.count, 0);
   desk.move({350, 210});
-  EXPECT_EQ(desk.shapes._iHoverShape, 0);
+  EXPECT_EQ(desk.tool._iHoverShape, 0);
   EXPECT_GT(desk.shapes.shape(0).lineVertices.count, 0);
 }
 
@@ -168,7 +168,7 @@ TEST(Annotations, IgnoreTheCalibration) {
   addStroke(desk, {{1, 2}, {3, 4}});
   desk.shapes.setInputText("text");
   const int32_t points = desk.totalPoints.count;
-  desk.calibrate(10.0f);
+  desk.overlay.setCalibration(10.0f, kUnitMillimetre);
   EXPECT_EQ(desk.totalPoints.count, points);
 }
 

@@ -16,7 +16,7 @@ using ::testing::IsEmpty;
 TEST(AreaShapes, DrawNothingForAClickWithoutADragAndKeepTheirHitRects) {
   for (const int32_t type : {kOprCircle, kOprRect, kOprAngle}) {
     Desk desk;
-    desk.calibrate(1.0f);
+    desk.overlay.setCalibration(1.0f, kUnitMillimetre);
     EXPECT_THAT(desk.labelsOf(type, {50, 60}, {50, 60}, {80, 90}), IsEmpty());
     SHAPE& s = desk.shapes.shape(0);
     EXPECT_EQ(s.lineVertices.count, 0);
@@ -50,9 +50,9 @@ TEST(CircleShape, ShowsItsRadiusItsRimAndAlwaysItsCentre) {
     SCOPED_TRACE(row.state);
     Desk desk;
     desk.labelsOf(kOprCircle, c, rim);
-    desk.shapes._iDrawingShape = row.drawing;
-    desk.shapes._iSelectedShape = row.selected;
-    desk.shapes._iHoverShape = row.hovered;
+    desk.tool._iDrawingShape = row.drawing;
+    desk.tool._iSelectedShape = row.selected;
+    desk.tool._iHoverShape = row.hovered;
     desk.shapes.redrawSelectedShape(0);
     const SHAPE& s = desk.shapes.shape(0);
     expectLines(desk, s.lineVertices, radius + row.frames);
@@ -81,14 +81,14 @@ TEST(CircleShape, IsLabelledWithRadiusCircumferenceAndAnAreaThatIsDividedOnce) {
   };
   for (const auto& row : table) {
     Desk desk;
-    desk.calibrate(row.pixelsPerUnit);
+    desk.overlay.setCalibration(row.pixelsPerUnit, kUnitMillimetre);
     EXPECT_THAT(desk.labelsOf(kOprCircle, {100, 100}, row.rim), ElementsAre(row.r, row.c, row.s));
   }
 }
 
 TEST(CircleShape, HasItsLabelsAtTheCentreBehindTheRim) {
   Desk desk;
-  desk.calibrate(1.0f);
+  desk.overlay.setCalibration(1.0f, kUnitMillimetre);
   desk.labelsOf(kOprCircle, {200, 200}, {230, 200});
   Vertices expected;
   desk.lines._drawShapeCircle(expected, {200, 200}, {230, 200}, desk.lineColor());
@@ -101,7 +101,7 @@ TEST(CircleShape, HasItsLabelsAtTheCentreBehindTheRim) {
 
 TEST(CircleShape, LabelsARadiusBeyondItsSquareWithoutOverflow) {
   Desk desk;
-  desk.calibrate(1.0f);
+  desk.overlay.setCalibration(1.0f, kUnitMillimetre);
   // 65536 squared is 0 in 32 bits, 50000 squared is negative: shown without its sign.
   EXPECT_THAT(desk.labelsOf(kOprCircle, {0, 0}, {65536, 0}),
               ElementsAre("R:65536.000mm", "C:411774.844mm", "S:0.000mm^2"));
@@ -131,9 +131,9 @@ TEST(RectangleShape, ShowsItsSidesAndFourHandlesInTheOrderOfItsHitRects) {
     SCOPED_TRACE(row.state);
     Desk desk;
     desk.labelsOf(kOprRect, row.pt1, row.pt2);
-    desk.shapes._iDrawingShape = 0;  // is meant to make no difference
-    desk.shapes._iSelectedShape = row.selected;
-    desk.shapes._iHoverShape = row.hovered;
+    desk.tool._iDrawingShape = 0;  // is meant to make no difference
+    desk.tool._iSelectedShape = row.selected;
+    desk.tool._iHoverShape = row.hovered;
     desk.shapes.redrawSelectedShape(0);
     const ImagePoint corner3{row.pt1.x, row.pt2.y};
     const ImagePoint corner4{row.pt2.x, row.pt1.y};
@@ -154,7 +154,7 @@ TEST(RectangleShape, ShowsItsSidesAndFourHandlesInTheOrderOfItsHitRects) {
 
 TEST(RectangleShape, IsLabelledAtItsTopLeftWithSidesAndATrueArea) {
   Desk desk;
-  desk.calibrate(10.0f, kUnitMicrometre);
+  desk.overlay.setCalibration(10.0f, kUnitMicrometre);
   const ImagePoint corners[][2] = {{{100, 80}, {220, 200}},
                                    {{220, 200}, {100, 80}},
                                    {{100, 200}, {220, 80}},
@@ -169,7 +169,7 @@ TEST(RectangleShape, IsLabelledAtItsTopLeftWithSidesAndATrueArea) {
     ASSERT_EQ(actual.count, expected.count);
     EXPECT_TRUE(sameBits(actual.data, expected.data, expected.count));
   }
-  desk.calibrate(3.0f);
+  desk.overlay.setCalibration(3.0f, kUnitMillimetre);
   EXPECT_THAT(desk.labelsOf(kOprRect, {0, 0}, {10, 20}),
               ElementsAre("3.333x6.667mm", "S:22.222mm^2"));
 }
@@ -177,7 +177,7 @@ TEST(RectangleShape, IsLabelledAtItsTopLeftWithSidesAndATrueArea) {
 TEST(RectangleShape, ShowsNoNumberWithoutACalibration) {
   for (const float pixelsPerUnit : {-1.0f, 0.0f}) {
     Desk desk;
-    desk.calibrate(pixelsPerUnit);
+    desk.overlay.setCalibration(pixelsPerUnit, kUnitMillimetre);
     EXPECT_THAT(desk.labelsOf(kOprRect, {0, 0}, {10, 20}), IsEmpty());
     EXPECT_THAT(desk.labelsOf(kOprCircle, {0, 0}, {10, 20}), IsEmpty());
     EXPECT_EQ(desk.shapes.shape(0).lineVertices.count, 8);
@@ -206,10 +206,10 @@ TEST(AngleShape, ShowsArmsAndFramesByItsState) {
     EXPECT_THAT(desk.labelsOf(kOprAngle, v, a, b), ElementsAre("90.000\u00B0"));
     EXPECT_THAT(desk.shapes.shape(0).hitRects,
                 ElementsAre(handle(v), handle(a), handle(b), kNoRect));
-    desk.shapes._iDrawingShape = row.drawing;
-    desk.shapes._opr2 = row.opr2;
-    desk.shapes._iSelectedShape = row.selected;
-    desk.shapes._iHoverShape = row.hovered;
+    desk.tool._iDrawingShape = row.drawing;
+    desk.tool._opr2 = row.opr2;
+    desk.tool._iSelectedShape = row.selected;
+    desk.tool._iHoverShape = row.hovered;
     desk.shapes.redrawSelectedShape(0);
     expectLines(desk, desk.shapes.shape(0).lineVertices, row.lines);
   }
@@ -219,7 +219,7 @@ TEST(AngleShape, WhoseArmsEndInOnePointShowsOneArmAndKeepsThreeHandles) {
   Desk desk;
   EXPECT_THAT(desk.labelsOf(kOprAngle, {100, 100}, {200, 100}, {200, 100}), IsEmpty());
   const SHAPE& s = desk.shapes.shape(0);
-  desk.shapes._iSelectedShape = 0;
+  desk.tool._iSelectedShape = 0;
   desk.shapes.redrawSelectedShape(0);
   expectLines(desk, s.lineVertices, {{100, 100, 200, 100}});  // and no frames
   EXPECT_THAT(s.hitRects,
@@ -230,7 +230,7 @@ TEST(AngleShape, KeepsItsHitRectsWhileItsFirstArmIsDragged) {
   Desk desk;
   desk.labelsOf(kOprAngle, {100, 100}, {200, 100}, {100, 180});
   const auto before = desk.shapes.shape(0).hitRects;
-  desk.shapes._iDrawingShape = 0;
+  desk.tool._iDrawingShape = 0;
   desk.shapes.shape(0).pt2 = {300, 300};
   desk.shapes.redrawSelectedShape(0);
   EXPECT_EQ(desk.shapes.shape(0).hitRects, before);
@@ -239,7 +239,7 @@ TEST(AngleShape, KeepsItsHitRectsWhileItsFirstArmIsDragged) {
 TEST(AngleShape, NeedsNoCalibration) {
   for (const float pixelsPerUnit : {-1.0f, 0.0f, 1000.0f}) {
     Desk desk;
-    desk.calibrate(pixelsPerUnit);
+    desk.overlay.setCalibration(pixelsPerUnit, kUnitMillimetre);
     EXPECT_THAT(desk.labelsOf(kOprAngle, {0, 0}, {10, 0}, {10, 10}), ElementsAre("45.000\u00B0"));
   }
 }

@@ -34,9 +34,9 @@ TEST(LineShape, ShowsTicksOrHandlesByItsState) {
     SCOPED_TRACE(row.state);
     Desk desk;
     desk.labelsOf(kOprLine, a, b);
-    desk.shapes._iDrawingShape = row.drawing;
-    desk.shapes._iSelectedShape = row.selected;
-    desk.shapes._iHoverShape = row.hovered;
+    desk.tool._iDrawingShape = row.drawing;
+    desk.tool._iSelectedShape = row.selected;
+    desk.tool._iHoverShape = row.hovered;
     desk.shapes.redrawSelectedShape(0);
     const SHAPE& s = desk.shapes.shape(0);
     expectLines(desk, s.lineVertices, line + row.decoration);
@@ -63,14 +63,14 @@ TEST(LineShape, IsLabelledAtItsStartWithItsLength) {
   };
   for (const auto& row : table) {
     Desk desk;
-    desk.calibrate(row.pixelsPerUnit, row.unit);
+    desk.overlay.setCalibration(row.pixelsPerUnit, row.unit);
     EXPECT_THAT(desk.labelsOf(kOprLine, row.pt1, row.pt2), ElementsAre(row.label));
   }
 }
 
 TEST(LineShape, PlacesItsLabelInTheTextColour) {
   Desk desk;
-  desk.calibrate(1.0f);
+  desk.overlay.setCalibration(1.0f, kUnitMillimetre);
   desk.labelsOf(kOprLine, {100, 200}, {300, 200});
   const SHAPE& s = desk.shapes.shape(0);
   ASSERT_EQ(s.pointVertices.count, 9);  // one pixel a letter of "200.000mm"
@@ -84,7 +84,7 @@ TEST(LineShape, HasNoLabelWithoutACalibration) {
   for (const float pixelsPerUnit : {-1.0f, 0.0f}) {
     for (const int32_t type : {kOprLine, kOprLine2}) {
       Desk desk;
-      desk.calibrate(pixelsPerUnit);
+      desk.overlay.setCalibration(pixelsPerUnit, kUnitMillimetre);
       EXPECT_THAT(desk.labelsOf(type, {10, 10}, {50, 60}, {30, 90}), IsEmpty());
       EXPECT_EQ(desk.shapes.shape(0).pointVertices.count, 0);
       EXPECT_GT(desk.shapes.shape(0).lineVertices.count, 0);
@@ -101,7 +101,7 @@ TEST(LineShape, OfZeroLengthIsALineWithTicks) {
 
 TEST(LineShape, FollowsTheColoursOfThePreferencesAtItsNextRedraw) {
   Desk desk;
-  desk.calibrate(1.0f);
+  desk.overlay.setCalibration(1.0f, kUnitMillimetre);
   desk.labelsOf(kOprLine, {50, 60}, {90, 60});
   desk.preferences.lineColor = {0.0, 0.0, 1.0, 0.25};
   desk.preferences.textColor = {0.0, 0.0, 0.0, 1.0};
@@ -142,7 +142,7 @@ TEST(ParallelShape, StandsOnItsBaselineByThreeRoutes) {
   for (const auto& row : table) {
     SCOPED_TRACE(row.route);
     Desk desk;
-    desk.calibrate(1.0f);
+    desk.overlay.setCalibration(1.0f, kUnitMillimetre);
     EXPECT_THAT(desk.labelsOf(kOprLine2, row.pt1, row.pt2, row.pt3), ElementsAre(row.label));
     const SHAPE& s = desk.shapes.shape(0);
     const ImagePoint& p = row.pt3;
@@ -156,7 +156,7 @@ TEST(ParallelShape, StandsOnItsBaselineByThreeRoutes) {
 
 TEST(ParallelShape, HasItsLabelAtTheThirdPoint) {
   Desk desk;
-  desk.calibrate(1.0f);
+  desk.overlay.setCalibration(1.0f, kUnitMillimetre);
   desk.labelsOf(kOprLine2, {10, 10}, {90, 10}, {40, 70});
   const PointVertex wanted =
       vertexAt({44, 92}, desk.texture, {0.0f, 255 / 256.0f, 128 / 256.0f, 255 / 256.0f});
@@ -187,10 +187,10 @@ TEST(ParallelShape, ShowsFramesAtFootAndThirdPointOnlyWhenMarked) {
     SCOPED_TRACE(row.state);
     Desk desk;
     desk.labelsOf(kOprLine2, {0, 0}, {100, 0}, third);
-    desk.shapes._iDrawingShape = row.drawing;
-    desk.shapes._opr2 = row.opr2;
-    desk.shapes._iSelectedShape = row.selected;
-    desk.shapes._iHoverShape = row.hovered;
+    desk.tool._iDrawingShape = row.drawing;
+    desk.tool._opr2 = row.opr2;
+    desk.tool._iSelectedShape = row.selected;
+    desk.tool._iHoverShape = row.hovered;
     desk.shapes.redrawSelectedShape(0);
     expectLines(desk, desk.shapes.shape(0).lineVertices, row.lines);
   }
@@ -198,9 +198,9 @@ TEST(ParallelShape, ShowsFramesAtFootAndThirdPointOnlyWhenMarked) {
 
 TEST(ParallelShape, KeepsItsHitRectsWhileTheBaselineIsDragged) {
   Desk desk;
-  desk.calibrate(1.0f);
+  desk.overlay.setCalibration(1.0f, kUnitMillimetre);
   desk.labelsOf(kOprLine2, {0, 0}, {100, 0}, {40, 70});
-  desk.shapes._iDrawingShape = 0;
+  desk.tool._iDrawingShape = 0;
   desk.shapes.shape(0).pt3 = {60, 90};
   desk.shapes.redrawSelectedShape(0);
   EXPECT_EQ(desk.shapes.shape(0).hitRects[1], handle({40, 70}));
@@ -209,7 +209,7 @@ TEST(ParallelShape, KeepsItsHitRectsWhileTheBaselineIsDragged) {
 
 TEST(ParallelShape, IsDrawnTowardsItsUnsetThirdPointByARebuildBeforeTheFirstMove) {
   Desk desk;
-  desk.changeOperation(kOprLine2);
+  desk.overlay.changeOperation(kOprLine2);
   desk.press({100, 50});
   desk.drag({200, 50});
   desk.release({200, 50});
@@ -222,7 +222,7 @@ TEST(LengthShapes, TakeCoordinatesBeyondAllIntegers) {
   // Truncations saturate, 32-bit sums wrap, and nothing is undefined.
   const double far = 1e300;
   Desk desk;
-  desk.calibrate(1.0f);
+  desk.overlay.setCalibration(1.0f, kUnitMillimetre);
   EXPECT_THAT(desk.labelsOf(kOprLine, {-far, 0}, {far, 1}), ElementsAre("infmm"));
   desk.labelsOf(kOprLine2, {-far, 0}, {far, 0}, {0, 10});
   desk.labelsOf(kOprLine2, {-far, -far}, {far, far * 0.5}, {far, -far});

@@ -23,8 +23,9 @@ static_assert(!std::is_invocable_v<NewShape, ShapeList, ViewPoint>);
 /// `_opr1`, `_opr2`, `_iDrawingShape`, number of shapes, `_iSelectedShape`, `_iHoverShape`.
 using State = std::vector<int32_t>;
 State stateOf(const Desk& desk) {
-  const ShapeList& s = desk.shapes;
-  return {s._opr1, s._opr2, s._iDrawingShape, s.shapeCount(), s._iSelectedShape, s._iHoverShape};
+  const ToolState& t = desk.tool;
+  return {t._opr1,           t._opr2,       t._iDrawingShape, desk.shapes.shapeCount(),
+          t._iSelectedShape, t._iHoverShape};
 }
 
 TEST(MouseInteraction, ARestingMouseDoesNothingInAnEmptyPicture) {
@@ -40,7 +41,7 @@ TEST(MouseInteraction, DrawsShapesOfTwoPoints) {
   for (const int32_t op : {kOprLine, kOprCircle, kOprRect}) {
     SCOPED_TRACE(op);
     Desk desk;
-    desk.changeOperation(op);
+    desk.overlay.changeOperation(op);
     EXPECT_EQ(stateOf(desk), (State{op, 0, -1, 0, -1, -1}));
     desk.move({50, 50});
     EXPECT_EQ(stateOf(desk), (State{op, 0, -1, 0, -1, -1}));
@@ -66,7 +67,7 @@ TEST(MouseInteraction, DrawsShapesOfTwoPoints) {
 
 TEST(MouseInteraction, AFinishedLineHasShortTicksInPlaceOfLongOnes) {
   Desk desk;
-  desk.changeOperation(kOprLine);
+  desk.overlay.changeOperation(kOprLine);
   desk.press({100, 100});
   desk.drag({200, 100});
   expectLines(desk, desk.totalLines,
@@ -80,7 +81,7 @@ TEST(MouseInteraction, DrawsShapesOfThreePoints) {
   for (const int32_t op : {kOprLine2, kOprAngle}) {
     SCOPED_TRACE(op);
     Desk desk;
-    desk.changeOperation(op);
+    desk.overlay.changeOperation(op);
     desk.press({100, 100});
     EXPECT_EQ(stateOf(desk), (State{op, 0, 0, 1, -1, -1}));
     desk.drag({200, 100});
@@ -113,7 +114,7 @@ TEST(MouseInteraction, DrawsShapesOfThreePoints) {
 
 TEST(MouseInteraction, TheAngleIsLabelledLiveInTheThirdPointWait) {
   Desk desk;
-  desk.changeOperation(kOprAngle);
+  desk.overlay.changeOperation(kOprAngle);
   desk.press({100, 100});
   desk.drag({200, 100});
   EXPECT_THAT(desk.rasterizer.take(), IsEmpty());
@@ -126,7 +127,7 @@ TEST(MouseInteraction, TheAngleIsLabelledLiveInTheThirdPointWait) {
 
 TEST(MouseInteraction, DrawsStrokesWhoseReleaseIsNotAPoint) {
   Desk desk;
-  desk.changeOperation(kOprPencil);
+  desk.overlay.changeOperation(kOprPencil);
   desk.press({10, 10});
   ASSERT_EQ(desk.shapes.shape(0).pencilPoints.count, 1);
   desk.drag({20, 10});
@@ -144,7 +145,7 @@ TEST(MouseInteraction, DrawsStrokesWhoseReleaseIsNotAPoint) {
 TEST(MouseInteraction, AClickWithATooLeavesAShapeThatOnlyRemoveLastReaches) {
   for (const int32_t op : {kOprCircle, kOprRect, kOprPencil}) {
     Desk desk;
-    desk.changeOperation(op);
+    desk.overlay.changeOperation(op);
     desk.click({100, 100});
     EXPECT_EQ(stateOf(desk), (State{0, 0, -1, 1, -1, -1}));
     EXPECT_EQ(desk.totalLines.count, 0);
@@ -158,14 +159,14 @@ TEST(MouseInteraction, AClickWithATooLeavesAShapeThatOnlyRemoveLastReaches) {
 
 TEST(MouseInteraction, AClickWithTheAngleToolStaysInvisibleThroughItsThirdPoint) {
   Desk desk;
-  desk.changeOperation(kOprAngle);
+  desk.overlay.changeOperation(kOprAngle);
   desk.click({100, 100});
   desk.move({150, 150});
   desk.click({150, 150});
   EXPECT_EQ(stateOf(desk), (State{0, 0, -1, 1, -1, -1}));
   EXPECT_EQ(desk.totalLines.count, 0);
   desk.click({100, 100});
-  EXPECT_EQ(desk.shapes._iSelectedShape, -1);
+  EXPECT_EQ(desk.tool._iSelectedShape, -1);
 }
 
 TEST(MouseInteraction, SelectsOnAHitAndDeselectsElsewhere) {
@@ -173,16 +174,16 @@ TEST(MouseInteraction, SelectsOnAHitAndDeselectsElsewhere) {
   desk.draw(kOprLine, {100, 100}, {200, 100});
   desk.draw(kOprLine, {100, 200}, {200, 200});
   desk.press({200, 200});
-  EXPECT_EQ(desk.shapes._iSelectedShape, 1);
+  EXPECT_EQ(desk.tool._iSelectedShape, 1);
   EXPECT_EQ(desk.shapes.shape(1).lineVertices.count, 2 + 48);
   desk.release({200, 200});
-  EXPECT_EQ(desk.shapes._iSelectedShape, 1);
+  EXPECT_EQ(desk.tool._iSelectedShape, 1);
   desk.click({100, 100});
-  EXPECT_EQ(desk.shapes._iSelectedShape, 0);
+  EXPECT_EQ(desk.tool._iSelectedShape, 0);
   EXPECT_EQ(desk.shapes.shape(0).lineVertices.count, 2 + 48);
   EXPECT_EQ(desk.shapes.shape(1).lineVertices.count, 2 + 4);
   desk.click({150, 100});  // the middle of a line is no handle
-  EXPECT_EQ(desk.shapes._iSelectedShape, -1);
+  EXPECT_EQ(desk.tool._iSelectedShape, -1);
   EXPECT_EQ(desk.shapes.shape(0).lineVertices.count, 2 + 4);
   expectRuns(desk);
 }
@@ -196,10 +197,10 @@ TEST(MouseInteraction, TheLowEdgesOfAHandleBelongToItAndTheHighOnesDoNot) {
     Desk desk;
     desk.draw(kOprLine, {100, 100}, {300, 300});
     desk.press(point);
-    EXPECT_EQ(desk.shapes._iSelectedShape, selected) << point.x << "," << point.y;
+    EXPECT_EQ(desk.tool._iSelectedShape, selected) << point.x << "," << point.y;
     desk.release(point);
     desk.move(point);
-    EXPECT_EQ(desk.shapes._iHoverShape, selected) << point.x << "," << point.y;
+    EXPECT_EQ(desk.tool._iHoverShape, selected) << point.x << "," << point.y;
   }
 }
 
@@ -208,9 +209,9 @@ TEST(MouseInteraction, TheOldestShapeWinsAnyOfItsHandles) {
   desk.draw(kOprRect, {100, 100}, {200, 200});
   desk.draw(kOprLine, {200, 100}, {300, 300});  // on the rectangle's fourth handle
   desk.move({200, 100});
-  EXPECT_EQ(desk.shapes._iHoverShape, 0);
+  EXPECT_EQ(desk.tool._iHoverShape, 0);
   desk.press({200, 100});
-  EXPECT_EQ(desk.shapes._iSelectedShape, 0);
+  EXPECT_EQ(desk.tool._iSelectedShape, 0);
 }
 
 TEST(MouseInteraction, ASelectionEndsAHoverWithoutRedrawingThatShape) {
@@ -218,7 +219,7 @@ TEST(MouseInteraction, ASelectionEndsAHoverWithoutRedrawingThatShape) {
   desk.draw(kOprLine, {100, 100}, {200, 100});
   desk.draw(kOprLine, {100, 200}, {200, 200});
   desk.move({100, 100});
-  EXPECT_EQ(desk.shapes._iHoverShape, 0);
+  EXPECT_EQ(desk.tool._iHoverShape, 0);
   desk.press({100, 200});  // without a move in between
   EXPECT_EQ(stateOf(desk), (State{0, 0, -1, 2, 1, -1}));
   EXPECT_EQ(desk.shapes.shape(0).lineVertices.count, 2 + 16);  // stays on screen
@@ -252,9 +253,9 @@ TEST(MouseInteraction, HoversAndHoversNoMore) {
 TEST(MouseInteraction, OnlyTheDragToolHovers) {
   Desk desk;
   desk.draw(kOprLine, {100, 100}, {200, 100});
-  desk.changeOperation(kOprCircle);
+  desk.overlay.changeOperation(kOprCircle);
   desk.move({100, 100});
-  EXPECT_EQ(desk.shapes._iHoverShape, -1);
+  EXPECT_EQ(desk.tool._iHoverShape, -1);
 }
 
 TEST(MouseInteraction, AnArmedPressDeselectsAndEndsTheHoverWithARedrawOfBoth) {
@@ -263,8 +264,8 @@ TEST(MouseInteraction, AnArmedPressDeselectsAndEndsTheHoverWithARedrawOfBoth) {
   desk.draw(kOprLine, {100, 200}, {200, 200});
   desk.click({100, 100});
   desk.move({100, 200});
-  desk.shapes._opr2 = 5;  // left over
-  desk.changeOperation(kOprRect);
+  desk.tool._opr2 = 5;  // left over
+  desk.overlay.changeOperation(kOprRect);
   EXPECT_EQ(stateOf(desk), (State{4, 5, -1, 2, 0, 1}));
   const ScreenPoint click = desk.mouse._ptMouseClick;
   desk.press({300, 300});
@@ -302,7 +303,7 @@ TEST(MouseInteraction, ADragMovesTheSelectedShapeByWholePixelsInStepWithTheMouse
 
 TEST(MouseInteraction, ADragThatMovesNothingRedrawsNothing) {
   Desk desk;
-  desk.calibrate(1.0f);
+  desk.overlay.setCalibration(1.0f, kUnitMillimetre);
   desk.draw(kOprLine, {100, 100}, {200, 100});
   desk.press({100, 100});
   desk.rasterizer.take();
@@ -330,7 +331,7 @@ TEST(MouseInteraction, ADragBesideAllShapesPansAndTells) {
 
 TEST(MouseInteraction, ADragAfterThePressThatSetAThirdPointPansFromThatPress) {
   Desk desk({640, 480}, {400, 300});
-  desk.changeOperation(kOprAngle);
+  desk.overlay.changeOperation(kOprAngle);
   desk.press({10, 10});
   desk.drag({50, 10});
   desk.release({50, 10});
@@ -356,7 +357,7 @@ TEST(MouseInteraction, AwayFrom100PercentItOnlyPans) {
   EXPECT_EQ(stateOf(desk), (State{0, 0, -1, 1, 0, -1}));
   EXPECT_EQ(desk.shapes.shape(0).pt1, (ImagePoint{100, 100}));
 
-  desk.shapes.changeOperation(kOprCircle);  // armed, and then zoomed by the slider
+  desk.tool.changeOperation(kOprCircle);  // armed, and then zoomed by the slider
   desk.press({50, 50});
   desk.release({50, 50});
   EXPECT_EQ(stateOf(desk), (State{3, 0, -1, 1, 0, -1}));
@@ -364,7 +365,7 @@ TEST(MouseInteraction, AwayFrom100PercentItOnlyPans) {
 
 TEST(MouseInteraction, AReleaseWithoutAnAcceptedPressDoesNothing) {
   Desk desk;
-  desk.changeOperation(kOprLine);
+  desk.overlay.changeOperation(kOprLine);
   desk.shapes.newShape({5, 5});
   desk.release({50, 50});
   EXPECT_EQ(stateOf(desk), (State{1, 0, 0, 1, -1, -1}));
@@ -374,7 +375,7 @@ TEST(MouseInteraction, AReleaseWithoutAnAcceptedPressDoesNothing) {
 // Odd states. What follows from the rules there is meant to stay.
 
 Desk& inThirdPointWait(Desk& desk, int32_t op) {
-  desk.changeOperation(op);
+  desk.overlay.changeOperation(op);
   desk.press({100, 100});
   desk.drag({200, 100});
   desk.release({200, 100});
@@ -399,7 +400,7 @@ TEST(MouseInteractionOddStates, ATooPickedInTheWaitLeavesTheThirdPointFollowingT
       if (picked == waiting) continue;
       SCOPED_TRACE(fmt::format("{} then {}", waiting, picked));
       Desk desk;
-      inThirdPointWait(desk, waiting).changeOperation(picked);
+      inThirdPointWait(desk, waiting).overlay.changeOperation(picked);
       EXPECT_EQ(stateOf(desk), (State{picked, waiting, 0, 1, -1, -1}));
       desk.move({150, 180});
       EXPECT_EQ(desk.shapes.shape(0).pt3, (ImagePoint{150, 180}));
@@ -413,7 +414,7 @@ TEST(MouseInteractionOddStates, ATooPickedInTheWaitLeavesTheThirdPointFollowingT
 
 TEST(MouseInteractionOddStates, TheSameToolPickedInTheWaitGoesOnWaiting) {
   Desk desk;
-  inThirdPointWait(desk, kOprLine2).changeOperation(kOprLine2);
+  inThirdPointWait(desk, kOprLine2).overlay.changeOperation(kOprLine2);
   desk.press({150, 180});
   EXPECT_EQ(stateOf(desk), (State{0, 0, -1, 1, -1, -1}));
 }
@@ -421,7 +422,7 @@ TEST(MouseInteractionOddStates, TheSameToolPickedInTheWaitGoesOnWaiting) {
 TEST(MouseInteractionOddStates, TheDragToolPickedInTheWaitLeavesOpr2Set) {
   for (const int32_t picked : {kOprDrag, kOprText}) {
     Desk desk;
-    inThirdPointWait(desk, kOprLine2).changeOperation(picked);
+    inThirdPointWait(desk, kOprLine2).overlay.changeOperation(picked);
     EXPECT_EQ(stateOf(desk), (State{0, 2, 0, 1, -1, -1}));
     desk.move({150, 180});  // in place of a hover
     EXPECT_EQ(desk.shapes.shape(0).pt3, (ImagePoint{150, 180}));
@@ -433,8 +434,8 @@ TEST(MouseInteractionOddStates, TheDragToolPickedInTheWaitLeavesOpr2Set) {
     EXPECT_EQ(stateOf(desk), (State{0, 2, 0, 1, 0, -1}));
     desk.move({170, 190});  // and goes on
     EXPECT_EQ(desk.shapes.shape(0).pt3, (ImagePoint{170, 190}));
-    EXPECT_EQ(desk.shapes._iHoverShape, -1);
-    desk.changeOperation(kOprLine);
+    EXPECT_EQ(desk.tool._iHoverShape, -1);
+    desk.overlay.changeOperation(kOprLine);
     desk.press({300, 300});
     EXPECT_EQ(stateOf(desk), (State{1, 0, 1, 2, -1, -1}));
     expectRuns(desk);
@@ -443,7 +444,7 @@ TEST(MouseInteractionOddStates, TheDragToolPickedInTheWaitLeavesOpr2Set) {
 
 TEST(MouseInteractionOddStates, ATextEnteredInTheWaitTakesItsPlace) {
   Desk desk;
-  desk.calibrate(1.0f);
+  desk.overlay.setCalibration(1.0f, kUnitMillimetre);
   inThirdPointWait(desk, kOprAngle).shapes.setInputText("note");
   EXPECT_EQ(stateOf(desk), (State{5, 5, 1, 2, -1, -1}));
   desk.move({20, 30});  // goes to the text, which has no use for it
@@ -466,7 +467,7 @@ TEST(MouseInteractionOddStates, ShapesRemovedInTheMiddleOfAConstructionEndItQuie
   desk.press({10, 10});
   EXPECT_EQ(stateOf(desk), (State{0, 0, -1, 0, -1, -1}));
 
-  desk.changeOperation(kOprPencil);
+  desk.overlay.changeOperation(kOprPencil);
   desk.press({10, 10});
   desk.shapes.removeLastShape();
   desk.drag({20, 20});
@@ -481,8 +482,8 @@ TEST(MouseInteractionOddStates, AnArmedDragAtAnotherZoomReachesAStaleDrawingShap
   desk.draw(kOprLine, {100, 100}, {200, 100});
   desk.draw(kOprPencil, {10, 10}, {20, 20});
   for (const int32_t stale : {0, 1}) {
-    desk.shapes._iDrawingShape = stale;
-    desk.shapes._opr1 = kOprCircle;
+    desk.tool._iDrawingShape = stale;
+    desk.tool._opr1 = kOprCircle;
     desk.geometry.zoomTo(4);
     desk.press({50, 60});
     desk.drag({50, 60});
@@ -499,10 +500,10 @@ TEST(MouseInteractionOddStates, AnArmedDragAtAnotherZoomReachesAStaleDrawingShap
 TEST(MouseInteractionOddStates, AReleaseWithASelectedShapeDoesNotFinishTheOther) {
   Desk desk;
   desk.draw(kOprLine, {100, 100}, {200, 100});
-  desk.changeOperation(kOprLine);
+  desk.overlay.changeOperation(kOprLine);
   desk.press({100, 200});
   desk.drag({200, 200});
-  desk.shapes._iSelectedShape = 0;  // by another route
+  desk.tool._iSelectedShape = 0;  // by another route
   desk.release({210, 200});
   EXPECT_EQ(stateOf(desk), (State{1, 0, 1, 2, 0, -1}));
   EXPECT_EQ(desk.shapes.shape(1).pt2, (ImagePoint{200, 200}));
@@ -510,15 +511,15 @@ TEST(MouseInteractionOddStates, AReleaseWithASelectedShapeDoesNotFinishTheOther)
 
 TEST(MouseInteractionOddStates, TheDragToolPickedInTheMiddleOfAStrokeLeavesItHalfMade) {
   Desk desk;
-  desk.changeOperation(kOprLine);
+  desk.overlay.changeOperation(kOprLine);
   desk.press({100, 100});
   desk.drag({200, 100});
-  desk.changeOperation(kOprDrag);
+  desk.overlay.changeOperation(kOprDrag);
   desk.release({200, 100});
   EXPECT_EQ(stateOf(desk), (State{0, 0, 0, 1, -1, -1}));
   EXPECT_EQ(desk.shapes.shape(0).lineVertices.count, 6);
   desk.click({100, 100});
-  EXPECT_EQ(desk.shapes._iSelectedShape, 0);
+  EXPECT_EQ(desk.tool._iSelectedShape, 0);
   expectLines(desk, desk.shapes.shape(0).lineVertices,  // still with the ticks of construction
               {{100, 100, 200, 100}, {100, 62, 100, 138}, {200, 62, 200, 138}});
 }
@@ -528,7 +529,7 @@ TEST(MouseInteractionOddStates, TheDragToolPickedInTheMiddleOfAStrokeLeavesItHal
 TEST(MouseInteractionCalibrating, HoversOverItsHandlesAndNothingElse) {
   Desk desk;
   desk.draw(kOprLine, {107, 100}, {200, 100});
-  desk.startCalibration();
+  desk.overlay.startCalibration();
   const struct {
     ImagePoint point;
     int32_t left, right;
@@ -539,17 +540,17 @@ TEST(MouseInteractionCalibrating, HoversOverItsHandlesAndNothingElse) {
     EXPECT_EQ(desk.calibrationLine._showCalibrationLineLeftArrow, row.left);
     EXPECT_EQ(desk.calibrationLine._showCalibrationLineRightArrow, row.right);
     EXPECT_EQ(desk.totalLines.count, 2 * (16 + 6 * (row.left + row.right)));
-    EXPECT_EQ(desk.shapes._iHoverShape, -1);
+    EXPECT_EQ(desk.tool._iHoverShape, -1);
   }
   desk.click({107, 100});
-  EXPECT_EQ(desk.shapes._iSelectedShape, -1);
+  EXPECT_EQ(desk.tool._iSelectedShape, -1);
 }
 
 TEST(MouseInteractionCalibrating, DragsItsEnds) {
   Desk desk;
-  desk.startCalibration();
+  desk.overlay.startCalibration();
   desk.press({107, 240});
-  EXPECT_EQ(desk.shapes._opr1, kOprCalibrationLeft);
+  EXPECT_EQ(desk.tool._opr1, kOprCalibrationLeft);
   desk.drag({137, 20});
   EXPECT_EQ(desk.calibrationLine._calibrationLineLeftPosition, 137);
   EXPECT_EQ(desk.calibrationLine._calibrationLineLen, 396);
@@ -558,10 +559,10 @@ TEST(MouseInteractionCalibrating, DragsItsEnds) {
   desk.drag({-1000, 20});  // outside: stays
   EXPECT_EQ(desk.calibrationLine._calibrationLineLeftPosition, 137);
   desk.release({137, 20});
-  EXPECT_EQ(desk.shapes._opr1, 0);
+  EXPECT_EQ(desk.tool._opr1, 0);
 
   desk.press({533, 240});
-  EXPECT_EQ(desk.shapes._opr1, kOprCalibrationRight);
+  EXPECT_EQ(desk.tool._opr1, kOprCalibrationRight);
   desk.drag({187, 240});
   EXPECT_EQ(desk.calibrationLine.calibrationLineLen(), 50);
   desk.drag({186, 240});  // shorter than 50
@@ -572,7 +573,7 @@ TEST(MouseInteractionCalibrating, DragsItsEnds) {
 
 TEST(MouseInteractionCalibrating, KeepsItsEndsInTheVisiblePart) {
   Desk desk({1280, 720}, {600, 700});  // scrolled to x 340
-  desk.startCalibration();             // length 400, from 440 to 840
+  desk.overlay.startCalibration();     // length 400, from 440 to 840
   EXPECT_EQ(desk.geometry.viewLocation().x, 340);
   desk.press({440, 360});
   const std::pair<double, int32_t> lefts[] = {{341, 341}, {340, 341}, {342, 342}};
@@ -591,10 +592,10 @@ TEST(MouseInteractionCalibrating, KeepsItsEndsInTheVisiblePart) {
 
 TEST(MouseInteractionCalibrating, ADragBesideTheHandlesNeitherPansNorMoves) {
   Desk desk({1280, 720}, {600, 700});
-  desk.startCalibration();
+  desk.overlay.startCalibration();
   const ViewPoint location = desk.geometry.viewLocation();
   desk.press({600, 100});
-  EXPECT_EQ(desk.shapes._opr1, 0);
+  EXPECT_EQ(desk.tool._opr1, 0);
   desk.drag({500, 50});
   desk.release({500, 50});
   EXPECT_EQ(desk.geometry.viewLocation(), location);
@@ -603,50 +604,50 @@ TEST(MouseInteractionCalibrating, ADragBesideTheHandlesNeitherPansNorMoves) {
 
 TEST(MouseInteractionCalibrating, AReleaseDropsAnArmedTool) {
   Desk desk;
-  desk.startCalibration();
-  desk.changeOperation(kOprRect);
+  desk.overlay.startCalibration();
+  desk.overlay.changeOperation(kOprRect);
   desk.press({300, 50});
-  EXPECT_EQ(desk.shapes._opr1, kOprRect);  // not on a handle: left as it was
+  EXPECT_EQ(desk.tool._opr1, kOprRect);  // not on a handle: left as it was
   desk.drag({350, 80});
   EXPECT_EQ(desk.shapes.shapeCount(), 0);
   desk.release({350, 80});
-  EXPECT_EQ(desk.shapes._opr1, 0);
+  EXPECT_EQ(desk.tool._opr1, 0);
 }
 
 TEST(MouseInteractionCalibrating, AwayFrom100PercentItOnlyPans) {
   Desk desk({1280, 720}, {600, 700});
-  desk.startCalibration();
+  desk.overlay.startCalibration();
   desk.geometry.zoomTo(3);
   const ViewPoint start = desk.geometry.viewLocation();
   desk.press({440, 360});
   desk.drag({430, 360});
   desk.release({430, 360});
-  EXPECT_EQ(desk.shapes._opr1, 0);
+  EXPECT_EQ(desk.tool._opr1, 0);
   EXPECT_EQ(desk.geometry.viewLocation(), (ViewPoint{start.x + 10, start.y}));
   EXPECT_EQ(desk.calibrationLine._calibrationLineLeftPosition, 440);
 }
 
 TEST(MouseInteractionCalibrating, AThirdPointIsPlacedBeforeTheLineIsTouched) {
   Desk desk;
-  inThirdPointWait(desk, kOprLine2).startCalibration();
+  inThirdPointWait(desk, kOprLine2).overlay.startCalibration();
   desk.move({150, 180});  // the line takes the move
   EXPECT_EQ(desk.shapes.shape(0).pt3, (ImagePoint{-1, -1}));
   desk.press({107, 240});  // on the left handle
   EXPECT_EQ(stateOf(desk), (State{0, 0, -1, 1, -1, -1}));
   EXPECT_EQ(desk.shapes.shape(0).pt3, (ImagePoint{107, 240}));
   desk.release({107, 240});
-  desk.stopCalibration();
+  desk.overlay.stopCalibration();
   expectRuns(desk);
 }
 
 TEST(MouseInteractionCalibrating, AnEndThatWasHeldAsThePictureWentIsLetGoByTheNextPress) {
   Desk desk;
   desk.draw(kOprLine, {100, 100}, {200, 100});
-  desk.startCalibration();
+  desk.overlay.startCalibration();
   desk.press({107, 240});
   desk.stopPreview();  // unplugged
   desk.release({107, 240});
-  EXPECT_EQ(desk.shapes._opr1, kOprCalibrationLeft);
+  EXPECT_EQ(desk.tool._opr1, kOprCalibrationLeft);
   desk.texture = {640, 480};
   desk.geometry.frameSizeDidChange({640, 480});
   desk.geometry.zoomTo(-1);

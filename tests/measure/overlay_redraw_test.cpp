@@ -10,8 +10,8 @@ TEST(OverlayRedraw, PutsTheReticleFirstAndThenEachShape) {
        {kScaleNone, kScaleCrosshair, kScaleGrid, kScaleConcentric, 4, -1}) {
     SCOPED_TRACE(scaleType);
     Desk desk;
-    desk.calibrate(100.0f);
-    desk.changeScale(scaleType);
+    desk.overlay.setCalibration(100.0f, kUnitMillimetre);
+    desk.overlay.changeScale(scaleType);
     const FrontRun front = frontRun(desk);
     const bool isReticle = scaleType >= kScaleCrosshair && scaleType <= kScaleConcentric;
     EXPECT_EQ(!front.lines.empty(), isReticle);
@@ -32,11 +32,11 @@ TEST(OverlayRedraw, EachReticleIsTheOneThatWasChosen) {
       {kScaleConcentric, &Scale::drawConcentric}};
   for (const auto& [scaleType, draw] : table) {
     Desk desk;
-    desk.changeScale(scaleType);
+    desk.overlay.changeScale(scaleType);
     const FrontRun redrawn = frontRun(desk);
     desk.totalLines.count = 0;
     desk.totalPoints.count = 0;
-    (desk.scale.*draw)();
+    (desk.overlay.scale.*draw)();
     ASSERT_EQ(desk.totalLines.count, static_cast<int32_t>(redrawn.lines.size()));
     ASSERT_EQ(desk.totalPoints.count, static_cast<int32_t>(redrawn.points.size()));
     EXPECT_TRUE(sameBits(desk.totalLines.data, redrawn.lines.data(), desk.totalLines.count));
@@ -46,25 +46,25 @@ TEST(OverlayRedraw, EachReticleIsTheOneThatWasChosen) {
 
 TEST(OverlayRedraw, TheCalibrationLineReplacesReticleAndShapes) {
   Desk desk;
-  desk.calibrate(100.0f);
-  desk.changeScale(kScaleGrid);
+  desk.overlay.setCalibration(100.0f, kUnitMillimetre);
+  desk.overlay.changeScale(kScaleGrid);
   desk.labelsOf(kOprCircle, {100, 100}, {200, 180});
-  desk.startCalibration();
+  desk.overlay.startCalibration();
   EXPECT_EQ(desk.totalLines.count, 2 * (4 + 4 * 3));
   EXPECT_EQ(desk.totalPoints.count, 0);
   EXPECT_EQ(desk.shapes.shapeCount(), 1);
   // Rebuilt as often as the mouse moves, and never with shapes.
   desk.move({1, 1});
   EXPECT_EQ(desk.totalLines.count, 2 * (4 + 4 * 3));
-  desk.stopCalibration();
+  desk.overlay.stopCalibration();
   EXPECT_GT(desk.totalPoints.count, 0);
   expectRuns(desk);
 }
 
 TEST(OverlayRedraw, ARebuildOfAnIdleOverlayChangesNothing) {
   Desk desk;
-  desk.calibrate(10.0f);
-  desk.changeScale(kScaleCrosshair);
+  desk.overlay.setCalibration(10.0f, kUnitMillimetre);
+  desk.overlay.changeScale(kScaleCrosshair);
   const FrontRun front = frontRun(desk);
   desk.draw(kOprLine, {50, 50}, {90, 70});
   desk.draw(kOprLine2, {150, 50}, {190, 70}, {160, 100});
@@ -88,7 +88,7 @@ TEST(OverlayRedraw, ARebuildOfAnIdleOverlayChangesNothing) {
 
 TEST(OverlayRedraw, ColoursAndTextSizeOfThePreferencesTakeEffect) {
   Desk desk;
-  desk.calibrate(10.0f);
+  desk.overlay.setCalibration(10.0f, kUnitMillimetre);
   desk.labelsOf(kOprLine, {100, 100}, {200, 180});
   desk.preferences.lineColor = {0.125, 0, 0, 1};
   desk.preferences.textColor = {1, 1, 1, 1};

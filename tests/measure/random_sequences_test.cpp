@@ -19,7 +19,7 @@ class RandomUser {
     if (kind < 70) {
       useMouse();
     } else if (kind < 80) {
-      desk_.changeOperation(pick(9) - 1);
+      desk_.overlay.changeOperation(pick(9) - 1);
     } else if (kind < 92) {
       editList();
     } else {
@@ -37,7 +37,7 @@ class RandomUser {
 
   /// After a rebuild every shape is drawn anew: the lists, and not only the runs, are as told.
   void rebuildAndExpect() {
-    if (desk_.calibrationLine.isShown()) desk_.stopCalibration();
+    if (desk_.calibrationLine.isShown()) desk_.overlay.stopCalibration();
     desk_.overlay.redrawLinesAndPoints();
     remember();
     expectConsistent();
@@ -88,10 +88,10 @@ class RandomUser {
       case 5: return shapes.removeLastShape();
       case 6: return pick(8) == 0 ? shapes.removeAllShapes() : shapes.removeLastShape();
       case 7:
-        shapes._iDrawingShape = pick(shapes.shapeCount() + 3) - 1;  // stale
+        desk_.tool._iDrawingShape = pick(shapes.shapeCount() + 3) - 1;  // stale
         return;
-      case 8: shapes._iSelectedShape = pick(shapes.shapeCount() + 3) - 1; return;
-      case 9: shapes._iHoverShape = pick(shapes.shapeCount() + 3) - 1; return;
+      case 8: desk_.tool._iSelectedShape = pick(shapes.shapeCount() + 3) - 1; return;
+      case 9: desk_.tool._iHoverShape = pick(shapes.shapeCount() + 3) - 1; return;
       default:
         return shapes.moveShape(pick(shapes.shapeCount() + 3) - 1, pick(41) - 20, pick(41) - 20);
     }
@@ -99,13 +99,13 @@ class RandomUser {
 
   void changeView() {
     switch (pick(9)) {
-      case 0: desk_.startCalibration(); break;
+      case 0: desk_.overlay.startCalibration(); break;
       case 1:
-      case 2: desk_.stopCalibration(); break;
-      case 3: desk_.changeScale(pick(5)); break;
+      case 2: desk_.overlay.stopCalibration(); break;
+      case 3: desk_.overlay.changeScale(pick(5)); break;
       case 4: {
         const float values[] = {-1.0f, 0.0f, 1.0f, 17.3f, 1000.0f};
-        desk_.calibrate(values[pick(5)], pick(2));
+        desk_.overlay.setCalibration(values[pick(5)], pick(2));
         break;
       }
       case 5: desk_.geometry.zoomTo(pick(6) - 1); return;  // rebuilds nothing

@@ -9,13 +9,13 @@ using ::testing::Each;
 
 TEST(ShapeList, StartsEmptyWithRoomForAHundred) {
   const Desk desk;
-  EXPECT_EQ(desk.shapes.getCurrOperation(), 0);
-  EXPECT_EQ(desk.shapes._opr2, 0);
+  EXPECT_EQ(desk.tool.getCurrOperation(), 0);
+  EXPECT_EQ(desk.tool._opr2, 0);
   EXPECT_TRUE(desk.shapes._shapes.empty());
   EXPECT_GE(desk.shapes._shapes.capacity(), 100u);
-  EXPECT_EQ(desk.shapes._iDrawingShape, -1);
-  EXPECT_EQ(desk.shapes._iSelectedShape, -1);
-  EXPECT_EQ(desk.shapes._iHoverShape, -1);
+  EXPECT_EQ(desk.tool._iDrawingShape, -1);
+  EXPECT_EQ(desk.tool._iSelectedShape, -1);
+  EXPECT_EQ(desk.tool._iHoverShape, -1);
 }
 
 TEST(ShapeList, TakesAToolInHandAndLeavesWhatIsHalfMade) {
@@ -23,28 +23,28 @@ TEST(ShapeList, TakesAToolInHandAndLeavesWhatIsHalfMade) {
                                                {5, 5}, {6, 6}, {7, 0}, {51, 51}, {-1, -1}};
   for (const auto& [op, opr1] : table) {
     Desk desk;
-    desk.shapes._opr2 = 5;
-    desk.shapes._iDrawingShape = 3;
-    desk.shapes.changeOperation(op);
-    EXPECT_EQ(desk.shapes.getCurrOperation(), opr1) << op;
-    EXPECT_EQ(desk.shapes._opr2, 5);
-    EXPECT_EQ(desk.shapes._iDrawingShape, 3);
+    desk.tool._opr2 = 5;
+    desk.tool._iDrawingShape = 3;
+    desk.tool.changeOperation(op);
+    EXPECT_EQ(desk.tool.getCurrOperation(), opr1) << op;
+    EXPECT_EQ(desk.tool._opr2, 5);
+    EXPECT_EQ(desk.tool._iDrawingShape, 3);
   }
 }
 
 TEST(ShapeList, ANewShapeIsEmptyBehindTheOthersAndDrawsNothing) {
   Desk desk;
-  desk.calibrate(1.0f);
-  desk.changeScale(kScaleCrosshair);
+  desk.overlay.setCalibration(1.0f, kUnitMillimetre);
+  desk.overlay.changeScale(kScaleCrosshair);
   const int32_t reticleLines = desk.totalLines.count;
   const int32_t reticlePoints = desk.totalPoints.count;
   ASSERT_GT(reticleLines, 0);
   ASSERT_GT(reticlePoints, 0);
 
-  desk.shapes.changeOperation(kOprCircle);
+  desk.tool.changeOperation(kOprCircle);
   SHAPE& first = desk.shapes.newShape({10, 20});
   EXPECT_EQ(&first, &desk.shapes.shape(0));
-  EXPECT_EQ(desk.shapes._iDrawingShape, 0);
+  EXPECT_EQ(desk.tool._iDrawingShape, 0);
   EXPECT_EQ(first.type, kOprCircle);
   EXPECT_EQ(first.pt1, (ImagePoint{10, 20}));
   EXPECT_EQ(first.pt2, (ImagePoint{-1, -1}));
@@ -63,7 +63,7 @@ TEST(ShapeList, ANewShapeIsEmptyBehindTheOthersAndDrawsNothing) {
   desk.shapes.redrawSelectedShape(0);  // goes to the end of the lists
   EXPECT_EQ(desk.totalLines.count, reticleLines + first.lineVertices.count);
   const SHAPE& second = desk.shapes.newShape({1, 2});
-  EXPECT_EQ(desk.shapes._iDrawingShape, 1);
+  EXPECT_EQ(desk.tool._iDrawingShape, 1);
   EXPECT_EQ(second.lineVertices.pos, desk.totalLines.count);
   EXPECT_EQ(second.pointVertices.pos, desk.totalPoints.count);
   expectRuns(desk);
@@ -71,7 +71,7 @@ TEST(ShapeList, ANewShapeIsEmptyBehindTheOthersAndDrawsNothing) {
 
 TEST(ShapeList, HoldsMoreThanItHasRoomFor) {
   Desk desk;
-  desk.calibrate(1.0f);
+  desk.overlay.setCalibration(1.0f, kUnitMillimetre);
   for (int i = 0; i < 250; ++i) desk.labelsOf(1 + i % 5, {i * 2.0, 5}, {i * 2.0 + 30, 45}, {9, 99});
   EXPECT_EQ(desk.shapes.shapeCount(), 250);
   expectRuns(desk, {});
@@ -79,19 +79,19 @@ TEST(ShapeList, HoldsMoreThanItHasRoomFor) {
 
 TEST(ShapeList, ARedrawSplicesTheShapeWhereItStands) {
   Desk desk;
-  desk.calibrate(1.0f);
-  desk.changeScale(kScaleGrid);
+  desk.overlay.setCalibration(1.0f, kUnitMillimetre);
+  desk.overlay.changeScale(kScaleGrid);
   const FrontRun front = frontRun(desk);
   for (int i = 0; i < 4; ++i) desk.labelsOf(kOprLine, {10.0 * i, 5}, {10.0 * i + 30, 45});
   expectRuns(desk, front);
 
   const int32_t lines = desk.totalLines.count;
-  desk.shapes._iSelectedShape = 1;  // ticks become thick frames: more lines
+  desk.tool._iSelectedShape = 1;  // ticks become thick frames: more lines
   desk.shapes.redrawSelectedShape(1);
   EXPECT_EQ(desk.totalLines.count, lines - 4 + 48);
   expectRuns(desk, front);
 
-  desk.shapes._iSelectedShape = -1;
+  desk.tool._iSelectedShape = -1;
   desk.shapes.redrawSelectedShape(1);  // and fewer again
   EXPECT_EQ(desk.totalLines.count, lines);
   expectRuns(desk, front);
@@ -147,8 +147,8 @@ TEST(ShapeList, MovesNothingOutOfRange) {
 
 struct Row {
   explicit Row(int n) {
-    desk.calibrate(1.0f);
-    desk.changeScale(kScaleConcentric);
+    desk.overlay.setCalibration(1.0f, kUnitMillimetre);
+    desk.overlay.changeScale(kScaleConcentric);
     front = frontRun(desk);
     for (int i = 0; i < n; ++i) {
       desk.labelsOf(i % 2 ? kOprCircle : kOprLine, {10.0 * i, 5}, {10.0 * i + 30, 45});
@@ -162,21 +162,22 @@ struct Row {
 TEST(ShapeList, RemovingTheSelectedShapeClosesTheGap) {
   for (int32_t selected = 0; selected < 4; ++selected) {
     Row row(4);
+    ToolState& tool = row.desk.tool;
     ShapeList& shapes = row.desk.shapes;
-    shapes._iSelectedShape = selected;
+    tool._iSelectedShape = selected;
     shapes.redrawSelectedShape(selected);
-    shapes._iHoverShape = 2;
-    shapes._iDrawingShape = 3;
-    shapes._opr1 = 5;
-    shapes._opr2 = 5;
+    tool._iHoverShape = 2;
+    tool._iDrawingShape = 3;
+    tool._opr1 = 5;
+    tool._opr2 = 5;
     shapes.removeSelectedShape();
     ASSERT_EQ(shapes.shapeCount(), 3);
     for (int32_t i = 0; i < 3; ++i) EXPECT_EQ(row.startOf(i), 10.0 * (i < selected ? i : i + 1));
-    EXPECT_EQ(shapes._iSelectedShape, -1);
-    EXPECT_EQ(shapes._iHoverShape, -1);
-    EXPECT_EQ(shapes._iDrawingShape, 3);
-    EXPECT_EQ(shapes._opr1, 5);
-    EXPECT_EQ(shapes._opr2, 5);
+    EXPECT_EQ(tool._iSelectedShape, -1);
+    EXPECT_EQ(tool._iHoverShape, -1);
+    EXPECT_EQ(tool._iDrawingShape, 3);
+    EXPECT_EQ(tool._opr1, 5);
+    EXPECT_EQ(tool._opr2, 5);
     expectRuns(row.desk, row.front);
   }
 }
@@ -184,12 +185,12 @@ TEST(ShapeList, RemovingTheSelectedShapeClosesTheGap) {
 TEST(ShapeList, RemovingTheSelectedShapeNeedsOne) {
   Row row(2);
   for (const int32_t selected : {-1, 2, 100}) {
-    row.desk.shapes._iSelectedShape = selected;
-    row.desk.shapes._iHoverShape = 1;
+    row.desk.tool._iSelectedShape = selected;
+    row.desk.tool._iHoverShape = 1;
     row.desk.shapes.removeSelectedShape();
     EXPECT_EQ(row.desk.shapes.shapeCount(), 2);
-    EXPECT_EQ(row.desk.shapes._iSelectedShape, selected);
-    EXPECT_EQ(row.desk.shapes._iHoverShape, 1);
+    EXPECT_EQ(row.desk.tool._iSelectedShape, selected);
+    EXPECT_EQ(row.desk.tool._iHoverShape, 1);
   }
 }
 
@@ -199,42 +200,42 @@ TEST(ShapeList, RemovingTheLastShapeForgetsOnlyItsOwnIndices) {
   } table[] = {{2, 2, -1, -1}, {2, 1, -1, 1}, {0, 2, 0, -1}, {-1, 0, -1, 0}};
   for (const auto& step : table) {
     Row row(3);
-    row.desk.shapes._iSelectedShape = step.selected;
-    row.desk.shapes._iHoverShape = step.hovered;
-    row.desk.shapes._iDrawingShape = 2;
+    row.desk.tool._iSelectedShape = step.selected;
+    row.desk.tool._iHoverShape = step.hovered;
+    row.desk.tool._iDrawingShape = 2;
     row.desk.shapes.removeLastShape();
     EXPECT_EQ(row.desk.shapes.shapeCount(), 2);
-    EXPECT_EQ(row.desk.shapes._iSelectedShape, step.selectedAfter);
-    EXPECT_EQ(row.desk.shapes._iHoverShape, step.hoveredAfter);
-    EXPECT_EQ(row.desk.shapes._iDrawingShape, 2);
+    EXPECT_EQ(row.desk.tool._iSelectedShape, step.selectedAfter);
+    EXPECT_EQ(row.desk.tool._iHoverShape, step.hoveredAfter);
+    EXPECT_EQ(row.desk.tool._iDrawingShape, 2);
     expectRuns(row.desk, row.front);
   }
 }
 
 TEST(ShapeList, RemovingAllKeepsTheReticle) {
   Row row(5);
-  row.desk.shapes._iSelectedShape = 1;
-  row.desk.shapes._iHoverShape = 2;
-  row.desk.shapes._iDrawingShape = 3;
+  row.desk.tool._iSelectedShape = 1;
+  row.desk.tool._iHoverShape = 2;
+  row.desk.tool._iDrawingShape = 3;
   row.desk.shapes.removeAllShapes();
   EXPECT_TRUE(row.desk.shapes._shapes.empty());
-  EXPECT_EQ(row.desk.shapes._iSelectedShape, -1);
-  EXPECT_EQ(row.desk.shapes._iHoverShape, -1);
-  EXPECT_EQ(row.desk.shapes._iDrawingShape, 3);
+  EXPECT_EQ(row.desk.tool._iSelectedShape, -1);
+  EXPECT_EQ(row.desk.tool._iHoverShape, -1);
+  EXPECT_EQ(row.desk.tool._iDrawingShape, 3);
   EXPECT_FALSE(row.front.lines.empty());
   expectRuns(row.desk, row.front);
 }
 
 TEST(ShapeList, RemovingFromAnEmptyListDoesNothing) {
   Row row(0);
-  row.desk.shapes._iSelectedShape = 4;
-  row.desk.shapes._iHoverShape = 5;
+  row.desk.tool._iSelectedShape = 4;
+  row.desk.tool._iHoverShape = 5;
   row.desk.shapes.removeAllShapes();
   row.desk.shapes.removeLastShape();
   row.desk.shapes.removeSelectedShape();
   row.desk.shapes.redrawDeletingShape(-1);
-  EXPECT_EQ(row.desk.shapes._iSelectedShape, 4);
-  EXPECT_EQ(row.desk.shapes._iHoverShape, 5);
+  EXPECT_EQ(row.desk.tool._iSelectedShape, 4);
+  EXPECT_EQ(row.desk.tool._iHoverShape, 5);
   expectRuns(row.desk, row.front);
 }
 
@@ -255,14 +256,14 @@ TEST(ShapeList, AStaleDrawingIndexDrawsTheShapeThatMovedDownAsHalfMade) {
   desk.labelsOf(kOprLine, {10, 10}, {50, 10});
   desk.labelsOf(kOprLine, {10, 60}, {50, 60});
   desk.labelsOf(kOprLine2, {10, 90}, {50, 90}, {30, 120});
-  desk.shapes._iDrawingShape = 1;
-  desk.shapes._iSelectedShape = 0;
+  desk.tool._iDrawingShape = 1;
+  desk.tool._iSelectedShape = 0;
   desk.shapes.removeSelectedShape();
   desk.shapes.redrawSelectedShape(0);
   desk.shapes.redrawSelectedShape(1);
   EXPECT_EQ(desk.shapes.shape(0).lineVertices.count, 6);
   EXPECT_EQ(desk.shapes.shape(1).lineVertices.count, 2);  // the baseline only
-  desk.shapes._iDrawingShape = 0;
+  desk.tool._iDrawingShape = 0;
   desk.shapes.redrawSelectedShape(0);
   expectLines(desk, desk.shapes.shape(0).lineVertices,
               {{10, 60, 50, 60}, {10, 22, 10, 98}, {50, 22, 50, 98}});  // ticks of 38
@@ -270,8 +271,8 @@ TEST(ShapeList, AStaleDrawingIndexDrawsTheShapeThatMovedDownAsHalfMade) {
 
 TEST(ShapeList, ATextStartsNearTheMiddleAndStaysTheDrawingShape) {
   Desk desk({1281, 721});
-  desk.changeOperation(kOprRect);
-  desk.shapes._opr2 = 2;
+  desk.overlay.changeOperation(kOprRect);
+  desk.tool._opr2 = 2;
   std::string text = "note";
   desk.shapes.setInputText(text);
   text[0] = 'v';  // the shape has its own copy
@@ -281,36 +282,36 @@ TEST(ShapeList, ATextStartsNearTheMiddleAndStaysTheDrawingShape) {
   EXPECT_EQ(*s.text, "note");
   EXPECT_EQ(s.pt1, (ImagePoint{650, 322}));
   EXPECT_EQ(s.pt3, (ImagePoint{-1, -1}));
-  EXPECT_EQ(desk.shapes._iDrawingShape, 0);
-  EXPECT_EQ(desk.shapes._opr1, kOprRect);
-  EXPECT_EQ(desk.shapes._opr2, 2);
+  EXPECT_EQ(desk.tool._iDrawingShape, 0);
+  EXPECT_EQ(desk.tool._opr1, kOprRect);
+  EXPECT_EQ(desk.tool._opr2, 2);
   expectRuns(desk);
 }
 
 TEST(ShapeList, AnEmptyTextIsIgnored) {
   Desk desk;
   desk.labelsOf(kOprLine, {1, 2}, {30, 40});
-  desk.shapes._iDrawingShape = 7;
-  desk.shapes._iSelectedShape = 0;
-  desk.shapes._iHoverShape = 0;
+  desk.tool._iDrawingShape = 7;
+  desk.tool._iSelectedShape = 0;
+  desk.tool._iHoverShape = 0;
   desk.shapes.setInputText("");
   EXPECT_EQ(desk.shapes.shapeCount(), 1);
-  EXPECT_EQ(desk.shapes._iDrawingShape, 7);
-  EXPECT_EQ(desk.shapes._iSelectedShape, 0);
-  EXPECT_EQ(desk.shapes._iHoverShape, 0);
+  EXPECT_EQ(desk.tool._iDrawingShape, 7);
+  EXPECT_EQ(desk.tool._iSelectedShape, 0);
+  EXPECT_EQ(desk.tool._iHoverShape, 0);
 }
 
 TEST(ShapeList, ATextDeselectsWithoutARedraw) {
   Desk desk;
   desk.labelsOf(kOprLine, {100, 100}, {200, 100});
   desk.labelsOf(kOprLine, {100, 200}, {200, 200});
-  desk.shapes._iSelectedShape = 0;
-  desk.shapes._iHoverShape = 1;
+  desk.tool._iSelectedShape = 0;
+  desk.tool._iHoverShape = 1;
   desk.shapes.redrawSelectedShape(0);
   desk.shapes.redrawSelectedShape(1);
   desk.shapes.setInputText("note");
-  EXPECT_EQ(desk.shapes._iSelectedShape, -1);
-  EXPECT_EQ(desk.shapes._iHoverShape, -1);
+  EXPECT_EQ(desk.tool._iSelectedShape, -1);
+  EXPECT_EQ(desk.tool._iHoverShape, -1);
   EXPECT_EQ(desk.shapes.shape(0).lineVertices.count, 2 + 48);  // handles stay on screen
   EXPECT_EQ(desk.shapes.shape(1).lineVertices.count, 2 + 16);
   expectRuns(desk);
@@ -343,9 +344,9 @@ TEST(ShapeList, LeavesTheTotalListsAloneWhileTheyHoldTheCalibrationLine) {
       SCOPED_TRACE(name);
       Row row(4);
       Desk& desk = row.desk;
-      desk.shapes._iSelectedShape = 1;
+      desk.tool._iSelectedShape = 1;
       desk.shapes.redrawSelectedShape(1);
-      desk.startCalibration();
+      desk.overlay.startCalibration();
       if (lostPicture) desk.stopPreview();  // hides the line without a rebuild
       const std::vector lines(desk.totalLines.data, desk.totalLines.data + desk.totalLines.count);
       ASSERT_FALSE(lines.empty());
@@ -356,10 +357,10 @@ TEST(ShapeList, LeavesTheTotalListsAloneWhileTheyHoldTheCalibrationLine) {
 
       if (lostPicture) {
         desk.texture = {640, 480};
-        desk.calibration._pixelsPerUnit = 1.0f;
+        desk.overlay.context.calibration._pixelsPerUnit = 1.0f;
         desk.overlay.redrawLinesAndPoints();
       } else {
-        desk.stopCalibration();
+        desk.overlay.stopCalibration();
       }
       expectRuns(desk, row.front);  // the rebuild brings everything back, with the changes
     }
@@ -368,11 +369,11 @@ TEST(ShapeList, LeavesTheTotalListsAloneWhileTheyHoldTheCalibrationLine) {
 
 TEST(ShapeList, SplicesAgainAfterCalibrating) {
   Row row(3);
-  row.desk.startCalibration();
-  row.desk.shapes._iSelectedShape = 0;
+  row.desk.overlay.startCalibration();
+  row.desk.tool._iSelectedShape = 0;
   row.desk.shapes.removeSelectedShape();
-  row.desk.stopCalibration();
-  row.desk.shapes._iSelectedShape = 0;
+  row.desk.overlay.stopCalibration();
+  row.desk.tool._iSelectedShape = 0;
   row.desk.shapes.redrawSelectedShape(0);
   expectRuns(row.desk, row.front);
   row.desk.shapes.removeAllShapes();
@@ -382,7 +383,7 @@ TEST(ShapeList, SplicesAgainAfterCalibrating) {
 TEST(ShapeList, ALostPictureWithoutACalibrationLineLeavesTheListsToTheShapes) {
   Row row(3);
   row.desk.stopPreview();
-  row.desk.shapes._iSelectedShape = 1;
+  row.desk.tool._iSelectedShape = 1;
   row.desk.shapes.removeSelectedShape();
   expectRuns(row.desk, row.front);
   row.desk.shapes.setInputText("note");

@@ -13,7 +13,7 @@ void MouseInteraction::mouseDown(ViewPoint viewPoint, ScreenPoint screenPoint) {
     return;
   }
   const ImagePoint point = imagePointAt100Percent(viewPoint);
-  if (hasThirdPoint(shapes_._opr1) && shapes_._opr1 == shapes_._opr2) {
+  if (isThirdPointDue()) {
     // `_mouseDown` stays as it is, so that the release of this press does nothing.
     finishThirdPoint(point);
     rememberPress(screenPoint);
@@ -21,15 +21,15 @@ void MouseInteraction::mouseDown(ViewPoint viewPoint, ScreenPoint screenPoint) {
   }
   _mouseDown = true;
   if (calibrationLine_.isShown()) {
-    calibrationLine_.mouseDown(point, shapes_._opr1);
+    calibrationLine_.mouseDown(point, tool_._opr1);
     _ptMouseClick = screenPoint;
     return;
   }
   // An unplugged camera can take the calibration line away while one of its ends is held.
-  if (shapes_._opr1 == kOprCalibrationLeft || shapes_._opr1 == kOprCalibrationRight) {
-    shapes_._opr1 = kOprDrag;
+  if (tool_._opr1 == kOprCalibrationLeft || tool_._opr1 == kOprCalibrationRight) {
+    tool_._opr1 = kOprDrag;
   }
-  if (shapes_._opr1 == kOprDrag) {
+  if (tool_.isDragTool()) {
     select(point);
     rememberPress(screenPoint);
   } else {
@@ -42,30 +42,27 @@ void MouseInteraction::mouseUp(ViewPoint viewPoint) {
   _mouseDown = false;
   if (!isAt100Percent()) return;
   if (calibrationLine_.isShown()) {
-    CalibrationLine::mouseUp(shapes_._opr1);
+    CalibrationLine::mouseUp(tool_._opr1);
     return;
   }
-  if (shapes_.hasShape(shapes_._iSelectedShape) || shapes_._opr1 == kOprDrag ||
-      !shapes_.hasShape(shapes_._iDrawingShape)) {
-    return;
-  }
-  shapes_.shape(shapes_._iDrawingShape).pt2 = imagePointAt100Percent(viewPoint);
-  if (hasThirdPoint(shapes_._opr1)) {
-    shapes_._opr2 = shapes_._opr1;
+  SHAPE* const drawing = shapes_.drawingShape();
+  if (hasSelectedShape() || tool_.isDragTool() || !drawing) return;
+  drawing->pt2 = imagePointAt100Percent(viewPoint);
+  if (hasThirdPoint(tool_._opr1)) {
+    tool_._opr2 = tool_._opr1;
     return;
   }
   // Cleared before the redraw: this is what makes a line's long construction ticks short.
-  shapes_.redrawSelectedShape(std::exchange(shapes_._iDrawingShape, -1));
-  shapes_._opr1 = kOprDrag;
-  shapes_._opr2 = kOprDrag;
+  shapes_.redrawSelectedShape(std::exchange(tool_._iDrawingShape, -1));
+  tool_.putDown();
 }
 
 void MouseInteraction::mouseDragged(ViewPoint viewPoint, ScreenPoint screenPoint) {
   if (isAt100Percent() && calibrationLine_.isShown()) {
     dragCalibrationLine(screenPoint);
-  } else if (shapes_._opr1 != kOprDrag) {
+  } else if (!tool_.isDragTool()) {
     extendShape(imagePointAt100Percent(viewPoint));  // at any zoom: meant
-  } else if (isAt100Percent() && shapes_.hasShape(shapes_._iSelectedShape)) {
+  } else if (isAt100Percent() && hasSelectedShape()) {
     dragSelectedShape(screenPoint);
   } else {
     geometry_.pan(_ptMouseClick, screenPoint);
@@ -78,11 +75,12 @@ void MouseInteraction::mouseMoved(ViewPoint viewPoint) {
   if (calibrationLine_.isShown()) {
     calibrationLine_.mouseMoved(point);
     overlay_.redrawLinesAndPoints();
-  } else if (hasThirdPoint(shapes_._opr2)) {
-    if (!shapes_.hasShape(shapes_._iDrawingShape)) return;
-    shapes_.shape(shapes_._iDrawingShape).pt3 = point;
-    shapes_.redrawSelectedShape(shapes_._iDrawingShape);
-  } else if (shapes_._opr1 == kOprDrag && !shapes_._shapes.empty()) {
+  } else if (hasThirdPoint(tool_._opr2)) {
+    SHAPE* const drawing = shapes_.drawingShape();
+    if (!drawing) return;
+    drawing->pt3 = point;
+    shapes_.redrawSelectedShape(tool_._iDrawingShape);
+  } else if (tool_.isDragTool() && !shapes_._shapes.empty()) {
     hover(point);
   }
 }
@@ -92,68 +90,55 @@ void MouseInteraction::rememberPress(ScreenPoint screenPoint) {
   geometry_.beginPan();
 }
 
-int32_t MouseInteraction::hitTest(ImagePoint point) const {
-  for (int32_t i = 0; i < shapes_.shapeCount(); ++i) {
-    for (const ImageRect& rect : shapes_.shape(i).hitRects) {
-      if (contains(rect, point)) return i;
-    }
-  }
-  return -1;
-}
-
 void MouseInteraction::finishThirdPoint(ImagePoint point) {
   // Not redrawn: what the last move of the mouse drew is meant to stand.
-  if (shapes_.hasShape(shapes_._iDrawingShape)) {
-    shapes_.shape(shapes_._iDrawingShape).pt3 = point;
-  }
-  shapes_._opr1 = kOprDrag;
-  shapes_._opr2 = kOprDrag;
-  shapes_._iDrawingShape = -1;
+  if (SHAPE* const drawing = shapes_.drawingShape()) drawing->pt3 = point;
+  tool_.putDown();
+  tool_._iDrawingShape = -1;
 }
 
 void MouseInteraction::select(ImagePoint point) {
   // A shape that was hovered only is meant to keep its frames until its next redraw.
-  shapes_._iHoverShape = -1;
-  const int32_t before = std::exchange(shapes_._iSelectedShape, hitTest(point));
-  if (shapes_._iSelectedShape >= 0) _ptMoved = {};
-  redrawChange(before, shapes_._iSelectedShape);
+  tool_._iHoverShape = -1;
+  const int32_t hit = shapes_.hitTest(point);
+  if (hit >= 0) _ptMoved = {};
+  moveMark(tool_._iSelectedShape, hit);
 }
 
 void MouseInteraction::hover(ImagePoint point) {
-  const int32_t before = std::exchange(shapes_._iHoverShape, hitTest(point));
-  redrawChange(before, shapes_._iHoverShape);
+  moveMark(tool_._iHoverShape, shapes_.hitTest(point));
 }
 
-void MouseInteraction::redrawChange(int32_t before, int32_t now) {
-  if (before == now) return;
+void MouseInteraction::moveMark(int32_t& mark, int32_t index) {
+  const int32_t before = std::exchange(mark, index);
+  if (before == index) return;
   if (shapes_.hasShape(before)) shapes_.redrawSelectedShape(before);
-  if (shapes_.hasShape(now)) shapes_.redrawSelectedShape(now);
+  if (shapes_.hasShape(index)) shapes_.redrawSelectedShape(index);
 }
 
 void MouseInteraction::startShape(ImagePoint point) {
-  const int32_t selected = std::exchange(shapes_._iSelectedShape, -1);
-  if (shapes_.hasShape(selected)) shapes_.redrawSelectedShape(selected);
-  const int32_t hovered = std::exchange(shapes_._iHoverShape, -1);
-  if (shapes_.hasShape(hovered)) shapes_.redrawSelectedShape(hovered);
-  shapes_._opr2 = kOprDrag;
+  moveMark(tool_._iSelectedShape, -1);
+  moveMark(tool_._iHoverShape, -1);
+  tool_._opr2 = kOprDrag;
   SHAPE& s = shapes_.newShape(point);
   if (s.type == kOprPencil) s.pencilPoints.push_back(&point, 1);
 }
 
 void MouseInteraction::extendShape(ImagePoint point) {
-  if (!shapes_.hasShape(shapes_._iDrawingShape)) return;
-  SHAPE& s = shapes_.shape(shapes_._iDrawingShape);
-  if (s.type == kOprPencil) {
-    s.pencilPoints.push_back(&point, 1);
+  SHAPE* const drawing = shapes_.drawingShape();
+  if (!drawing) return;
+  if (drawing->type == kOprPencil) {
+    drawing->pencilPoints.push_back(&point, 1);
   } else {
-    s.pt2 = point;
+    drawing->pt2 = point;
   }
-  shapes_.redrawSelectedShape(shapes_._iDrawingShape);
+  shapes_.redrawSelectedShape(tool_._iDrawingShape);
 }
 
 void MouseInteraction::dragCalibrationLine(ScreenPoint screenPoint) {
-  if (calibrationLine_.mouseDragged(shapes_._opr1, screenPoint.x - _ptMouseClick.x,
-                                    geometry_.viewLocation().x, host_.superviewFrameSize().width)) {
+  if (calibrationLine_.mouseDragged(tool_._opr1, screenPoint.x - _ptMouseClick.x,
+                                    geometry_.viewLocation().x,
+                                    geometry_.superviewFrameSize().width)) {
     overlay_.redrawLinesAndPoints();
   }
 }
@@ -164,7 +149,7 @@ void MouseInteraction::dragSelectedShape(ScreenPoint screenPoint) {
   const int32_t dx = truncateToInt32(screenPoint.x - _ptMouseClick.x - _ptMoved.x);
   const int32_t dy = truncateToInt32(-screenPoint.y + _ptMouseClick.y - _ptMoved.y);
   if (dx == 0 && dy == 0) return;
-  shapes_.moveShape(shapes_._iSelectedShape, dx, dy);
+  shapes_.moveShape(tool_._iSelectedShape, dx, dy);
   _ptMoved.x += dx;
   _ptMoved.y += dy;
 }

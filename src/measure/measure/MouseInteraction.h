@@ -5,15 +5,14 @@
 #include "base/Geometry.h"
 #include "measure/OverlayRedraw.h"
 #include "measure/ShapeList.h"
+#include "measure/ToolState.h"
 #include "overlay/CalibrationLine.h"
 #include "preview/ViewGeometry.h"
-#include "preview/ViewHost.h"
 
 namespace tessary {
 
 /// What the mouse does: it makes, selects, hovers and moves shapes, drags the ends of the
-/// calibration line, and pans. One small state machine over `_opr1`, `_opr2` and the indices of the
-/// shape list:
+/// calibration line, and pans. One small state machine over the fields of ToolState:
 ///
 ///                  `_opr1`   `_opr2`   `_iDrawingShape`
 ///     idle         0         0         -1, or stale after a text
@@ -26,12 +25,12 @@ namespace tessary {
 /// moves under the mouse. Main thread.
 class MouseInteraction {
  public:
-  MouseInteraction(ShapeList& shapes, CalibrationLine& calibrationLine, ViewGeometry& geometry,
-                   const ViewHost& host, OverlayRedraw& overlay)
-      : shapes_(shapes),
+  MouseInteraction(ToolState& tool, ShapeList& shapes, CalibrationLine& calibrationLine,
+                   ViewGeometry& geometry, OverlayRedraw& overlay)
+      : tool_(tool),
+        shapes_(shapes),
         calibrationLine_(calibrationLine),
         geometry_(geometry),
-        host_(host),
         overlay_(overlay) {}
 
   void mouseDown(ViewPoint viewPoint, ScreenPoint screenPoint);
@@ -48,12 +47,10 @@ class MouseInteraction {
 
  private:
   bool isAt100Percent() const { return geometry_.zoom() == kZoom100; }
+  bool isThirdPointDue() const { return hasThirdPoint(tool_._opr1) && tool_._opr1 == tool_._opr2; }
+  bool hasSelectedShape() const { return shapes_.hasShape(tool_._iSelectedShape); }
   /// Where a drag starts from, for shape or picture.
   void rememberPress(ScreenPoint screenPoint);
-  /// The oldest shape under `point`, -1 for none. It wins over newer ones that are drawn on top
-  /// of it: meant.
-  int32_t hitTest(ImagePoint point) const;
-
   void finishThirdPoint(ImagePoint point);
   void select(ImagePoint point);
   void hover(ImagePoint point);
@@ -61,13 +58,14 @@ class MouseInteraction {
   void extendShape(ImagePoint point);
   void dragCalibrationLine(ScreenPoint screenPoint);
   void dragSelectedShape(ScreenPoint screenPoint);
-  /// Redraws the shapes that a change of selection or hover concerns, if any.
-  void redrawChange(int32_t before, int32_t now);
+  /// Marks shape `index` (-1 for none) in `mark`, which is one of the selected and the hovered, and
+  /// redraws the two that this concerns.
+  void moveMark(int32_t& mark, int32_t index);
 
+  ToolState& tool_;
   ShapeList& shapes_;
   CalibrationLine& calibrationLine_;
   ViewGeometry& geometry_;
-  const ViewHost& host_;
   OverlayRedraw& overlay_;
 };
 

@@ -91,7 +91,7 @@ int32_t labelRadius(ImagePoint pt1, ImagePoint pt2) {
 }  // namespace
 
 void ShapeDrawing::drawShapeItem(int32_t index) {
-  SHAPE& s = state_.shape(index);
+  SHAPE& s = shapes_.shape(index);
   s.lineVertices.count = 0;
   s.pointVertices.count = 0;
   switch (s.type) {
@@ -107,11 +107,11 @@ void ShapeDrawing::drawShapeItem(int32_t index) {
 }
 
 void ShapeDrawing::drawShapeLine(int32_t index) {
-  SHAPE& s = state_.shape(index);
+  SHAPE& s = shapes_.shape(index);
   addLine(s, s.pt1, s.pt2);
-  if (index == state_._iDrawingShape) {
+  if (index == tool_._iDrawingShape) {
     addTicks(s, kConstructionTick);
-  } else if (isMarked(index)) {
+  } else if (tool_.isMarked(index)) {
     addFramesIfMarked(index, {s.pt1, s.pt2});
   } else {
     addTicks(s, kTick);
@@ -126,10 +126,10 @@ void ShapeDrawing::drawShapeLine(int32_t index) {
 }
 
 void ShapeDrawing::drawShapeLine2(int32_t index) {
-  SHAPE& s = state_.shape(index);
+  SHAPE& s = shapes_.shape(index);
   addLine(s, s.pt1, s.pt2);
   // While the baseline is dragged there is no third point yet.
-  if (index == state_._iDrawingShape && state_._opr2 != kOprLine2) return;
+  if (index == tool_._iDrawingShape && tool_._opr2 != kOprLine2) return;
 
   const auto [foot, half, d] = parallelThrough(s.pt1, s.pt2, s.pt3);
   addLine(s, s.pt3, foot);
@@ -144,7 +144,7 @@ void ShapeDrawing::drawShapeLine2(int32_t index) {
 }
 
 void ShapeDrawing::drawShapeCircle(int32_t index) {
-  SHAPE& s = state_.shape(index);
+  SHAPE& s = shapes_.shape(index);
   if (s.pt2 == s.pt1) return;
   addLine(s, s.pt1, s.pt2);
   context_.lines._drawShapeCircle(s.pointVertices, s.pt1, s.pt2, vertexColor());
@@ -167,7 +167,7 @@ void ShapeDrawing::drawShapeCircle(int32_t index) {
 }
 
 void ShapeDrawing::drawShapeRect(int32_t index) {
-  SHAPE& s = state_.shape(index);
+  SHAPE& s = shapes_.shape(index);
   if (s.pt2 == s.pt1) return;
   const ImagePoint corner3{s.pt1.x, s.pt2.y};
   const ImagePoint corner4{s.pt2.x, s.pt1.y};
@@ -188,11 +188,11 @@ void ShapeDrawing::drawShapeRect(int32_t index) {
 }
 
 void ShapeDrawing::drawShapeAngle(int32_t index) {
-  SHAPE& s = state_.shape(index);
+  SHAPE& s = shapes_.shape(index);
   if (s.pt2 == s.pt1) return;
   addLine(s, s.pt1, s.pt2);
   // While the first arm is dragged there is no second one yet.
-  if (index == state_._iDrawingShape && state_._opr2 != kOprAngle) return;
+  if (index == tool_._iDrawingShape && tool_._opr2 != kOprAngle) return;
 
   if (s.pt3 != s.pt2) {
     addLine(s, s.pt1, s.pt3);
@@ -204,7 +204,7 @@ void ShapeDrawing::drawShapeAngle(int32_t index) {
 }
 
 void ShapeDrawing::drawShapePencil(int32_t index) {
-  SHAPE& s = state_.shape(index);
+  SHAPE& s = shapes_.shape(index);
   const auto points = s.pencilPoints.elements();
   if (points.empty()) return;
   for (size_t k = 1; k < points.size(); ++k) addLine(s, points[k - 1], points[k]);
@@ -217,12 +217,12 @@ void ShapeDrawing::drawShapePencil(int32_t index) {
 }
 
 void ShapeDrawing::drawShapeText(int32_t index) {
-  SHAPE& s = state_.shape(index);
+  SHAPE& s = shapes_.shape(index);
   if (!s.text) return;
   Size size = context_.text.getTextSize(*s.text);
   if (size.width <= kLeastTextWidth) size.width = kLeastTextWidth;
   s.pt2 = {s.pt1.x + size.width + 4, s.pt1.y + size.height + 4};
-  if (isMarked(index)) {
+  if (tool_.isMarked(index)) {
     addBox(s, s.pt1, s.pt2);
     addFramesIfMarked(index, {s.pt1, s.pt2, {s.pt1.x, s.pt2.y}, {s.pt2.x, s.pt1.y}});
   }
@@ -256,12 +256,12 @@ void ShapeDrawing::addTicks(SHAPE& shape, int32_t auxLen) {
 }
 
 void ShapeDrawing::addFrame(int32_t index, ImagePoint center) {
-  context_.lines.drawSmallFrame(state_.shape(index).lineVertices, center, isSelected(index),
+  context_.lines.drawSmallFrame(shapes_.shape(index).lineVertices, center, tool_.isSelected(index),
                                 vertexColor());
 }
 
 void ShapeDrawing::addFramesIfMarked(int32_t index, std::initializer_list<ImagePoint> centers) {
-  if (!isMarked(index)) return;
+  if (!tool_.isMarked(index)) return;
   for (const ImagePoint center : centers) addFrame(index, center);
 }
 

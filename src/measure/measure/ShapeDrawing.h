@@ -4,7 +4,8 @@
 #include <initializer_list>
 #include <string>
 
-#include "measure/ShapeState.h"
+#include "measure/Shapes.h"
+#include "measure/ToolState.h"
 #include "overlay/OverlayContext.h"
 
 namespace tessary {
@@ -17,7 +18,8 @@ namespace tessary {
 /// divided, and are rounded by the label's format alone. Main thread.
 class ShapeDrawing {
  public:
-  ShapeDrawing(OverlayContext& context, ShapeState& state) : context_(context), state_(state) {}
+  ShapeDrawing(OverlayContext& context, Shapes& shapes, const ToolState& tool)
+      : context_(context), shapes_(shapes), tool_(tool) {}
 
   /// Empties the shape's two lists and draws it by its type. An unknown type draws nothing.
   void drawShapeItem(int32_t index);
@@ -39,8 +41,6 @@ class ShapeDrawing {
   void drawShapeText(int32_t index);
 
  private:
-  bool isSelected(int32_t index) const { return index == state_._iSelectedShape; }
-  bool isMarked(int32_t index) const { return isSelected(index) || index == state_._iHoverShape; }
   bool isCalibrated() const { return context_.calibration._pixelsPerUnit > 0; }
   VertexColor vertexColor() const;
   /// A length or area in pixels as a label shows it.
@@ -58,7 +58,8 @@ class ShapeDrawing {
   void addLabel3(SHAPE& shape, ImagePoint anchor);
 
   OverlayContext& context_;
-  ShapeState& state_;
+  Shapes& shapes_;
+  const ToolState& tool_;
   // Kept from label to label, so that a redraw allocates nothing.
   std::string text_;
   std::string text2_;

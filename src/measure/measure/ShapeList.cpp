@@ -4,18 +4,27 @@
 
 namespace tessary {
 
+int32_t ShapeList::hitTest(ImagePoint point) const {
+  for (int32_t i = 0; i < shapeCount(); ++i) {
+    for (const ImageRect& rect : shape(i).hitRects) {
+      if (contains(rect, point)) return i;
+    }
+  }
+  return -1;
+}
+
 SHAPE& ShapeList::newShape(ImagePoint p) {
-  _iDrawingShape = shapeCount();
+  tool_._iDrawingShape = shapeCount();
   SHAPE& s = _shapes.emplace_back();
-  s.type = _opr1;
+  s.type = tool_._opr1;
   s.pt1 = p;
   s.pt2 = {-1, -1};
   s.pt3 = {-1, -1};
-  if (_iDrawingShape < 1) {
+  if (tool_._iDrawingShape < 1) {
     s.lineVertices.pos = context_._totalLines.count;
     s.pointVertices.pos = context_._totalPoints.count;
   } else {
-    const SHAPE& before = shape(_iDrawingShape - 1);
+    const SHAPE& before = shape(tool_._iDrawingShape - 1);
     s.lineVertices.pos = before.lineVertices.pos + before.lineVertices.count;
     s.pointVertices.pos = before.pointVertices.pos + before.pointVertices.count;
   }
@@ -78,40 +87,37 @@ void ShapeList::moveRunsBehind(int32_t index, int32_t lines, int32_t points) {
 }
 
 void ShapeList::removeSelectedShape() {
-  if (!hasShape(_iSelectedShape)) return;
-  redrawDeletingShape(_iSelectedShape);
-  _shapes.erase(_shapes.begin() + _iSelectedShape);
-  _iSelectedShape = -1;
-  _iHoverShape = -1;
+  if (!hasShape(tool_._iSelectedShape)) return;
+  redrawDeletingShape(tool_._iSelectedShape);
+  _shapes.erase(_shapes.begin() + tool_._iSelectedShape);
+  tool_.unmark();
 }
 
 void ShapeList::removeLastShape() {
   if (_shapes.empty()) return;
   redrawDeletingShape(shapeCount() - 1);
   _shapes.pop_back();
-  if (_iSelectedShape == shapeCount()) _iSelectedShape = -1;
-  if (_iHoverShape == shapeCount()) _iHoverShape = -1;
+  if (tool_._iSelectedShape == shapeCount()) tool_._iSelectedShape = -1;
+  if (tool_._iHoverShape == shapeCount()) tool_._iHoverShape = -1;
 }
 
 void ShapeList::removeAllShapes() {
   if (_shapes.empty()) return;
   redrawDeletingShape(-1);
   _shapes.clear();
-  _iSelectedShape = -1;
-  _iHoverShape = -1;
+  tool_.unmark();
 }
 
 void ShapeList::setInputText(const std::string& text) {
   if (text.empty()) return;
-  _iSelectedShape = -1;
-  _iHoverShape = -1;
+  tool_.unmark();
   const TextureSize size = context_.cvTextureSize;
   SHAPE& s = newShape(
       {static_cast<double>(size.width / 2 + 10), static_cast<double>(size.height / 2 - 38)});
   s.type = kOprText;
   s.text = std::make_shared<const std::string>(text);
   // `_iDrawingShape` is meant to stay at the text: texts have no second step that would clear it.
-  redrawSelectedShape(_iDrawingShape);
+  redrawSelectedShape(tool_._iDrawingShape);
 }
 
 void ShapeList::appendAllShapes() {

@@ -4,7 +4,8 @@
 #include <string>
 
 #include "measure/ShapeDrawing.h"
-#include "measure/ShapeState.h"
+#include "measure/Shapes.h"
+#include "measure/ToolState.h"
 #include "overlay/OverlayContext.h"
 
 namespace tessary {
@@ -19,16 +20,20 @@ namespace tessary {
 /// While the calibration line is shown the total lists hold that line alone, and the `pos` fields
 /// match nothing. Until the next full rebuild every operation then changes the shapes only. Main
 /// thread.
-class ShapeList : public ShapeState {
+class ShapeList : public Shapes {
  public:
-  explicit ShapeList(OverlayContext& context) : context_(context), drawing_(context, *this) {}
+  ShapeList(OverlayContext& context, ToolState& tool)
+      : context_(context), tool_(tool), drawing_(context, *this, tool) {}
   ShapeList(const ShapeList&) = delete;
   ShapeList& operator=(const ShapeList&) = delete;
 
-  int32_t getCurrOperation() const { return _opr1; }
-  /// Takes a tool in hand; the text, which is no mouse tool, gives the drag tool. What is half made
-  /// stays so. The caller goes to 100 percent and tells the location delegate, always.
-  void changeOperation(int32_t op) { _opr1 = op == kOprText ? kOprDrag : op; }
+  /// The shape under construction, null for none. Good until the list next changes.
+  SHAPE* drawingShape() {
+    return hasShape(tool_._iDrawingShape) ? &shape(tool_._iDrawingShape) : nullptr;
+  }
+  /// The oldest shape with a hit rectangle around `point`, -1 for none. It wins over newer ones
+  /// that are drawn on top of it: meant.
+  int32_t hitTest(ImagePoint point) const;
 
   /// Appends a shape of the tool in hand that starts at `p` and makes it `_iDrawingShape`. Draws
   /// nothing. The record is good until the list next changes.
@@ -62,6 +67,7 @@ class ShapeList : public ShapeState {
   void moveRunsBehind(int32_t index, int32_t lines, int32_t points);
 
   OverlayContext& context_;
+  ToolState& tool_;
   ShapeDrawing drawing_;
   bool holdsTotalLists_ = true;
 };

@@ -45,6 +45,7 @@ class ViewGeometry {
   ViewPoint viewLocation() const { return _viewLocation; }
   TextureSize textureSize() const { return textureSize_; }
   ContainerRect viewFrame() const { return host_.frame(); }
+  Size superviewFrameSize() const { return host_.superviewFrameSize(); }
   /// Room for the window to the right of and below its present top left corner.
   Size getMaxWindowSize() const;
   /// A point of the container in the view's own coordinates.

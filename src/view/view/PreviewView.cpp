@@ -37,82 +37,78 @@ void PreviewView::windowDidResize() {
 }
 
 void PreviewView::changeScale(int32_t scaleType) {
-  scale_.changeScale(scaleType);
-  redrawLinesAndPoints();
+  overlay_.changeScale(scaleType);
+  surroundings_.setNeedsDisplay();
 }
 
 void PreviewView::setCalibration(float pixelsPerUnit, int32_t unit) {
-  overlay_.calibration.setCalibration(pixelsPerUnit, unit);
-  scale_.calcGridPixelsAndLen();
-  zoomTo(kZoom100);
-  redrawLinesAndPoints();
+  overlay_.setCalibration(pixelsPerUnit, unit);
+  surroundings_.setNeedsDisplay();
 }
 
 void PreviewView::startCalibration() {
-  calibrationLine_.startCalibration(surroundings_.host.superviewFrameSize().width);
-  zoomTo(kZoom100);
-  redrawLinesAndPoints();
+  overlay_.startCalibration();
+  surroundings_.setNeedsDisplay();
 }
 
 void PreviewView::stopCalibration() {
-  calibrationLine_.stopCalibration();
-  zoomTo(kZoom100);
-  redrawLinesAndPoints();
+  overlay_.stopCalibration();
+  surroundings_.setNeedsDisplay();
 }
 
 void PreviewView::changeOperation(int32_t op) {
-  shapes_.changeOperation(op);
-  zoomTo(kZoom100);
+  overlay_.changeOperation(op);
+  surroundings_.setNeedsDisplay();
   if (_locationDelegate) _locationDelegate->previewViewZoomDidChange();
 }
 
 void PreviewView::setInputText(const std::string& text) {
-  shapes_.setInputText(text);
+  overlay_.shapes.setInputText(text);
   surroundings_.setNeedsDisplay();
 }
 
 void PreviewView::removeSelectedShape() {
-  shapes_.removeSelectedShape();
+  overlay_.shapes.removeSelectedShape();
   surroundings_.setNeedsDisplay();
 }
 
 void PreviewView::removeLastShape() {
-  shapes_.removeLastShape();
+  overlay_.shapes.removeLastShape();
   surroundings_.setNeedsDisplay();
 }
 
 void PreviewView::removeAllShapes() {
-  shapes_.removeAllShapes();
+  overlay_.shapes.removeAllShapes();
   surroundings_.setNeedsDisplay();
 }
 
 void PreviewView::redrawLinesAndPoints() {
-  overlayRedraw_.redrawLinesAndPoints();
+  overlay_.redrawLinesAndPoints();
   surroundings_.setNeedsDisplay();
 }
 
 bool PreviewView::mouseDown(const MouseLocation& location) {
   if (!contains(geometry_.viewFrame(), location.container)) return false;
-  mouse_.mouseDown(viewPoint(location), location.screen);
+  overlay_.mouse.mouseDown(viewPoint(location), location.screen);
   surroundings_.setNeedsDisplay();
   return true;
 }
 
 void PreviewView::mouseUp(const MouseLocation& location) {
-  mouse_.mouseUp(viewPoint(location));
+  overlay_.mouse.mouseUp(viewPoint(location));
   surroundings_.setNeedsDisplay();
 }
 
 void PreviewView::mouseDragged(const MouseLocation& location) {
-  mouse_.mouseDragged(viewPoint(location), location.screen);
+  overlay_.mouse.mouseDragged(viewPoint(location), location.screen);
   surroundings_.setNeedsDisplay();
 }
 
 void PreviewView::mouseMoved(const MouseLocation& location) {
   if (!contains(geometry_.viewFrame(), location.container)) return;
-  const uint64_t before = overlay_.revision;
-  mouse_.mouseMoved(viewPoint(location));
-  if (overlay_.revision != before) surroundings_.setNeedsDisplay();
+  const uint64_t before = overlay_.context.revision;
+  overlay_.mouse.mouseMoved(viewPoint(location));
+  if (overlay_.context.revision != before) surroundings_.setNeedsDisplay();
 }
 
 ViewPoint PreviewView::viewPoint(const MouseLocation& location) const {
@@ -144,8 +140,7 @@ void PreviewView::frameSizeDidChange() {
 void PreviewView::stopPreview() {
   _cvTextureSize = {};
   geometry_.stopPreview();
-  overlay_.calibration._pixelsPerUnit = kUncalibrated;
-  calibrationLine_._showCalibrationLine = 0;
+  overlay_.stopPreview();
   ring_.clear();
   surroundings_.setNeedsDisplay();
 }
@@ -159,15 +154,11 @@ void PreviewView::wakeUp() {
   });
 }
 
-OverlayVertices PreviewView::overlayVertices() const {
-  return {overlay_._totalLines.elements(), overlay_._totalPoints.elements(), overlay_.revision};
-}
-
 std::shared_ptr<const PixelBuffer> PreviewView::currentPicture() {
   // By the size that is composed: the layout for a new one may not have come yet.
   std::shared_ptr<PixelBuffer> picture;
   surroundings_.withGraphicsContext([&] {
-    if (!pipeline_.composeNow(overlayVertices())) return;
+    if (!pipeline_.composeNow(overlay_.vertices())) return;
     picture = std::make_shared<PixelBuffer>(pipeline_.composedSize());
     if (!pipeline_.readBack(*picture)) picture = nullptr;
   });
@@ -177,7 +168,7 @@ std::shared_ptr<const PixelBuffer> PreviewView::currentPicture() {
   }
   FrameRing::Frame frame = ring_.newest().frame;
   if (!frame) return std::make_shared<PixelBuffer>(TextureSize{});
-  if (overlay_._totalLines.count > 0 || overlay_._totalPoints.count > 0) {
+  if (!overlay_.isEmpty()) {
     surroundings_.failures.failed(
         Failure::OverlayLeftOut,
         isComposed(frame->size())
@@ -201,7 +192,7 @@ void PreviewView::startRecord(const std::string& file,
 }
 
 bool PreviewView::drawInView(TextureSize surface, double devicePixelRatio) {
-  return pipeline_.drawInView(geometry_, overlayVertices(), surface, devicePixelRatio);
+  return pipeline_.drawInView(geometry_, overlay_.vertices(), surface, devicePixelRatio);
 }
 
 }  // namespace tessary

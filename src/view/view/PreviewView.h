@@ -9,14 +9,9 @@
 #include "base/Failures.h"
 #include "base/SampleBuffer.h"
 #include "capture/CapturePicture.h"
-#include "measure/MouseInteraction.h"
-#include "measure/OverlayRedraw.h"
-#include "measure/ShapeList.h"
+#include "measure/Overlay.h"
 #include "output/Recording.h"
 #include "output/StillImage.h"
-#include "overlay/CalibrationLine.h"
-#include "overlay/OverlayContext.h"
-#include "overlay/Scale.h"
 #include "platform/AssetWriter.h"
 #include "platform/Compositor.h"
 #include "platform/ImageEncoder.h"
@@ -73,16 +68,16 @@ class PreviewView final : public CapturePicture {
   void windowDidResize();
 
   // Reticle, calibration and shapes.
-  int32_t getCurrScale() const { return scale_.getCurrScale(); }
+  int32_t getCurrScale() const { return overlay_.scale.getCurrScale(); }
   void changeScale(int32_t scaleType) override;
   void setCalibration(float pixelsPerUnit, int32_t unit) override;
   /// The calibration in force; negative for none.
-  float pixelsPerUnit() const { return overlay_.calibration._pixelsPerUnit; }
+  float pixelsPerUnit() const { return overlay_.context.calibration._pixelsPerUnit; }
   void startCalibration();
   void stopCalibration() override;
   /// Length of the calibration line in video pixels.
-  int32_t calibrationLineLen() const { return calibrationLine_.calibrationLineLen(); }
-  int32_t getCurrOperation() const { return shapes_.getCurrOperation(); }
+  int32_t calibrationLineLen() const { return overlay_.calibrationLine.calibrationLineLen(); }
+  int32_t getCurrOperation() const { return overlay_.tool.getCurrOperation(); }
   /// Takes a tool in hand and returns to 100 percent, the only zoom at which shapes are made.
   void changeOperation(int32_t op);
   void setInputText(const std::string& text);
@@ -99,7 +94,7 @@ class PreviewView final : public CapturePicture {
   void mouseUp(const MouseLocation& location);
   void mouseDragged(const MouseLocation& location);
   void mouseMoved(const MouseLocation& location);
-  void rightMouseDown() { mouse_.rightMouseDown(); }
+  void rightMouseDown() { overlay_.mouse.rightMouseDown(); }
 
   // Frames.
   void updateVideoFrame(const SampleBuffer& frame) override;
@@ -132,7 +127,6 @@ class PreviewView final : public CapturePicture {
   /// Main-thread half of a new frame size: fits view and window to it.
   void frameSizeDidChange();
   ViewPoint viewPoint(const MouseLocation& location) const;
-  OverlayVertices overlayVertices() const;
   /// The composed picture, or the frame alone where nothing is composed or can be read back, which
   /// is told if something lies over it; 0 by 0 without a picture.
   std::shared_ptr<const PixelBuffer> currentPicture();
@@ -152,12 +146,8 @@ class PreviewView final : public CapturePicture {
   Recording recording_{surroundings_.makeAssetWriter, surroundings_.mainQueue,
                        surroundings_.failures};
 
-  OverlayContext overlay_{surroundings_.preferences, _cvTextureSize, surroundings_.textRasterizer};
-  CalibrationLine calibrationLine_{overlay_};
-  Scale scale_{overlay_, calibrationLine_};
-  ShapeList shapes_{overlay_};
-  OverlayRedraw overlayRedraw_{overlay_, scale_, calibrationLine_, shapes_};
-  MouseInteraction mouse_{shapes_, calibrationLine_, geometry_, surroundings_.host, overlayRedraw_};
+  Overlay overlay_{surroundings_.preferences, _cvTextureSize, surroundings_.textRasterizer,
+                   geometry_};
 
   uint64_t laidOutRun_ = 0;  // of the ring
   std::atomic<bool> wakeUpPending_{false};
