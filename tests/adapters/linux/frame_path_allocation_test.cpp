@@ -105,7 +105,7 @@ class NoCompositor final : public Compositor {
   void contextWillBeDestroyed() override {}
   void compose(const PixelBuffer&, std::span<const PointVertex>,
                std::span<const PointVertex>) override {}
-  void present(const Rect&, TextureSize) override {}
+  void present(const SurfaceRect&, TextureSize) override {}
   bool readBack(PixelBuffer&) override { return false; }
 };
 

@@ -37,14 +37,10 @@ class GlPresent : public GlTest {
   /// Frames of `size` arrive and the view is laid out for them.
   void show(std::shared_ptr<const PixelBuffer> frame) {
     const TextureSize size = frame->size();
-    if (size != pipeline.textureSize()) {
-      pipeline.clearBufferResources();
-      pipeline.initBufferResources(size);
-      texture = size;
-      geometry.frameSizeDidChange(size);
-      geometry.zoomTo(-1);
-    }
-    ring.push(std::move(frame));
+    if (!ring.push(std::move(frame))) return;
+    texture = size;
+    geometry.frameSizeDidChange(size);
+    geometry.zoomTo(-1);
   }
   bool draw(Surface& surface, double ratio = 1.0, const OverlayVertices& overlay = {}) {
     surface.bind();

@@ -312,8 +312,7 @@ TEST_F(QtKeyValueStoreTest, LinksToLinksAreFollowedAlsoWhereTheyLeadNowhere) {
 TEST_F(QtKeyValueStoreTest, WhatIsNoFileIsNotReplaced) {
   SettingsFile file(path());
   ASSERT_EQ(mkfifo(path().c_str(), 0666), 0);
-  EXPECT_FALSE(file.replace("k=1\n"));
-  EXPECT_EQ(file.error(), "it is no ordinary file");
+  EXPECT_EQ(file.replace("k=1\n").error(), "it is no ordinary file");
   EXPECT_TRUE(fs::is_fifo(path()));
 }
 
@@ -374,12 +373,14 @@ TEST_F(QtKeyValueStoreTest, ADiskThatWasSilentIsGivenTheTimeForSilentOnesUntilIt
       std::chrono::duration_cast<std::chrono::milliseconds>(test::kPatience);
   disk.touch = [wait = answer.get_future().share()] { wait.wait(); };
   SettingsFile file(path(), disk);
-  EXPECT_EQ(file.read(), std::nullopt);
+  EXPECT_EQ(file.read().error(), "the disk does not answer");
   const std::jthread later([&] {
     std::this_thread::sleep_for(10 * disk.patience);
     answer.set_value();
   });
-  EXPECT_EQ(file.read(), "k=1\n");
+  Result<std::string> text = file.read();
+  ASSERT_TRUE(text) << text.error();
+  EXPECT_EQ(*text, "k=1\n");
 }
 
 TEST_F(QtKeyValueStoreTest, ADiskThatDoesNotAnswerIsToldAndForgivenWhenItDoes) {
