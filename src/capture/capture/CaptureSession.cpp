@@ -57,19 +57,18 @@ void CaptureSession::setRuntimeErrorHandler(RuntimeErrorHandler handler) {
 
 void CaptureSession::startStream() {
   if (!running_ || configurations_ > 0 || stream_ || !input_ || !output_) return;
-  stream_ = std::make_shared<Stream>();
+  stream_.emplace();
   output_->setStreamFailedHandler(
-      [this, stream = std::weak_ptr(stream_), &mainQueue = mainQueue_](const std::string& reason) {
-        mainQueue.post([this, stream, reason] {
-          if (!stream.expired()) streamFailed(reason);
-        });
+      [failed = stream_->guard([this](const std::string& reason) { streamFailed(reason); }),
+       &mainQueue = mainQueue_](const std::string& reason) {
+        mainQueue.post([failed, reason] { failed(reason); });
       });
   input_->startStreaming(*output_);
 }
 
 void CaptureSession::stopStream() {
   if (!stream_) return;
-  stream_ = nullptr;
+  stream_.reset();
   input_->stopStreaming();
   output_->drain();
 }

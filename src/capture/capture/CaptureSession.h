@@ -2,9 +2,11 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "base/Executor.h"
+#include "base/Lifetime.h"
 #include "capture/CaptureVideoDataOutput.h"
 #include "platform/CaptureSystem.h"
 
@@ -47,8 +49,6 @@ class CaptureSession {
   void setRuntimeErrorHandler(RuntimeErrorHandler handler);
 
  private:
-  struct Stream {};
-
   /// Starts the stream if all that it needs is there.
   void startStream();
   void stopStream();
@@ -60,9 +60,9 @@ class CaptureSession {
   RuntimeErrorHandler runtimeErrorHandler_;
   int32_t configurations_ = 0;
   bool running_ = false;
-  /// Set while the input streams. A failure on its way to the main thread holds it weakly, so that
-  /// it can't be taken for one of a later stream, or reach a session that is gone.
-  std::shared_ptr<Stream> stream_;
+  /// Of the stream, while the input streams: a failure on its way to the main thread can't be taken
+  /// for one of a later stream, or reach a session that is gone.
+  std::optional<Lifetime> stream_;
 };
 
 }  // namespace tessary

@@ -242,9 +242,7 @@ void Recording::writerDidFinish(const AssetWriter* writer, bool stopped, uint64_
   }
 
   if (stopped && error.empty()) {
-    mainQueue_.post([this, alive = std::weak_ptr(alive_), start] {
-      if (!alive.expired()) didStop(start);
-    });
+    mainQueue_.post(lifetime_.guard([this, start] { didStop(start); }));
   } else if (stopped && start == starts_) {
     // Takes back the 5 of a frame that came after the stop: nothing would end it any more.
     _recordingStatus = kRecordingStopping;

@@ -12,6 +12,7 @@
 
 #include "base/Executor.h"
 #include "base/Geometry.h"
+#include "base/Lifetime.h"
 #include "base/SampleBuffer.h"
 #include "output/PreviewViewRecordDelegate.h"
 #include "output/RecordingFailures.h"
@@ -119,7 +120,7 @@ class Recording {
   std::vector<Finishing> finishing_;
   std::condition_variable finished_;
 
-  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);  // main thread only
+  const Lifetime lifetime_;
   std::unique_ptr<Executor> _recordingQueue;  // last: its work uses all of the above
 };
 

@@ -14,8 +14,6 @@ bool isComposed(TextureSize size) {
 
 PreviewView::PreviewView(Surroundings surroundings) : surroundings_(std::move(surroundings)) {}
 
-PreviewView::~PreviewView() { *alive_ = false; }
-
 void PreviewView::setLocationDelegate(PreviewViewLocationDelegate* delegate) {
   _locationDelegate = delegate;
   geometry_.setLocationDelegate(delegate);
@@ -117,9 +115,7 @@ ViewPoint PreviewView::viewPoint(const MouseLocation& location) const {
 
 void PreviewView::updateVideoFrame(const SampleBuffer& frame) {
   if (ring_.push(frame.imageBuffer)) {
-    surroundings_.mainQueue.post([this, alive = alive_] {
-      if (*alive) frameSizeDidChange();
-    });
+    surroundings_.mainQueue.post(lifetime_.guard([this] { frameSizeDidChange(); }));
   }
   if (recordingTakesFrames(recording_.recordingStatus())) recording_.appendMovieFrame(frame);
   frameRate_.calculateFramerateAtTimestamp(frame.presentationTimeStamp);
@@ -147,11 +143,10 @@ void PreviewView::stopPreview() {
 
 void PreviewView::wakeUp() {
   if (wakeUpPending_.exchange(true)) return;
-  surroundings_.mainQueue.post([this, alive = alive_] {
-    if (!*alive) return;
+  surroundings_.mainQueue.post(lifetime_.guard([this] {
     wakeUpPending_ = false;
     surroundings_.setNeedsDisplay();
-  });
+  }));
 }
 
 std::shared_ptr<const PixelBuffer> PreviewView::currentPicture() {

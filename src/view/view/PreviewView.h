@@ -7,6 +7,7 @@
 
 #include "base/Executor.h"
 #include "base/Failures.h"
+#include "base/Lifetime.h"
 #include "base/SampleBuffer.h"
 #include "capture/CapturePicture.h"
 #include "measure/Overlay.h"
@@ -53,7 +54,7 @@ class PreviewView final : public CapturePicture {
 
   explicit PreviewView(Surroundings surroundings);
   /// No frame may be on its way any more.
-  ~PreviewView() override;
+  ~PreviewView() override = default;
   PreviewView(const PreviewView&) = delete;
   PreviewView& operator=(const PreviewView&) = delete;
 
@@ -151,7 +152,7 @@ class PreviewView final : public CapturePicture {
 
   uint64_t laidOutRun_ = 0;  // of the ring
   std::atomic<bool> wakeUpPending_{false};
-  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);  // main thread only
+  const Lifetime lifetime_;  // last: ends first
 };
 
 }  // namespace tessary

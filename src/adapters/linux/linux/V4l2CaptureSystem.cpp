@@ -24,12 +24,10 @@ V4l2CaptureSystem::V4l2CaptureSystem(Executor& mainQueue, FrameDecoderFactory ma
       calls_(std::move(calls)),
       nodes_(std::move(nodes)) {
   // Watched before it is read, so that nothing slips in between.
-  nodes_->watch([this, alive = std::weak_ptr(alive_)] {
+  nodes_->watch([this] {
     Survey found = survey();
     const bool settled = found.settled;
-    mainQueue_.post([this, alive, found = std::move(found)] {
-      if (alive.lock()) apply(found);
-    });
+    mainQueue_.post(lifetime_.guard([this, found = std::move(found)] { apply(found); }));
     return settled;
   });
   apply(survey());

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "base/Executor.h"
+#include "base/Lifetime.h"
 #include "linux/NodeProbe.h"
 #include "linux/NodeSource.h"
 #include "linux/StreamTiming.h"
@@ -77,8 +78,7 @@ class V4l2CaptureSystem final : public CaptureSystem {
   std::vector<Present> present_;
   std::function<void()> deviceWasConnected_;
   std::function<void()> deviceWasDisconnected_;
-  /// What is queued for the main thread runs only while this lives.
-  std::shared_ptr<const bool> alive_ = std::make_shared<const bool>(true);
+  const Lifetime lifetime_;
 };
 
 }  // namespace tessary

@@ -15,10 +15,9 @@ namespace tessary {
 class V4l2DeviceInput final : public CaptureDeviceInput {
  public:
   /// Fails when the node can't be opened or another program has the camera.
-  static Result<std::unique_ptr<V4l2DeviceInput>> open(std::shared_ptr<V4l2Calls> calls,
-                                                       const std::shared_ptr<V4l2CaptureDevice>& device,
-                                                       FrameDecoderFactory makeDecoder,
-                                                       const StreamTiming& timing);
+  static Result<std::unique_ptr<V4l2DeviceInput>> open(
+      std::shared_ptr<V4l2Calls> calls, const std::shared_ptr<V4l2CaptureDevice>& device,
+      FrameDecoderFactory makeDecoder, const StreamTiming& timing);
   ~V4l2DeviceInput() override;
 
   void startStreaming(FrameSink& sink) override;

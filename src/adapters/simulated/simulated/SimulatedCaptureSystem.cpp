@@ -12,20 +12,20 @@ SimulatedCaptureSystem::SimulatedCaptureSystem(Executor& mainQueue, FrameDecoder
       makeDecoder_(std::move(makeDecoder)),
       encoder_(std::move(encoder)),
       plugged_(std::make_shared<SimulatedMicroscope>()) {
-  seen_->microscope = plugged_;
+  listed_ = plugged_;
 }
 
 SimulatedCaptureSystem::~SimulatedCaptureSystem() = default;
 
 std::vector<std::shared_ptr<CaptureDevice>> SimulatedCaptureSystem::devices() {
-  if (!seen_->microscope) return {};
-  return {seen_->microscope};
+  if (!listed_) return {};
+  return {listed_};
 }
 
 std::shared_ptr<CaptureDevice> SimulatedCaptureSystem::deviceWithUniqueID(
     const std::string& uniqueID) {
-  if (!seen_->microscope || seen_->microscope->uniqueID() != uniqueID) return nullptr;
-  return seen_->microscope;
+  if (!listed_ || listed_->uniqueID() != uniqueID) return nullptr;
+  return listed_;
 }
 
 Result<std::unique_ptr<CaptureDeviceInput>> SimulatedCaptureSystem::makeDeviceInput(
@@ -38,8 +38,8 @@ Result<std::unique_ptr<CaptureDeviceInput>> SimulatedCaptureSystem::makeDeviceIn
 
 void SimulatedCaptureSystem::setHotPlugHandlers(std::function<void()> deviceWasConnected,
                                                 std::function<void()> deviceWasDisconnected) {
-  seen_->deviceWasConnected = std::move(deviceWasConnected);
-  seen_->deviceWasDisconnected = std::move(deviceWasDisconnected);
+  deviceWasConnected_ = std::move(deviceWasConnected);
+  deviceWasDisconnected_ = std::move(deviceWasDisconnected);
 }
 
 void SimulatedCaptureSystem::plug() {
@@ -56,18 +56,16 @@ void SimulatedCaptureSystem::unplug() {
 }
 
 void SimulatedCaptureSystem::tell() {
-  if (!seen_->deviceWasConnected && !seen_->deviceWasDisconnected) {
-    seen_->microscope = plugged_;
+  if (!deviceWasConnected_ && !deviceWasDisconnected_) {
+    listed_ = plugged_;
     return;
   }
-  mainQueue_.post([weak = std::weak_ptr(seen_), microscope = plugged_] {
-    const std::shared_ptr<Seen> seen = weak.lock();
-    if (!seen) return;
-    seen->microscope = microscope;
+  mainQueue_.post(lifetime_.guard([this, microscope = plugged_] {
+    listed_ = microscope;
     // A copy: the handler may set new ones.
-    const auto handler = microscope ? seen->deviceWasConnected : seen->deviceWasDisconnected;
+    const auto handler = microscope ? deviceWasConnected_ : deviceWasDisconnected_;
     if (handler) handler();
-  });
+  }));
 }
 
 void SimulatedCaptureSystem::damageNext(int frames) {

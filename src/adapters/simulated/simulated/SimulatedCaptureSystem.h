@@ -5,6 +5,7 @@
 #include <string>
 
 #include "base/Executor.h"
+#include "base/Lifetime.h"
 #include "platform/CaptureSystem.h"
 #include "platform/FrameDecoder.h"
 #include "platform/ImageEncoder.h"
@@ -44,12 +45,6 @@ class SimulatedCaptureSystem final : public CaptureSystem {
   uint64_t droppedFrames() const;
 
  private:
-  /// What the program sees.
-  struct Seen {
-    std::shared_ptr<SimulatedMicroscope> microscope;  // null without one
-    std::function<void()> deviceWasConnected;
-    std::function<void()> deviceWasDisconnected;
-  };
   /// Lists what is plugged in now and tells of it.
   void tell();
 
@@ -58,8 +53,10 @@ class SimulatedCaptureSystem final : public CaptureSystem {
   const std::shared_ptr<ImageEncoder> encoder_;
   std::shared_ptr<SimulatedMicroscope> plugged_;  // null while unplugged
   std::string openFailure_;
-  // Shared with what is posted, which may run after this object's end.
-  const std::shared_ptr<Seen> seen_ = std::make_shared<Seen>();
+  std::shared_ptr<SimulatedMicroscope> listed_;  // what the program has been told of, null for none
+  std::function<void()> deviceWasConnected_;
+  std::function<void()> deviceWasDisconnected_;
+  const Lifetime lifetime_;
 };
 
 }  // namespace tessary
