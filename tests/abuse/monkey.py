@@ -4,6 +4,7 @@ Afterwards, with everything closed again, the program answers, and has not grown
     monkey.py PROGRAM HEAP_REPORT [--seed N] [--count N]     on a display; N events
 """
 
+import collections
 import os
 import signal
 import subprocess
@@ -22,13 +23,19 @@ RESIDENT = 20_000_000  # bytes
 TIDYING = 20           # events after which other windows are closed: some cover everything
 SETTLING = 60          # seconds until threads that are no longer needed have gone
 CHOOSER = 'Choose path'
+HELP = 'Help'          # the one window that Escape doesn't close
+QUITTING = 80          # pixels of the menu bar, from the left: the menu that quits opens there
+ENDING = 3             # seconds in which a program that has lost its window ends
+REMEMBERED = 12        # things done that are told with a failure
 
-# Not here: what quits, and Delete, which in a folder chooser is meant for the user's files.
+# Not here: what quits or opens the menu that does, and Delete, which in a folder chooser is meant for
+# the user's files.
 KEYS = ['space', 'ctrl+s', 'ctrl+1', 'ctrl+2', 'ctrl+3', 'ctrl+z', 'ctrl+comma', 'ctrl+m', 'ctrl+r',
         'ctrl+k', 'ctrl+t', 'ctrl+o', 'F1', 'Escape', 'Escape', 'Return', 'Return', 'Tab', 'Up', 'Down',
         'Left', 'Right', 'Home', 'End', 'Page_Up', '1', '7', 'a', 'period', 'comma', 'alt+b', 'alt+r',
-        'alt+l', 'alt+a', 'alt+p', 'alt+t', 'shift+Left']
-WHERE = [(0, 28), (28, 70), (70, None), (70, None), (70, None)]  # menus, toolbar, picture: rows
+        'alt+l', 'alt+a', 'alt+p', 'shift+Left']
+MENUS = (0, 28)        # rows
+WHERE = [MENUS, (28, 70), (70, None), (70, None), (70, None)]  # menus, toolbar, picture
 
 
 class Monkey:
@@ -49,64 +56,75 @@ class Monkey:
         self.program = trial.launch(trial.program, SIZE, environment={
             'LD_PRELOAD': trial.heap_report, 'TESSARY_HEAP_REPORT': self.report})
         self.done = {}
+        self.last = collections.deque(maxlen=REMEMBERED)
 
     # Events.
 
+    def keys(self, *names):
+        self.last.append(' '.join(names))
+        key(*names)
+
+    def mouse(self, *steps):
+        self.last.append(' '.join(map(str, steps)))
+        xdotool(*steps)
+
     def place(self, rows=None):
         main = self.program.main.measure()
-        top, bottom = rows or self.random.choice(WHERE)
-        return (main.x + self.random.randrange(main.width),
+        rows = rows or self.random.choice(WHERE)
+        top, bottom = rows
+        return (main.x + self.random.randrange(QUITTING if rows == MENUS else 0, main.width),
                 main.y + self.random.randrange(top, bottom or main.height))
 
     def click(self):
-        xdotool('mousemove', *self.place(), 'click', self.random.choice([1, 1, 1, 1, 3, 4, 5]))
+        self.mouse('mousemove', *self.place(), 'click', self.random.choice([1, 1, 1, 1, 3, 4, 5]))
         if self.random.random() < 0.2:
-            xdotool('click', '--repeat', 2, '--delay', 5, 1)
+            self.mouse('click', '--repeat', 2, '--delay', 5, 1)
 
     def drag(self):
         steps = [self.place((70, None)) for _ in range(self.random.randint(2, 5))]
-        xdotool('mousemove', *steps[0], 'mousedown', 1)
+        self.mouse('mousemove', *steps[0], 'mousedown', 1)
         for step in steps[1:]:
-            xdotool('mousemove', *step)
-        xdotool('mouseup', 1)
+            self.mouse('mousemove', *step)
+        self.mouse('mouseup', 1)
 
     def press(self):
-        key(*[self.random.choice(KEYS) for _ in range(self.random.randint(1, 3))])
+        self.keys(*[self.random.choice(KEYS) for _ in range(self.random.randint(1, 3))])
 
     def menu(self):
-        """A random item of the tools' menu. The others are only looked at: one of theirs quits."""
+        """A random item of the tools' menu. The others are only looked at: one of theirs quits. The first
+        Escape closes a menu, the second takes the keyboard from the menu bar."""
         letter = self.random.choice('temh')
         downs = ['Down'] * self.random.randint(0, 8)
-        key(f'alt+{letter}', *downs, 'Return' if letter == 'e' else 'Escape')
+        self.keys(f'alt+{letter}', *downs, *(['Return'] if letter == 'e' else ['Escape', 'Escape']))
 
     def sheet(self):
         """Opens one, does a little in it, and ends it, often twice as impatient people do."""
         opens = self.random.choice(['ctrl+comma', 'ctrl+m', 'ctrl+k', 'ctrl+t', 'ctrl+r', 'F1'])
         inside = [self.random.choice(['Tab', 'Down', 'Up', '3', 'alt+b']) for _ in range(3)]
         ends = self.random.choice(['Return', 'Escape'])
-        key(opens, *inside, *[ends] * self.random.randint(1, 2))
+        self.keys(opens, *inside, *[ends] * self.random.randint(1, 2))
 
     def resize(self):
-        xdotool('windowsize', self.program.main.number, self.random.randint(400, 1700),
-                self.random.randint(300, 1000))
+        self.mouse('windowsize', self.program.main.number, self.random.randint(400, 1700),
+                   self.random.randint(300, 1000))
 
     def zoom(self):
         main = self.program.main.measure()
         y = main.y + main.height - 18
-        xdotool('mousemove', main.x + main.width - self.random.randint(20, 120), y, 'click', 1)
+        self.mouse('mousemove', main.x + main.width - self.random.randint(20, 120), y, 'click', 1)
 
     def tool(self):
         """Measures something, as a user does most."""
-        key('alt+e', *['Down'] * self.random.randint(3, 9), 'Return')
+        self.keys('alt+e', *['Down'] * self.random.randint(3, 9), 'Return')
         self.drag()
-        xdotool('mousemove', *self.place((70, None)), 'click', 1)
+        self.mouse('mousemove', *self.place((70, None)), 'click', 1)
 
     def one(self):
         events = [(self.click, 30), (self.drag, 15), (self.press, 20), (self.menu, 5), (self.sheet, 12),
                   (self.resize, 3), (self.zoom, 5), (self.tool, 10)]
         event, = self.random.choices([e for e, _ in events], [weight for _, weight in events])
         if self.program.windows(CHOOSER):
-            key('Escape')  # it could rename what it shows
+            self.keys('Escape')  # it could rename what it shows
         else:
             event()
         self.done[event.__name__] = self.done.get(event.__name__, 0) + 1
@@ -120,6 +138,14 @@ class Monkey:
         self.settle()
         self.still()
 
+    def state(self):
+        """Whether the program runs, or how it ended, and what was done last."""
+        try:
+            state = f'the program ended with {self.program.process.wait(ENDING)}'
+        except subprocess.TimeoutExpired:
+            state = 'the program runs'
+        return f'{state}; last: {", ".join(self.last)}'
+
     # Before and after.
 
     def others(self):
@@ -129,6 +155,11 @@ class Monkey:
     @staticmethod
     def active():
         return subprocess.run(['xdotool', 'getactivewindow'], text=True, check=False,
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout.strip()
+
+    @staticmethod
+    def name_of(number):
+        return subprocess.run(['xdotool', 'getwindowname', number], text=True, check=False,
                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout.strip()
 
     def close_one(self):
@@ -141,10 +172,10 @@ class Monkey:
             # A menu has the keyboard without being active.
             key('Escape')
             subprocess.run(['xdotool', 'windowactivate', top], check=False, stderr=subprocess.DEVNULL)
-        for keys in ('Escape', 'alt+F4'):
-            if self.active() not in others:
-                break
-            key(keys)
+        active = self.active()
+        if active in others:
+            # Escape does no harm if that window has gone by now; the main one would end with this key.
+            self.keys('alt+F4' if self.name_of(active).startswith(HELP) else 'Escape')
             end = time.monotonic() + 1
             while len(self.others()) >= len(others) and time.monotonic() < end:
                 time.sleep(0.05)
@@ -155,8 +186,7 @@ class Monkey:
         try:
             wait_for('the main window to be alone', self.close_one)
         except Failure as failure:
-            names = [subprocess.run(['xdotool', 'getwindowname', number], text=True, check=False,
-                                    stdout=subprocess.PIPE).stdout.strip() for number in self.others()]
+            names = [self.name_of(number) for number in self.others()]
             raise Failure(f'{failure}; beside it: {names}') from None
 
     def settle(self):
@@ -188,7 +218,7 @@ class Monkey:
         process.send_signal(signal.SIGRTMIN)
         wait_for('the heap', lambda: os.path.exists(self.report), patience=10)
         with open(self.report, encoding='utf-8') as file:
-            heap = int(file.read().split()[0])
+            heap = int(file.read())
         with open(proc('smaps_rollup'), encoding='utf-8') as file:
             resident, = [int(line.split()[1]) * 1024 for line in file if line.startswith('Rss:')]
         return heap, resident, len(os.listdir(proc('fd'))), len(os.listdir(proc('task')))
@@ -214,6 +244,14 @@ class Monkey:
 
 def press_everything(trial):
     monkey = Monkey(trial)
+    try:
+        return weigh(trial, monkey)
+    except (Failure, subprocess.CalledProcessError) as failure:
+        raise Failure(f'{failure}; {monkey.state()}') from None
+
+
+def weigh(trial, monkey):
+    """Plays, between two looks at what the program takes; the figures."""
     monkey.warm_up()
     many = trial.count >= MANY
     if many:

@@ -85,7 +85,7 @@ class Repeats:
             self.program.process.send_signal(signal.SIGRTMIN)
             wait_for('the heap', lambda: os.path.exists(self.report), patience=10)
             with open(self.report, encoding='utf-8') as file:
-                return int(file.read().split()[0])
+                return int(file.read())
         least = look()
         for _ in range(LOOKS):
             time.sleep(0.1)
