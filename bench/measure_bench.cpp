@@ -43,17 +43,11 @@ class BlockRasterizer final : public TextRasterizer {
 class NoWindow final : public ViewHost {
  public:
   Size superviewFrameSize() const override { return {1920, 1080}; }
-  ContainerRect frame() const override { return {}; }
-  ViewRect bounds() const override { return {}; }
-  void setFrame(const ContainerRect&) override {}
-  void setBounds(const ViewRect&) override {}
-  void setFrameSize(Size) override {}
-  void setBoundsSize(Size) override {}
   ScreenRect windowFrame() const override { return {}; }
-  ScreenRect screenFrame() const override { return {}; }
+  Size screenSize() const override { return {}; }
+  double desktopBottom() const override { return 0; }
   void setContentSize(Size) override {}
   void setFrameOrigin(ScreenPoint) override {}
-  void updateTrackingAreas() override {}
 };
 
 /// The overlay under a calibration, with so many labelled lines, the first one at (50, 60).

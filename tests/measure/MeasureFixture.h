@@ -13,6 +13,7 @@
 
 #include <gmock/gmock.h>
 
+#include "FakeViewHost.h"
 #include "MemoryKeyValueStore.h"
 #include "NoGrants.h"
 #include "base/Log.h"
@@ -55,26 +56,6 @@ class DottedRasterizer final : public TextRasterizer {
   Color lastColor;
 };
 
-class StillViewHost final : public ViewHost {
- public:
-  Size container{640, 480};
-  ContainerRect viewFrame;
-  ViewRect viewBounds;
-
-  Size superviewFrameSize() const override { return container; }
-  ContainerRect frame() const override { return viewFrame; }
-  ViewRect bounds() const override { return viewBounds; }
-  void setFrame(const ContainerRect& frame) override { viewFrame = frame; }
-  void setBounds(const ViewRect& bounds) override { viewBounds = bounds; }
-  void setFrameSize(Size size) override { viewFrame.size = size; }
-  void setBoundsSize(Size size) override { viewBounds.size = size; }
-  ScreenRect windowFrame() const override { return {}; }
-  ScreenRect screenFrame() const override { return {}; }
-  void setContentSize(Size) override {}
-  void setFrameOrigin(ScreenPoint) override {}
-  void updateTrackingAreas() override {}
-};
-
 class CountingDelegate final : public PreviewViewLocationDelegate {
  public:
   void previewViewFrameDidChange() override {}
@@ -113,7 +94,7 @@ struct Desk {
 
   // The mouse at 100 percent without a pan: a view point, and the screen point that belongs to it.
   static ViewPoint viewOf(ImagePoint p) { return {p.x, p.y}; }
-  static ScreenPoint screenOf(ImagePoint p) { return {p.x + 1000, 2000 - p.y}; }
+  static ScreenPoint screenOf(ImagePoint p) { return {p.x + 1000, p.y + 2000}; }
   void press(ImagePoint p) { mouse.mouseDown(viewOf(p), screenOf(p)); }
   void drag(ImagePoint p) { mouse.mouseDragged(viewOf(p), screenOf(p)); }
   void release(ImagePoint p) { mouse.mouseUp(viewOf(p)); }
@@ -157,7 +138,7 @@ struct Desk {
   NoGrants grants;
   Preferences preferences{defaults, grants};
   TextureSize texture;
-  StillViewHost host;
+  FakeViewHost host;
   CountingDelegate delegate;
   ViewGeometry geometry{host, texture};
   DottedRasterizer rasterizer;

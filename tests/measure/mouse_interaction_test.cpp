@@ -279,17 +279,17 @@ TEST(MouseInteraction, AnArmedPressDeselectsAndEndsTheHoverWithARedrawOfBoth) {
 TEST(MouseInteraction, ADragMovesTheSelectedShapeByWholePixelsInStepWithTheMouse) {
   Desk desk;
   desk.draw(kOprLine, {100, 100}, {200, 100});
-  const auto dragBy = [&](double dx, double dyUp) {
-    desk.mouse.mouseDragged({-500, -500}, {5000 + dx, 3000 + dyUp});
+  const auto dragBy = [&](double dx, double dy) {
+    desk.mouse.mouseDragged({-500, -500}, {5000 + dx, 3000 + dy});
     return desk.shapes.shape(0).pt1;
   };
   desk.mouse.mouseDown({100, 100}, {5000, 3000});
   EXPECT_EQ(dragBy(0.9, 0), (ImagePoint{100, 100}));
   EXPECT_EQ(dragBy(1.8, 0), (ImagePoint{101, 100}));  // the fraction was not lost
-  EXPECT_EQ(dragBy(2.7, -0.9), (ImagePoint{102, 100}));
-  EXPECT_EQ(dragBy(2.7, -1), (ImagePoint{102, 101}));  // down on the screen is down in the picture
+  EXPECT_EQ(dragBy(2.7, 0.9), (ImagePoint{102, 100}));
+  EXPECT_EQ(dragBy(2.7, 1), (ImagePoint{102, 101}));  // down on the screen is down in the picture
   EXPECT_EQ(dragBy(0, 0), (ImagePoint{100, 100}));
-  EXPECT_EQ(dragBy(-50, 300), (ImagePoint{50, -200}));  // beyond the edge
+  EXPECT_EQ(dragBy(-50, -300), (ImagePoint{50, -200}));  // beyond the edge
   EXPECT_EQ(desk.shapes.shape(0).pt2, (ImagePoint{150, -200}));
   EXPECT_EQ(desk.mouse._ptMoved, (ImagePoint{-50, -300}));
   expectRuns(desk);
@@ -317,11 +317,11 @@ TEST(MouseInteraction, ADragBesideAllShapesPansAndTells) {
   Desk desk({640, 480}, {400, 300});  // 240 by 180 overflow, centred at 120, 90
   EXPECT_EQ(desk.geometry.viewLocation(), (ViewPoint{120, 90}));
   desk.mouse.mouseDown({1, 1}, {1000, 1000});
-  desk.mouse.mouseDragged({1, 1}, {1000.9, 999.1});  // less than a pixel
+  desk.mouse.mouseDragged({1, 1}, {1000.9, 1000.9});  // less than a pixel
   EXPECT_THAT(desk.delegate.locations, IsEmpty());
-  desk.mouse.mouseDragged({1, 1}, {1030.9, 1020.9});
+  desk.mouse.mouseDragged({1, 1}, {1030.9, 979.1});
   EXPECT_EQ(desk.geometry.viewLocation(), (ViewPoint{90, 110}));
-  desk.mouse.mouseDragged({1, 1}, {0, 5000});  // limited by the picture
+  desk.mouse.mouseDragged({1, 1}, {0, -3000});  // limited by the picture
   EXPECT_THAT(desk.delegate.locations, ElementsAre(ViewPoint{90, 110}, ViewPoint{240, 180}));
   desk.mouse.mouseUp({1, 1});
   desk.mouse.mouseDown({1, 1}, {50, 50});  // the next one starts here

@@ -36,7 +36,8 @@ class PixelTest : public ::testing::Test {
   PixelTest() {
     host.container = {kSize.width * 1.0, kSize.height * 1.0};
     host.window = {{0, 0}, host.container};
-    host.screen = {{0, 0}, {1920, 1080}};
+    host.screen = {1920, 1080};
+    host.bottom = 1080;
     host.windowIsContainer = true;
     preferences.gridColor = {1.0, 0.5, 0.0, 1.0};
     preferences.lineColor = {0.0, 0.9, 0.9, 1.0};
@@ -116,8 +117,8 @@ class PixelTest : public ::testing::Test {
                     .withGraphicsContext = [](const std::function<void()>& work) { work(); }}};
 
  private:
-  /// The container is as large as the frame; the screen's y grows upwards.
-  static MouseLocation at(ImagePoint p) { return {{p.x, p.y}, {p.x, 1080 - p.y}}; }
+  /// The container is as large as the frame, and lies at the screen's top left.
+  static MouseLocation at(ImagePoint p) { return {{p.x, p.y}, {p.x, p.y}}; }
 
   static std::shared_ptr<PixelBuffer> darkFrame() {
     auto frame = std::make_shared<PixelBuffer>(kSize);

@@ -11,48 +11,30 @@ namespace tessary::test {
 class FakeViewHost final : public ViewHost {
  public:
   Size container;  // size of the superview
-  ContainerRect viewFrame{{0, 0}, {100, 100}};
-  ViewRect viewBounds{{0, 0}, {100, 100}};
   ScreenRect window;
-  ScreenRect screen;
+  Size screen;
+  double bottom = 0;               // of the desktop
   double titleBar = 0;             // height of the window above its content
   bool windowIsContainer = false;  // the container follows the window's content
   std::vector<std::string> calls;
 
   Size superviewFrameSize() const override { return container; }
-  ContainerRect frame() const override { return viewFrame; }
-  ViewRect bounds() const override { return viewBounds; }
-  void setFrame(const ContainerRect& rect) override {
-    calls.emplace_back("setFrame");
-    viewFrame = rect;
-    viewBounds = {{-1, -1}, {1, 1}};  // a platform may derive the bounds from the frame
-  }
-  void setBounds(const ViewRect& rect) override {
-    calls.emplace_back("setBounds");
-    viewBounds = rect;
-  }
-  void setFrameSize(Size size) override {
-    calls.emplace_back("setFrameSize");
-    viewFrame.size = size;
-  }
-  void setBoundsSize(Size size) override {
-    calls.emplace_back("setBoundsSize");
-    viewBounds.size = size;
-  }
   ScreenRect windowFrame() const override { return window; }
-  ScreenRect screenFrame() const override { return screen; }
+  Size screenSize() const override { return screen; }
+  double desktopBottom() const override { return bottom; }
   void setContentSize(Size size) override {
     calls.emplace_back("setContentSize");
     contentSize = size;
     // This platform keeps the bottom left corner, so that the top has to be put back.
+    const double lowEdge = window.origin.y + window.size.height;
     window.size = {size.width, size.height + titleBar};
+    window.origin.y = lowEdge - window.size.height;
     if (windowIsContainer) container = size;
   }
   void setFrameOrigin(ScreenPoint origin) override {
     calls.emplace_back("setFrameOrigin");
     window.origin = origin;
   }
-  void updateTrackingAreas() override { calls.emplace_back("updateTrackingAreas"); }
 
   Size contentSize;
 };

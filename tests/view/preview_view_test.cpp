@@ -115,8 +115,9 @@ class PreviewViewTest : public ::testing::Test {
  protected:
   PreviewViewTest() {
     host.container = {800, 600};
-    host.window = {{0, 100}, {800, 620}};
-    host.screen = {{0, 0}, {1920, 1080}};
+    host.window = {{0, 360}, {800, 620}};
+    host.screen = {1920, 1080};
+    host.bottom = 1080;
     host.titleBar = 20;
     host.windowIsContainer = true;
     view.setLocationDelegate(&delegate);
@@ -148,7 +149,7 @@ class PreviewViewTest : public ::testing::Test {
   bool draw() {
     return view.drawInView({int32_t(host.container.width), int32_t(host.container.height)}, 1.0);
   }
-  static MouseLocation at(double x, double y) { return {{x, y}, {x, 1080 - y}}; }
+  static MouseLocation at(double x, double y) { return {{x, y}, {x, y}}; }
 
   test::LogCapture log;
   test::MemoryKeyValueStore store;

@@ -2,7 +2,7 @@
 // Points, sizes and rectangles as pairs and quadruples of doubles, and a texture's size in pixels.
 //
 // Each space has points and rectangles of its own, and what takes one takes no other: who crosses
-// over does so by a function with a name. In all of them y runs downwards but where it is told.
+// over does so by a function with a name. In all of them y runs downwards.
 
 #include <cstdint>
 

@@ -144,10 +144,9 @@ void MouseInteraction::dragCalibrationLine(ScreenPoint screenPoint) {
 }
 
 void MouseInteraction::dragSelectedShape(ScreenPoint screenPoint) {
-  // Measured from the press, so that the fractions cut off here are not lost across events. The
-  // screen's y grows upwards.
+  // Measured from the press, so that the fractions cut off here are not lost across events.
   const int32_t dx = truncateToInt32(screenPoint.x - _ptMouseClick.x - _ptMoved.x);
-  const int32_t dy = truncateToInt32(-screenPoint.y + _ptMouseClick.y - _ptMoved.y);
+  const int32_t dy = truncateToInt32(screenPoint.y - _ptMouseClick.y - _ptMoved.y);
   if (dx == 0 && dy == 0) return;
   shapes_.moveShape(tool_._iSelectedShape, dx, dy);
   _ptMoved.x += dx;

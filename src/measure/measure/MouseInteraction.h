@@ -21,8 +21,8 @@ namespace tessary {
 ///     third point  2 or 5    same      the new shape
 ///
 /// Shapes are made and edited at 100 percent only, where view points are image points. Screen
-/// points have y up and do not depend on the view, so that a drag stays in step while the picture
-/// moves under the mouse. Main thread.
+/// points do not depend on the view, so that a drag stays in step while the picture moves under the
+/// mouse. Main thread.
 class MouseInteraction {
  public:
   MouseInteraction(ToolState& tool, ShapeList& shapes, CalibrationLine& calibrationLine,

@@ -42,9 +42,8 @@ ViewGeometry::Axis ViewGeometry::layOutAxis(double container, int32_t bitmap, in
 void ViewGeometry::apply(const Axis& horizontal, const Axis& vertical) {
   _viewLocation = {horizontal.location, vertical.location};
   const Size size{horizontal.size, vertical.size};
-  // In this order: setting the frame may scale the bounds.
-  host_.setFrame({{horizontal.frameOrigin, vertical.frameOrigin}, size});
-  host_.setBounds({{horizontal.boundsOrigin, vertical.boundsOrigin}, size});
+  frame_ = {{horizontal.frameOrigin, vertical.frameOrigin}, size};
+  bounds_ = {{horizontal.boundsOrigin, vertical.boundsOrigin}, size};
 }
 
 void ViewGeometry::tellFrameDidChange() {
@@ -76,12 +75,13 @@ void ViewGeometry::offsetLocationTo(float x, float y) {
 }
 
 void ViewGeometry::windowDidResize() {
-  // No lower limit, and a view at 0 is not centred when the picture begins to overflow: both meant.
+  // No lower limit: the origin is never below 0. A view at 0 is not centred when the picture begins
+  // to overflow: meant.
   const auto kept = [](double origin) {
     return [origin](int32_t room) { return std::min(origin, double(room)); };
   };
   const Size container = host_.superviewFrameSize();
-  const ViewPoint origin = host_.bounds().origin;
+  const ViewPoint origin = bounds_.origin;
   apply(layOutAxis(container.width, _bitmapWidth, textureSize_.width, kept(origin.x)),
         layOutAxis(container.height, _bitmapHeight, textureSize_.height, kept(origin.y)));
   tellFrameDidChange();
@@ -91,7 +91,7 @@ void ViewGeometry::pan(ScreenPoint click, ScreenPoint screenPoint) {
   const int32_t dx = truncateToInt32(screenPoint.x - click.x);
   const int32_t dy = truncateToInt32(screenPoint.y - click.y);
   const int32_t x = truncateToInt32(_viewLocation0.x - dx);
-  const int32_t y = truncateToInt32(_viewLocation0.y + dy);  // the screen's y grows upwards
+  const int32_t y = truncateToInt32(_viewLocation0.y - dy);
   if (x == _viewLocation.x && y == _viewLocation.y) return;
   offsetLocationTo(float(x), float(y));
   if (_locationDelegate) _locationDelegate->previewViewLocationDidChange(_viewLocation);
@@ -100,14 +100,14 @@ void ViewGeometry::pan(ScreenPoint click, ScreenPoint screenPoint) {
 Size ViewGeometry::getMaxWindowSize() const {
   const ScreenRect window = host_.windowFrame();
   // The screen's origin, menu bar and task bar are left out of account: meant.
-  return {host_.screenFrame().size.width - truncateToInt32(window.origin.x),
-          double(truncateToInt32(window.origin.y)) + truncateToInt32(window.size.height)};
+  const double below = host_.desktopBottom() - window.origin.y - window.size.height;
+  return {host_.screenSize().width - truncateToInt32(window.origin.x),
+          double(truncateToInt32(below)) + truncateToInt32(window.size.height)};
 }
 
 ViewPoint ViewGeometry::convertPointFromSuperview(ContainerPoint point) const {
-  const ContainerPoint frame = host_.frame().origin;
-  const ViewPoint bounds = host_.bounds().origin;
-  return {point.x - frame.x + bounds.x, point.y - frame.y + bounds.y};
+  return {point.x - frame_.origin.x + bounds_.origin.x,
+          point.y - frame_.origin.y + bounds_.origin.y};
 }
 
 void ViewGeometry::frameSizeDidChange(TextureSize size) {
@@ -118,19 +118,17 @@ void ViewGeometry::frameSizeDidChange(TextureSize size) {
 
 void ViewGeometry::startPreview() {
   const Size picture{double(_bitmapWidth), double(_bitmapHeight)};
-  host_.setFrameSize(picture);
-  host_.setBoundsSize(picture);
+  frame_.size = picture;
+  bounds_.size = picture;
 
-  const ScreenRect before = host_.windowFrame();
-  const double top = before.origin.y + before.size.height;
+  const ScreenPoint topLeft = host_.windowFrame().origin;
   const Size most = getMaxWindowSize();
   host_.setContentSize(
       {float(std::min(picture.width, most.width)), float(std::min(picture.height, most.height))});
-  host_.setFrameOrigin({before.origin.x, top - host_.windowFrame().size.height});
+  host_.setFrameOrigin(topLeft);
 
   zoomTo(-1);
   tellFrameDidChange();  // a second time: meant
-  host_.updateTrackingAreas();
 }
 
 void ViewGeometry::stopPreview() {

@@ -44,7 +44,10 @@ class ViewGeometry {
   /// minus the margin around one that fits.
   ViewPoint viewLocation() const { return _viewLocation; }
   TextureSize textureSize() const { return textureSize_; }
-  ContainerRect viewFrame() const { return host_.frame(); }
+  /// Where the view lies in the container. It may reach beyond it on any side.
+  ContainerRect viewFrame() const { return frame_; }
+  /// The view's own coordinates of that rectangle.
+  ViewRect viewBounds() const { return bounds_; }
   Size superviewFrameSize() const { return host_.superviewFrameSize(); }
   /// Room for the window to the right of and below its present top left corner.
   Size getMaxWindowSize() const;
@@ -65,8 +68,8 @@ class ViewGeometry {
 
   /// Remembers where the picture lies, for the `pan` calls of the drag that begins.
   void beginPan() { _viewLocation0 = _viewLocation; }
-  /// The mouse was pressed at `click` and is now at `screenPoint`, both in screen coordinates with
-  /// y upwards. Tells the delegate if the picture had to move.
+  /// The mouse was pressed at `click` and is now at `screenPoint`. Tells the delegate if the
+  /// picture had to move.
   void pan(ScreenPoint click, ScreenPoint screenPoint);
 
   /// Frames now have `size`: back to 100 percent, without a layout. `startPreview` follows.
@@ -93,6 +96,8 @@ class ViewGeometry {
   const TextureSize& textureSize_;
   PreviewViewLocationDelegate* _locationDelegate = nullptr;
 
+  ContainerRect frame_{{0, 0}, {100, 100}};
+  ViewRect bounds_{{0, 0}, {100, 100}};
   int32_t _zoom = kNoZoom;
   int32_t _bitmapWidth = 100;
   int32_t _bitmapHeight = 100;

@@ -6,8 +6,6 @@
 #include <QtGui/QOpenGLContext>
 #include <QtGui/QOpenGLFunctions>
 
-#include "ui/QtViewHost.h"
-
 namespace tessary {
 namespace {
 
@@ -61,7 +59,7 @@ void PreviewWidget::paintGL() {
 MouseLocation PreviewWidget::location(const QMouseEvent& event) const {
   const QPointF position = event.position();
   const QPointF global = event.globalPosition();
-  return {{position.x(), position.y()}, QtViewHost::screenPoint(global.x(), global.y())};
+  return {{position.x(), position.y()}, {global.x(), global.y()}};
 }
 
 void PreviewWidget::mousePressEvent(QMouseEvent* event) {

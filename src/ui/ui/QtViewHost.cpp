@@ -9,16 +9,7 @@
 namespace tessary {
 namespace {
 
-/// The primary screen's bottom edge, from which y counts upwards.
-double desktopBottom() {
-  const QScreen* primary = QGuiApplication::primaryScreen();
-  return primary ? primary->geometry().y() + primary->geometry().height() : 0;
-}
-
-ScreenRect turned(const QRect& rect) {
-  return {{double(rect.x()), desktopBottom() - rect.y() - rect.height()},
-          {double(rect.width()), double(rect.height())}};
-}
+Size sizeOf(const QSize& size) { return {double(size.width()), double(size.height())}; }
 
 /// The least length from `wanted` on that Qt and the window manager agree on: at a scale factor of
 /// 1.5 Qt has windows cut down to an even number of pixels, so that a picture would not fit any
@@ -35,23 +26,21 @@ int grantedLength(int wanted, double ratio) {
 QtViewHost::QtViewHost(QWidget& window, QWidget& container)
     : window_(window), container_(container) {}
 
-Size QtViewHost::superviewFrameSize() const {
-  return {double(container_.width()), double(container_.height())};
+Size QtViewHost::superviewFrameSize() const { return sizeOf(container_.size()); }
+
+ScreenRect QtViewHost::windowFrame() const {
+  const QRect frame = window_.frameGeometry();
+  return {{double(frame.x()), double(frame.y())}, sizeOf(frame.size())};
 }
 
-void QtViewHost::setFrame(const ContainerRect& frame) {
-  frame_ = frame;
-  container_.update();
-}
-
-void QtViewHost::setBounds(const ViewRect& bounds) { bounds_ = bounds; }
-void QtViewHost::setFrameSize(Size size) { setFrame({frame_.origin, size}); }
-void QtViewHost::setBoundsSize(Size size) { bounds_.size = size; }
-ScreenRect QtViewHost::windowFrame() const { return turned(window_.frameGeometry()); }
-
-ScreenRect QtViewHost::screenFrame() const {
+Size QtViewHost::screenSize() const {
   const QScreen* screen = window_.screen();
-  return screen ? turned(screen->geometry()) : ScreenRect{};
+  return screen ? sizeOf(screen->size()) : Size{};
+}
+
+double QtViewHost::desktopBottom() const {
+  const QScreen* primary = QGuiApplication::primaryScreen();
+  return primary ? primary->geometry().y() + primary->geometry().height() : 0;
 }
 
 void QtViewHost::setContentSize(Size size) {
@@ -63,11 +52,8 @@ void QtViewHost::setContentSize(Size size) {
 }
 
 void QtViewHost::setFrameOrigin(ScreenPoint origin) {
-  const QRect frame = window_.frameGeometry();
-  const QPoint topLeft(int(origin.x), int(desktopBottom() - origin.y - frame.height()));
-  if (topLeft != frame.topLeft()) window_.move(topLeft);
+  const QPoint topLeft(int(origin.x), int(origin.y));
+  if (topLeft != window_.frameGeometry().topLeft()) window_.move(topLeft);
 }
-
-ScreenPoint QtViewHost::screenPoint(double x, double y) { return {x, desktopBottom() - y}; }
 
 }  // namespace tessary

@@ -25,7 +25,7 @@
 
 namespace tessary {
 
-/// Where the mouse is: in the container (y downwards) and on the desktop (y upwards).
+/// Where the mouse is: in the container and on the desktop.
 struct MouseLocation {
   ContainerPoint container;
   ScreenPoint screen;

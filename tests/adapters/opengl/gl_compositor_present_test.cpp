@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "FakeViewHost.h"
 #include "GlFixture.h"
 #include "opengl/GlCompositor.h"
 #include "preview/PassViewport.h"
@@ -9,28 +10,6 @@
 
 namespace tessary::test {
 namespace {
-
-/// A container of plain numbers.
-class Host final : public ViewHost {
- public:
-  Size container;
-  Size superviewFrameSize() const override { return container; }
-  ContainerRect frame() const override { return frame_; }
-  ViewRect bounds() const override { return bounds_; }
-  void setFrame(const ContainerRect& rect) override { frame_ = rect; }
-  void setBounds(const ViewRect& rect) override { bounds_ = rect; }
-  void setFrameSize(Size size) override { frame_.size = size; }
-  void setBoundsSize(Size size) override { bounds_.size = size; }
-  ScreenRect windowFrame() const override { return {}; }
-  ScreenRect screenFrame() const override { return {}; }
-  void setContentSize(Size) override {}
-  void setFrameOrigin(ScreenPoint) override {}
-  void updateTrackingAreas() override {}
-
- private:
-  ContainerRect frame_;
-  ViewRect bounds_;
-};
 
 class GlPresent : public GlTest {
  protected:
@@ -49,7 +28,7 @@ class GlPresent : public GlTest {
     return drawn;
   }
 
-  Host host;
+  FakeViewHost host;
   TextureSize texture;
   ViewGeometry geometry{host, texture};
   FrameRing ring;
