@@ -6,12 +6,11 @@ Afterwards, with everything closed again, the program answers, and has not grown
 
 import collections
 import os
-import signal
 import subprocess
 import sys
 import time
 
-from trial import Trial, begun_movie, start_recording
+from trial import Heap, Trial, begun_movie, start_recording
 
 from desk import Failure, key, wait_for, xdotool
 
@@ -41,7 +40,7 @@ WHERE = [MENUS, (28, 70), (70, None), (70, None), (70, None)]  # menus, toolbar,
 class Monkey:
     def __init__(self, trial):
         self.trial, self.random = trial, trial.random
-        self.report = os.path.join(trial.folder, 'heap')
+        self.heap = Heap(trial.heap_report, trial.folder)
         stills = os.path.join(trial.folder, 'stills')
         os.mkdir(stills)
         os.environ['HOME'] = trial.folder
@@ -53,8 +52,7 @@ class Monkey:
         os.environ['PATH'] = trial.folder + os.pathsep + os.environ['PATH']
         trial.write_settings(trial.program, imagePath=stills, width=SIZE[0], height=SIZE[1])
         self.stills = stills
-        self.program = trial.launch(trial.program, SIZE, environment={
-            'LD_PRELOAD': trial.heap_report, 'TESSARY_HEAP_REPORT': self.report})
+        self.program = trial.launch(trial.program, SIZE, environment=self.heap.environment)
         self.done = {}
         self.last = collections.deque(maxlen=REMEMBERED)
 
@@ -213,12 +211,7 @@ class Monkey:
 
         def proc(name):
             return f'/proc/{process.pid}/{name}'
-        if os.path.exists(self.report):
-            os.unlink(self.report)
-        process.send_signal(signal.SIGRTMIN)
-        wait_for('the heap', lambda: os.path.exists(self.report), patience=10)
-        with open(self.report, encoding='utf-8') as file:
-            heap = int(file.read())
+        heap = self.heap.at_rest(process)
         with open(proc('smaps_rollup'), encoding='utf-8') as file:
             resident, = [int(line.split()[1]) * 1024 for line in file if line.startswith('Rss:')]
         return heap, resident, len(os.listdir(proc('fd'))), len(os.listdir(proc('task')))

@@ -6,11 +6,9 @@ Less than a hundred times each tells little.
 """
 
 import os
-import signal
 import sys
-import time
 
-from trial import Trial, end, start_recording
+from trial import Heap, Trial, end, start_recording
 
 from desk import key, wait_for, xdotool
 
@@ -19,18 +17,16 @@ FIRST = 10             # times before anything is measured: what is made once is
 FILLING = 150          # times that options open until the icons' cache is full
 BREATH = 250_000       # bytes that the toolkit's cache of scaled icons comes and goes by
 RESIDENT = 20_000_000  # bytes
-LOOKS = 10             # a tenth of a second apart: an encoder may still be on its way out
 
 
 class Repeats:
     def __init__(self, trial):
         self.trial = trial
-        self.report = os.path.join(trial.folder, 'heap')
+        self.heap = Heap(trial.heap_report, trial.folder)
         self.stills = os.path.join(trial.folder, 'stills')
         os.mkdir(self.stills)
         trial.write_settings(trial.program, imagePath=self.stills, width=SIZE[0], height=SIZE[1])
-        self.program = trial.launch(trial.program, SIZE, environment={
-            'LD_PRELOAD': trial.heap_report, 'TESSARY_HEAP_REPORT': self.report})
+        self.program = trial.launch(trial.program, SIZE, environment=self.heap.environment)
 
     # What is done.
 
@@ -77,21 +73,6 @@ class Repeats:
 
     # What it takes.
 
-    def heap(self):
-        """Bytes in use in small blocks: frames, which come and go, are large. The least of some looks."""
-        def look():
-            if os.path.exists(self.report):
-                os.unlink(self.report)
-            self.program.process.send_signal(signal.SIGRTMIN)
-            wait_for('the heap', lambda: os.path.exists(self.report), patience=10)
-            with open(self.report, encoding='utf-8') as file:
-                return int(file.read())
-        least = look()
-        for _ in range(LOOKS):
-            time.sleep(0.1)
-            least = min(least, look())
-        return least
-
     def resident(self):
         with open(f'/proc/{self.program.process.pid}/smaps_rollup', encoding='utf-8') as file:
             return next(int(line.split()[1]) * 1024 for line in file if line.startswith('Rss:'))
@@ -107,10 +88,10 @@ def repeat_all(trial):
     resident = repeats.resident()
     figures = []
     for action in actions:
-        before = repeats.heap()
+        before = repeats.heap.at_rest(repeats.program.process)
         for _ in range(trial.count):
             action()
-        kept = repeats.heap() - before
+        kept = repeats.heap.at_rest(repeats.program.process) - before
         figures.append(f'{action.__name__} {kept / 1000:+.0f}')
         trial.expect(kept <= BREATH, f'{action.__name__}: {kept} bytes are kept')
     grown = repeats.resident() - resident

@@ -132,6 +132,40 @@ class Trial:
         return 1 if self.failures else 0
 
 
+class Heap:
+    """What a program has in use in blocks smaller than a frame, by the library `heap_report` in it."""
+
+    STEADY = 50_000  # bytes that come and go at rest
+    LOOKS = 4        # a second apart
+
+    def __init__(self, heap_report, folder):
+        self.report = os.path.join(folder, 'heap')
+        self.environment = {'LD_PRELOAD': heap_report, 'TESSARY_HEAP_REPORT': self.report}
+
+    def look(self, process):
+        """Bytes."""
+        if os.path.exists(self.report):
+            os.unlink(self.report)
+        process.send_signal(signal.SIGRTMIN)
+        wait_for('the heap', lambda: os.path.exists(self.report), patience=10)
+        with open(self.report, encoding='utf-8') as file:
+            return int(file.read())
+
+    def at_rest(self, process):
+        """Bytes, once they have ceased to grow: for seconds after its start the simulated microscope
+        makes the frames that it then sends over and over, and an encoder may be on its way out."""
+        looks = []
+
+        def stands():
+            looks.append(self.look(process))
+            if len(looks) >= self.LOOKS and looks[-1] <= min(looks[-self.LOOKS:]) + self.STEADY:
+                return True
+            time.sleep(1)
+            return False
+        wait_for('the heap to stand still', stands)
+        return min(looks[-self.LOOKS:])
+
+
 def end(process):
     """By its id, and at once; nothing happens if it has ended."""
     if process.poll() is None:
