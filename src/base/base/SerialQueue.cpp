@@ -28,8 +28,7 @@ struct SerialQueue::State {
   std::mutex mutex;  // guards all below
   std::condition_variable changed;
   std::list<Piece> queue;
-  std::list<Piece>
-      spare;  // to be used again, so that a queue in its steady state allocates nothing
+  std::list<Piece> spare;  // used again: in its steady state a queue allocates nothing
   uint64_t lastPosted = 0;
   uint64_t running = 0;  // 0 for none
   bool stopping = false;
