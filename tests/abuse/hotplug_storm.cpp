@@ -252,7 +252,7 @@ class Storm {
     if (drivers_.contains(port)) return;
     drivers_[port] = machine_->plug(nodeOf(port));
     drivers_[port]->runFreely(kFrame);
-    incarnations_[port] = fmt::format("{}", ++plugged);
+    connections_[port] = fmt::format("{}", ++plugged);
     nodes_->set(present());
   }
   void pull(int port) {
@@ -275,7 +275,7 @@ class Storm {
     for (const auto& [port, driver] : drivers_) {
       NodeRecord node;
       node.sysPath = fmt::format("/sys/video{}", port);
-      node.incarnation = incarnations_.at(port);
+      node.connectionID = connections_.at(port);
       node.devNode = nodeOf(port);
       node.path = fmt::format("port{}", port);
       node.isUsb = true;
@@ -314,7 +314,7 @@ class Storm {
   std::atomic<int64_t> frames_{0};
   std::atomic<int64_t> failures_{0};
   std::map<int, std::shared_ptr<FakeVideoDriver>> drivers_;
-  std::map<int, std::string> incarnations_;
+  std::map<int, std::string> connections_;
 
   test::ManualExecutor mainQueue_;
   std::shared_ptr<Machine> machine_ = std::make_shared<Machine>();
@@ -331,7 +331,7 @@ class Storm {
   std::shared_ptr<MicroscopeInfo> currMicroscope_;
   MicroscopeCatalogue catalogue_{*system_, microscopes_};
   std::unique_ptr<CaptureController> controller_ = std::make_unique<CaptureController>(
-      CaptureController::Surroundings{*system_, catalogue_, currMicroscope_, preferences_,
+      CaptureController::Dependencies{*system_, catalogue_, currMicroscope_, preferences_,
                                       mainQueue_, host_, host_, failureListener_});
 
   std::unique_ptr<V4l2CaptureSystem> makeSystem() {

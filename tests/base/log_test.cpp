@@ -15,7 +15,7 @@
 #include <unistd.h>
 
 #include "LogCapture.h"
-#include "Patience.h"
+#include "WaitLimit.h"
 #include "base/FileDescriptor.h"
 
 namespace tessary {
@@ -88,7 +88,7 @@ void expectNoWait(const LogPipe& pipe) {
   auto written = std::async(std::launch::async, [] {
     for (int i = 0; i < kLines; ++i) log("line {} of many that nobody reads", i);
   });
-  const bool ended = written.wait_for(test::kPatience) == std::future_status::ready;
+  const bool ended = written.wait_for(test::kWaitLimit) == std::future_status::ready;
   EXPECT_TRUE(ended) << "the log holds up who writes to it";
   while (!ended && written.wait_for(std::chrono::milliseconds(1)) != std::future_status::ready)
     pipe.read();
@@ -116,7 +116,7 @@ TEST(Log, WhatNobodyReadsHoldsUpNothingAndWhatIsLostIsCounted) {
 TEST(Log, ATerminalThatNobodyReadsHoldsUpNothingAndTellsWhatIsLost) {
   const LogPipe terminal(Channel::Terminal);
   expectNoWait(terminal);
-  const auto end = std::chrono::steady_clock::now() + test::kPatience;
+  const auto end = std::chrono::steady_clock::now() + test::kWaitLimit;
   std::string text;
   while (text.find(" lines of the log were lost\n") == std::string::npos) {
     ASSERT_LT(std::chrono::steady_clock::now(), end);

@@ -101,7 +101,7 @@ class CaptureControllerFixture : public testing::Test {
   std::shared_ptr<MicroscopeInfo> currMicroscope;
   MicroscopeCatalogue catalogue{system, microscopes};
   std::unique_ptr<CaptureController> controller =
-      std::make_unique<CaptureController>(CaptureController::Surroundings{
+      std::make_unique<CaptureController>(CaptureController::Dependencies{
           system, catalogue, currMicroscope, preferences, mainQueue, host, host, failures});
 };
 

@@ -3,7 +3,7 @@
 #include <condition_variable>
 
 #include "CaptureControllerFixture.h"
-#include "Patience.h"
+#include "WaitLimit.h"
 
 namespace tessary {
 namespace {
@@ -32,18 +32,18 @@ class CaptureThreadsTest : public test::CaptureControllerFixture {
   testing::AssertionResult awaitFrames(int count) {
     std::unique_lock lock(mutex_);
     const auto shown = [this, goal = shown_ + count] { return shown_ >= goal; };
-    if (changed_.wait_for(lock, test::kPatience, shown)) return testing::AssertionSuccess();
+    if (changed_.wait_for(lock, test::kWaitLimit, shown)) return testing::AssertionSuccess();
     return test::neverCame("a frame of the running session");
   }
   testing::AssertionResult awaitFrameOf(TextureSize size) {
     std::unique_lock lock(mutex_);
     const auto shown = [&] { return last_ == size; };
-    if (changed_.wait_for(lock, test::kPatience, shown)) return testing::AssertionSuccess();
+    if (changed_.wait_for(lock, test::kWaitLimit, shown)) return testing::AssertionSuccess();
     return test::neverCame(fmt::format("a frame of {} by {}", size.width, size.height));
   }
   /// Runs the main queue until something was posted to it.
   testing::AssertionResult awaitMainQueue() {
-    const auto end = std::chrono::steady_clock::now() + test::kPatience;
+    const auto end = std::chrono::steady_clock::now() + test::kWaitLimit;
     while (mainQueue.runAll() == 0) {
       if (std::chrono::steady_clock::now() > end) {
         return test::neverCame("anything for the main queue");

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "FakeCaptureSystem.h"
-#include "Patience.h"
+#include "WaitLimit.h"
 #include "capture/CaptureVideoDataOutput.h"
 
 namespace tessary {

@@ -14,7 +14,7 @@
 #include "FakeFailureListener.h"
 #include "LogCapture.h"
 #include "ManualExecutor.h"
-#include "Patience.h"
+#include "WaitLimit.h"
 #include "base/SerialQueue.h"
 #include "output/Recording.h"
 
@@ -125,7 +125,7 @@ class FrameSource {
 
 /// Runs the main queue until `counter` was told that its movie is finished.
 testing::AssertionResult awaitFinished(ManualExecutor& mainQueue, const Counter& counter) {
-  const auto end = std::chrono::steady_clock::now() + test::kPatience;
+  const auto end = std::chrono::steady_clock::now() + test::kWaitLimit;
   while (counter.told[kRecordingFinished] == 0) {
     if (std::chrono::steady_clock::now() > end) return test::neverCame("the end of a recording");
     mainQueue.runAll();

@@ -123,7 +123,7 @@ class PreviewViewTest : public ::testing::Test {
     view.setLocationDelegate(&delegate);
   }
 
-  PreviewView::Surroundings surroundings() {
+  PreviewView::Dependencies dependencies() {
     return {
         host,
         compositor,
@@ -166,7 +166,7 @@ class PreviewViewTest : public ::testing::Test {
   FakeEncoder jpegEncoder;
   FakeEncoder pngEncoder;
   std::shared_ptr<FakeAssetWriter::Movie> movie = std::make_shared<FakeAssetWriter::Movie>();
-  PreviewView view{surroundings()};
+  PreviewView view{dependencies()};
 };
 
 TEST_F(PreviewViewTest, StartsWithoutAPicture) {
@@ -218,7 +218,7 @@ TEST_F(PreviewViewTest, ALayoutThatWaitedWhileTheMicroscopeWentIsLeftOut) {
 }
 
 TEST_F(PreviewViewTest, WorkThatWasQueuedDoesNotOutliveTheView) {
-  auto other = std::make_unique<PreviewView>(surroundings());
+  auto other = std::make_unique<PreviewView>(dependencies());
   other->updateVideoFrame(frame({640, 480}));
   other.reset();
   mainQueue.runAll();

@@ -42,7 +42,7 @@ void AppDelegate::applicationDidFinishLaunching() {
   gPreferences = std::make_unique<Preferences>(defaults_, grants_);
   catalogue_.InitializeMicroscopes();
   gPreviewWindowController =
-      std::make_unique<PreviewWindowController>(PreviewWindowController::Surroundings{
+      std::make_unique<PreviewWindowController>(PreviewWindowController::Dependencies{
           *platform_.captureSystem, catalogue_, *platform_.compositor, *platform_.textRasterizer,
           *gPreferences, platform_.mainQueue, *platform_.jpegEncoder, *platform_.pngEncoder,
           platform_.makeAssetWriter, platform_.clock});

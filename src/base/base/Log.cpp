@@ -67,8 +67,8 @@ class StandardError {
       if (isSocket_) {
         written = ::send(fd, text.data(), text.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
       } else {
-        pollfd room{fd, POLLOUT, 0};
-        if (::poll(&room, 1, 0) != 1 || !(room.revents & POLLOUT)) return 0;
+        pollfd output{fd, POLLOUT, 0};
+        if (::poll(&output, 1, 0) != 1 || !(output.revents & POLLOUT)) return 0;
         written = ::write(fd, text.data(), text.size());
       }
     } while (written < 0 && errno == EINTR);

@@ -32,7 +32,7 @@ PixelBuffer::PixelBuffer(TextureSize size)
 struct PixelBufferPool::Shelf {
   std::mutex mutex;  // guards all below
   std::vector<std::unique_ptr<PixelBuffer>> idle;
-  std::vector<void*> counts;  // room for the reference counts of lent buffers, all of one size
+  std::vector<void*> counts;  // blocks for the reference counts of lent buffers, all of one size
 
   Shelf() {
     // So that taking something back can't fail.
@@ -40,7 +40,7 @@ struct PixelBufferPool::Shelf {
     counts.reserve(kIdleBuffersKept);
   }
   ~Shelf() {
-    for (void* room : counts) ::operator delete(room);
+    for (void* block : counts) ::operator delete(block);
   }
 };
 
@@ -55,7 +55,7 @@ struct PixelBufferPool::Return {
   }
 };
 
-/// Keeps the room for a shared pointer's counts as the pool keeps buffers.
+/// Keeps the block for a shared pointer's counts as the pool keeps buffers.
 template <typename T>
 struct PixelBufferPool::CountAllocator {
   using value_type = T;
@@ -66,22 +66,22 @@ struct PixelBufferPool::CountAllocator {
   CountAllocator(const CountAllocator<Other>& other) : shelf(other.shelf) {}
 
   T* allocate(size_t count) {
-    void* room = nullptr;
+    void* block = nullptr;
     {
       const std::lock_guard lock(shelf->mutex);
       if (!shelf->counts.empty()) {
-        room = shelf->counts.back();
+        block = shelf->counts.back();
         shelf->counts.pop_back();
       }
     }
-    return static_cast<T*>(room ? room : ::operator new(count * sizeof(T)));
+    return static_cast<T*>(block ? block : ::operator new(count * sizeof(T)));
   }
-  void deallocate(T* room, size_t) noexcept {
+  void deallocate(T* block, size_t) noexcept {
     {
       const std::lock_guard lock(shelf->mutex);
-      if (shelf->counts.size() < kIdleBuffersKept) return shelf->counts.push_back(room);
+      if (shelf->counts.size() < kIdleBuffersKept) return shelf->counts.push_back(block);
     }
-    ::operator delete(room);
+    ::operator delete(block);
   }
   template <typename Other>
   bool operator==(const CountAllocator<Other>& other) const {

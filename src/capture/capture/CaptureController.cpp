@@ -42,13 +42,13 @@ CaptureController::ObserverToken makeObserver(Block block) {
 
 }  // namespace
 
-CaptureController::CaptureController(Surroundings surroundings) : surroundings_(surroundings) {}
+CaptureController::CaptureController(Dependencies dependencies) : dependencies_(dependencies) {}
 
 CaptureController::~CaptureController() { windowWillClose(); }
 
 void CaptureController::setupCaptureSession() {
   capVideoDataOutputQueue = std::make_shared<SerialQueue>(kQueueLabel);
-  capSession = std::make_shared<CaptureSession>(surroundings_.mainQueue);
+  capSession = std::make_shared<CaptureSession>(dependencies_.mainQueue);
 }
 
 void CaptureController::addObservers() {
@@ -56,22 +56,22 @@ void CaptureController::addObservers() {
     // Meant: no restart and no change of state here. Frames simply stop.
     log("!!!AVCaptureSessionRuntimeErrorNotification!!!");
     log("{}", reason);
-    surroundings_.failures.failed(Failure::Camera, reason);
+    dependencies_.failures.failed(Failure::Camera, reason);
   });
   deviceWasConnectedObserver =
       makeObserver([this](const std::string&) { onMicroscopeConnected(); });
   deviceWasDisconnectedObserver =
       makeObserver([this](const std::string&) { onMicroscopeDisconnected(); });
   if (capSession) capSession->setRuntimeErrorHandler(weakly(sessionRuntimeErrorObserver));
-  surroundings_.captureSystem.setHotPlugHandlers(weakly(deviceWasConnectedObserver),
+  dependencies_.captureSystem.setHotPlugHandlers(weakly(deviceWasConnectedObserver),
                                                  weakly(deviceWasDisconnectedObserver));
 }
 
 void CaptureController::onMicroscopesInitialized() {
   if (capDevice) return;
-  for (const auto& microscope : surroundings_.catalogue.microscopes()) {
-    if (microscope->uniqueID != surroundings_.preferences.uniqueID) continue;
-    startCaptureSession(microscope, surroundings_.preferences.resolution);
+  for (const auto& microscope : dependencies_.catalogue.microscopes()) {
+    if (microscope->uniqueID != dependencies_.preferences.uniqueID) continue;
+    startCaptureSession(microscope, dependencies_.preferences.resolution);
     return;
   }
 }
@@ -85,7 +85,7 @@ void CaptureController::windowWillClose() {
   capVideoDataOutputQueue = nullptr;
   sessionRuntimeErrorObserver = nullptr;
   if (deviceWasConnectedObserver || deviceWasDisconnectedObserver)
-    surroundings_.captureSystem.setHotPlugHandlers({}, {});
+    dependencies_.captureSystem.setHotPlugHandlers({}, {});
   deviceWasConnectedObserver = nullptr;
   deviceWasDisconnectedObserver = nullptr;
 }
@@ -95,18 +95,18 @@ void CaptureController::windowWillClose() {
 void CaptureController::startCaptureSession(std::shared_ptr<MicroscopeInfo> microscope,
                                             std::shared_ptr<Resolution> resolution) {
   if (!capSession || !microscope) return;  // before the window is set up and after it has closed
-  if (surroundings_.currMicroscope)
+  if (dependencies_.currMicroscope)
     stopCaptureSession();
   else
     endCalibration();  // one may have begun while no microscope was there
-  surroundings_.currMicroscope = microscope;
+  dependencies_.currMicroscope = microscope;
   // The object and not a copy: the remembered resolution and the one in use may be the same.
   microscope->currResolution = std::move(resolution);
   // Meant: true even for a window that is covered, until its visibility next changes.
   wndExposed = true;
   framesCaptured = kFramesCapturedAtStart;
   silentLooks_ = 0;
-  capDevice = surroundings_.captureSystem.deviceWithUniqueID(microscope->uniqueID);
+  capDevice = dependencies_.captureSystem.deviceWithUniqueID(microscope->uniqueID);
 
   capSession->beginConfiguration();
   const bool added = addInputAndOutput();
@@ -120,24 +120,24 @@ void CaptureController::startCaptureSession(std::shared_ptr<MicroscopeInfo> micr
   configDeviceWithCurrResolution();
   if (capDevice) capDevice->unlockForConfiguration();
 
-  surroundings_.picture.changeScale(kScaleNone);
-  surroundings_.picture.setCalibration(kUncalibrated, kUnitMillimetre);
-  surroundings_.picture.removeAllShapes();
+  dependencies_.picture.changeScale(kScaleNone);
+  dependencies_.picture.setCalibration(kUncalibrated, kUnitMillimetre);
+  dependencies_.picture.removeAllShapes();
   rememberChoice(*microscope);
 }
 
 bool CaptureController::addInputAndOutput() {
-  auto input = surroundings_.captureSystem.makeDeviceInput(capDevice);
+  auto input = dependencies_.captureSystem.makeDeviceInput(capDevice);
   if (!input) {
     log("Could not create video device input: {}", input.error());
-    surroundings_.failures.failed(Failure::Camera, input.error());
+    dependencies_.failures.failed(Failure::Camera, input.error());
     capDeviceInput = nullptr;
     return false;
   }
   capDeviceInput = *std::move(input);
   if (!capSession->canAddInput(capDeviceInput)) {
     log("Could not add video device input to the session");
-    surroundings_.failures.failed(Failure::Camera,
+    dependencies_.failures.failed(Failure::Camera,
                                   "The microscope can't be opened. Choose it once more.");
     return false;
   }
@@ -151,12 +151,12 @@ bool CaptureController::addInputAndOutput() {
 }
 
 void CaptureController::endCalibration() {
-  if (surroundings_.dialogs.closeCalibrationWindow()) surroundings_.picture.stopCalibration();
+  if (dependencies_.dialogs.closeCalibrationWindow()) dependencies_.picture.stopCalibration();
 }
 
 void CaptureController::stopCaptureSession() {
   endCalibration();
-  surroundings_.dialogs.closeInputTextWindow();
+  dependencies_.dialogs.closeInputTextWindow();
   if (capSession) {
     if (capSession->isRunning()) capSession->stopRunning();
     capSession->beginConfiguration();
@@ -167,26 +167,26 @@ void CaptureController::stopCaptureSession() {
     capSession->commitConfiguration();
   }
   capDevice = nullptr;
-  surroundings_.currMicroscope = nullptr;
-  surroundings_.failures.recovered(Failure::Camera);
+  dependencies_.currMicroscope = nullptr;
+  dependencies_.failures.recovered(Failure::Camera);
 }
 
 void CaptureController::watchFrames() {
-  if (!capSession || !capSession->isRunning() || !surroundings_.currMicroscope) return;
+  if (!capSession || !capSession->isRunning() || !dependencies_.currMicroscope) return;
   const uint64_t frames = framesDelivered_;
   if (frames != framesSeen_) {
     framesSeen_ = frames;
     silentLooks_ = 0;
-    surroundings_.failures.recovered(Failure::Camera);
+    dependencies_.failures.recovered(Failure::Camera);
   } else if (++silentLooks_ == kSilentLooks) {
-    surroundings_.failures.failed(
+    dependencies_.failures.failed(
         Failure::Camera, fmt::format("{} sends no pictures. Unplug it and plug it in again.",
-                                     surroundings_.currMicroscope->name));
+                                     dependencies_.currMicroscope->name));
   }
 }
 
 const CaptureFormat* CaptureController::matchDeviceFormat() const {
-  const auto& microscope = surroundings_.currMicroscope;
+  const auto& microscope = dependencies_.currMicroscope;
   if (!capDevice || !microscope || !microscope->currResolution) return nullptr;
   const Resolution wanted = *microscope->currResolution;
   for (const CaptureFormat& format : capDevice->formats()) {
@@ -198,7 +198,7 @@ const CaptureFormat* CaptureController::matchDeviceFormat() const {
 }
 
 void CaptureController::configDeviceWithCurrResolution() {
-  const auto& microscope = surroundings_.currMicroscope;
+  const auto& microscope = dependencies_.currMicroscope;
   if (!microscope) return;
   auto& resolution = microscope->currResolution;
   const CaptureFormat* format = nullptr;
@@ -224,7 +224,7 @@ void CaptureController::configDeviceWithCurrResolution() {
 }
 
 void CaptureController::rememberChoice(const MicroscopeInfo& microscope) {
-  Preferences& preferences = surroundings_.preferences;
+  Preferences& preferences = dependencies_.preferences;
   preferences.uniqueID = microscope.uniqueID;
   *preferences.resolution = microscope.currResolution ? *microscope.currResolution : Resolution{};
   preferences.save();
@@ -234,7 +234,7 @@ void CaptureController::captureOutputDidOutputSampleBuffer(const SampleBuffer& s
   ++framesCaptured;
   ++framesDelivered_;
   // Meant: the count starts at 10, so this holds nothing back until the counter has wrapped.
-  if (wndExposed && framesCaptured > 1) surroundings_.picture.updateVideoFrame(sampleBuffer);
+  if (wndExposed && framesCaptured > 1) dependencies_.picture.updateVideoFrame(sampleBuffer);
 }
 
 void CaptureController::captureOutputDidDropSampleBuffer(const SampleBuffer&) {
@@ -242,28 +242,28 @@ void CaptureController::captureOutputDidDropSampleBuffer(const SampleBuffer&) {
 }
 
 void CaptureController::onMicroscopeConnected() {
-  const auto microscope = surroundings_.catalogue.onMicroscopeConnected();
+  const auto microscope = dependencies_.catalogue.onMicroscopeConnected();
   if (!microscope) return;
-  if (surroundings_.dialogs.isMicroscopeWindowUp()) surroundings_.dialogs.refreshMicroscopes();
-  if (microscope->uniqueID == surroundings_.preferences.uniqueID && !capDevice)
-    startCaptureSession(microscope, surroundings_.preferences.resolution);
+  if (dependencies_.dialogs.isMicroscopeWindowUp()) dependencies_.dialogs.refreshMicroscopes();
+  if (microscope->uniqueID == dependencies_.preferences.uniqueID && !capDevice)
+    startCaptureSession(microscope, dependencies_.preferences.resolution);
 }
 
 void CaptureController::onMicroscopeDisconnected() {
-  const auto microscope = surroundings_.catalogue.onMicroscopeDisconnected();
+  const auto microscope = dependencies_.catalogue.onMicroscopeDisconnected();
   if (!microscope) return;
-  CaptureDialogs& dialogs = surroundings_.dialogs;
+  CaptureDialogs& dialogs = dependencies_.dialogs;
   if (dialogs.isMicroscopeWindowUp()) {
-    if (surroundings_.catalogue.microscopes().empty())
+    if (dependencies_.catalogue.microscopes().empty())
       dialogs.endMicroscopeSheet(kCancel);
     else
       dialogs.refreshMicroscopes();
   }
   // Without a current microscope there is nothing that could match.
-  const auto& current = surroundings_.currMicroscope;
+  const auto& current = dependencies_.currMicroscope;
   if (!current || current->uniqueID != microscope->uniqueID) return;
   stopCaptureSession();
-  surroundings_.picture.stopPreview();
+  dependencies_.picture.stopPreview();
 }
 
 }  // namespace tessary

@@ -30,7 +30,7 @@ namespace tessary {
 class CaptureController final : private CaptureVideoDataOutputSampleBufferDelegate {
  public:
   /// What the controller is given; the references must outlive it.
-  struct Surroundings {
+  struct Dependencies {
     CaptureSystem& captureSystem;
     MicroscopeCatalogue& catalogue;
     std::shared_ptr<MicroscopeInfo>& currMicroscope;  ///< `gCurrMicroscope`
@@ -41,7 +41,7 @@ class CaptureController final : private CaptureVideoDataOutputSampleBufferDelega
     FailureListener& failures;
   };
 
-  explicit CaptureController(Surroundings surroundings);
+  explicit CaptureController(Dependencies dependencies);
   /// Closes, if that has not been done.
   ~CaptureController() override;
   CaptureController(const CaptureController&) = delete;
@@ -112,7 +112,7 @@ class CaptureController final : private CaptureVideoDataOutputSampleBufferDelega
   void endCalibration();
   void rememberChoice(const MicroscopeInfo& microscope);
 
-  Surroundings surroundings_;
+  Dependencies dependencies_;
   std::atomic<uint64_t> framesDelivered_ = 0;
   uint64_t framesSeen_ = 0;  // of those, at the last look
   int silentLooks_ = 0;

@@ -49,7 +49,7 @@ class RenderPipeline {
   Compositor& compositor_;
 
   uint64_t preparedRun_ = 0;
-  bool madeOrFailed_ = false;  // one attempt for each run
+  bool madeOrFailed_ = false;      // one attempt for each run
   uint64_t composedSequence_ = 0;  // 0: nothing composed; the ring counts from 1
   uint64_t composedRevision_ = 0;  // of the overlay
   TextureSize composedSize_;

@@ -34,8 +34,8 @@ ViewGeometry::Axis ViewGeometry::layOutAxis(double container, int32_t bitmap, in
   if (container >= bitmap) {
     return {(container - view) / 2, view, 0.0, -((view - bitmap) / 2)};
   }
-  const int32_t room = truncateToInt32(bitmap - container);
-  const double origin = overflow(room);
+  const int32_t excess = truncateToInt32(bitmap - container);
+  const double origin = overflow(excess);
   return {0.0, view, origin, origin};
 }
 
@@ -58,7 +58,7 @@ void ViewGeometry::zoomTo(int32_t step) {
   _bitmapHeight = scaledSize(textureSize_.height, scale);
 
   // A zoom forgets the pan: whole view units, so that 1:1 stays sharp.
-  const auto centred = [](int32_t room) { return double(room / 2); };
+  const auto centred = [](int32_t excess) { return double(excess / 2); };
   const Size container = host_.superviewFrameSize();
   apply(layOutAxis(container.width, _bitmapWidth, textureSize_.width, centred),
         layOutAxis(container.height, _bitmapHeight, textureSize_.height, centred));
@@ -67,7 +67,9 @@ void ViewGeometry::zoomTo(int32_t step) {
 
 void ViewGeometry::offsetLocationTo(float x, float y) {
   const auto limited = [](float wanted) {
-    return [wanted](int32_t room) { return std::max(std::min(double(wanted), double(room)), 0.0); };
+    return [wanted](int32_t excess) {
+      return std::max(std::min(double(wanted), double(excess)), 0.0);
+    };
   };
   const Size container = host_.superviewFrameSize();
   apply(layOutAxis(container.width, _bitmapWidth, textureSize_.width, limited(x)),
@@ -78,7 +80,7 @@ void ViewGeometry::windowDidResize() {
   // No lower limit: the origin is never below 0. A view at 0 is not centred when the picture begins
   // to overflow: meant.
   const auto kept = [](double origin) {
-    return [origin](int32_t room) { return std::min(origin, double(room)); };
+    return [origin](int32_t excess) { return std::min(origin, double(excess)); };
   };
   const Size container = host_.superviewFrameSize();
   const ViewPoint origin = bounds_.origin;

@@ -86,7 +86,7 @@ class ViewGeometry {
     double boundsOrigin;
     double location;
   };
-  /// Gives the bounds origin of an axis that overflows by `room`.
+  /// Gives the bounds origin of an axis that overflows by `excess`.
   template <typename Overflow>
   Axis layOutAxis(double container, int32_t bitmap, int32_t texture, Overflow overflow) const;
   void apply(const Axis& horizontal, const Axis& vertical);

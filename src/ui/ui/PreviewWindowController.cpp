@@ -24,21 +24,22 @@ constexpr int kTopMargin = 25;
 
 std::unique_ptr<PreviewWindowController> gPreviewWindowController;
 
-PreviewWindowController::PreviewWindowController(Surroundings surroundings)
-    : surroundings_(std::move(surroundings)),
+PreviewWindowController::PreviewWindowController(Dependencies dependencies)
+    : dependencies_(std::move(dependencies)),
       containerView(*new PreviewContainerView),
       previewWidget_(*new PreviewWidget(&containerView)),
-      previewView({viewHost_, surroundings_.compositor, surroundings_.textRasterizer,
-                   surroundings_.preferences, surroundings_.mainQueue, surroundings_.jpegEncoder,
-                   surroundings_.pngEncoder, surroundings_.makeAssetWriter, failures_,
+      previewView({viewHost_, dependencies_.compositor, dependencies_.textRasterizer,
+                   dependencies_.preferences, dependencies_.mainQueue, dependencies_.jpegEncoder,
+                   dependencies_.pngEncoder, dependencies_.makeAssetWriter, failures_,
                    [this] { previewWidget_.update(); },
                    [this](const std::function<void()>& work) {
                      previewWidget_.withGraphicsContext(work);
                    }}),
-      calibration_(window_, previewView, surroundings_.preferences, surroundings_.clock),
-      saving_(window_, previewView, surroundings_.preferences, surroundings_.clock),
-      capture_({surroundings_.captureSystem, surroundings_.catalogue, gCurrMicroscope,
-                surroundings_.preferences, surroundings_.mainQueue, previewView, *this, failures_}) {
+      calibration_(window_, previewView, dependencies_.preferences, dependencies_.clock),
+      saving_(window_, previewView, dependencies_.preferences, dependencies_.clock),
+      capture_({dependencies_.captureSystem, dependencies_.catalogue, gCurrMicroscope,
+                dependencies_.preferences, dependencies_.mainQueue, previewView, *this,
+                failures_}) {
   connect(&window_, &MainWindow::willClose, this, &PreviewWindowController::windowWillClose);
   connect(&window_, &MainWindow::didResize, this, &PreviewWindowController::windowDidResize);
   connect(&window_, &MainWindow::keyDown, this, [this](QKeyEvent* event) { keyDown(*event); });
@@ -225,7 +226,7 @@ void PreviewWindowController::toggleScale(int32_t scaleType) {
 }
 
 void PreviewWindowController::folderToolbarItemDidClick() {
-  const auto& url = surroundings_.preferences.url;
+  const auto& url = dependencies_.preferences.url;
   if (!url) {
     openAlert(window_, QMessageBox::Information, tr("Folder not initialized"),
               tr("Please try to capture/save a photo and setup the folder."));

@@ -35,7 +35,7 @@ class PreviewWindowController final : public QObject,
   Q_OBJECT
  public:
   /// What the controller is given; the references must outlive it.
-  struct Surroundings {
+  struct Dependencies {
     CaptureSystem& captureSystem;
     MicroscopeCatalogue& catalogue;
     Compositor& compositor;
@@ -49,7 +49,7 @@ class PreviewWindowController final : public QObject,
   };
 
   /// Puts the window together, not yet on screen, and without a session.
-  explicit PreviewWindowController(Surroundings surroundings);
+  explicit PreviewWindowController(Dependencies dependencies);
   ~PreviewWindowController() override;
 
   /// Shows the window; the first time it also goes to its place, and the capture session begins.
@@ -110,7 +110,7 @@ class PreviewWindowController final : public QObject,
   void microscopeToolbarItemDidClick();
   void textToolbarItemDidClick();
 
-  Surroundings surroundings_;
+  Dependencies dependencies_;
   FailureMessages failures_;
   MainWindow window_;
   PreviewContainerView& containerView;  // owned by the window

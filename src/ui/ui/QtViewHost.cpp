@@ -45,8 +45,8 @@ double QtViewHost::desktopBottom() const {
 
 void QtViewHost::setContentSize(Size size) {
   // Toolbar and menu count as part of the frame here.
-  const QSize surroundings = window_.size() - container_.size();
-  const QSize wanted = QSize(int(size.width), int(size.height)) + surroundings;
+  const QSize bars = window_.size() - container_.size();
+  const QSize wanted = QSize(int(size.width), int(size.height)) + bars;
   const double ratio = window_.devicePixelRatio();
   window_.resize(grantedLength(wanted.width(), ratio), grantedLength(wanted.height(), ratio));
 }

@@ -12,7 +12,7 @@ bool isComposed(TextureSize size) {
 
 }  // namespace
 
-PreviewView::PreviewView(Surroundings surroundings) : surroundings_(std::move(surroundings)) {}
+PreviewView::PreviewView(Dependencies dependencies) : dependencies_(std::move(dependencies)) {}
 
 void PreviewView::setLocationDelegate(PreviewViewLocationDelegate* delegate) {
   _locationDelegate = delegate;
@@ -21,92 +21,92 @@ void PreviewView::setLocationDelegate(PreviewViewLocationDelegate* delegate) {
 
 void PreviewView::zoomTo(int32_t step) {
   geometry_.zoomTo(step);
-  surroundings_.setNeedsDisplay();
+  dependencies_.setNeedsDisplay();
 }
 
 void PreviewView::offsetLocationTo(float x, float y) {
   geometry_.offsetLocationTo(x, y);
-  surroundings_.setNeedsDisplay();
+  dependencies_.setNeedsDisplay();
 }
 
 void PreviewView::windowDidResize() {
   geometry_.windowDidResize();
-  surroundings_.setNeedsDisplay();
+  dependencies_.setNeedsDisplay();
 }
 
 void PreviewView::changeScale(int32_t scaleType) {
   overlay_.changeScale(scaleType);
-  surroundings_.setNeedsDisplay();
+  dependencies_.setNeedsDisplay();
 }
 
 void PreviewView::setCalibration(float pixelsPerUnit, int32_t unit) {
   overlay_.setCalibration(pixelsPerUnit, unit);
-  surroundings_.setNeedsDisplay();
+  dependencies_.setNeedsDisplay();
 }
 
 void PreviewView::startCalibration() {
   overlay_.startCalibration();
-  surroundings_.setNeedsDisplay();
+  dependencies_.setNeedsDisplay();
 }
 
 void PreviewView::stopCalibration() {
   overlay_.stopCalibration();
-  surroundings_.setNeedsDisplay();
+  dependencies_.setNeedsDisplay();
 }
 
 void PreviewView::changeOperation(int32_t op) {
   overlay_.changeOperation(op);
-  surroundings_.setNeedsDisplay();
+  dependencies_.setNeedsDisplay();
   if (_locationDelegate) _locationDelegate->previewViewZoomDidChange();
 }
 
 void PreviewView::setInputText(const std::string& text) {
   overlay_.shapes.setInputText(text);
-  surroundings_.setNeedsDisplay();
+  dependencies_.setNeedsDisplay();
 }
 
 void PreviewView::removeSelectedShape() {
   overlay_.shapes.removeSelectedShape();
-  surroundings_.setNeedsDisplay();
+  dependencies_.setNeedsDisplay();
 }
 
 void PreviewView::removeLastShape() {
   overlay_.shapes.removeLastShape();
-  surroundings_.setNeedsDisplay();
+  dependencies_.setNeedsDisplay();
 }
 
 void PreviewView::removeAllShapes() {
   overlay_.shapes.removeAllShapes();
-  surroundings_.setNeedsDisplay();
+  dependencies_.setNeedsDisplay();
 }
 
 void PreviewView::redrawLinesAndPoints() {
   overlay_.redrawLinesAndPoints();
-  surroundings_.setNeedsDisplay();
+  dependencies_.setNeedsDisplay();
 }
 
 bool PreviewView::mouseDown(const MouseLocation& location) {
   if (!contains(geometry_.viewFrame(), location.container)) return false;
   overlay_.mouse.mouseDown(viewPoint(location), location.screen);
-  surroundings_.setNeedsDisplay();
+  dependencies_.setNeedsDisplay();
   return true;
 }
 
 void PreviewView::mouseUp(const MouseLocation& location) {
   overlay_.mouse.mouseUp(viewPoint(location));
-  surroundings_.setNeedsDisplay();
+  dependencies_.setNeedsDisplay();
 }
 
 void PreviewView::mouseDragged(const MouseLocation& location) {
   overlay_.mouse.mouseDragged(viewPoint(location), location.screen);
-  surroundings_.setNeedsDisplay();
+  dependencies_.setNeedsDisplay();
 }
 
 void PreviewView::mouseMoved(const MouseLocation& location) {
   if (!contains(geometry_.viewFrame(), location.container)) return;
   const uint64_t before = overlay_.context.revision;
   overlay_.mouse.mouseMoved(viewPoint(location));
-  if (overlay_.context.revision != before) surroundings_.setNeedsDisplay();
+  if (overlay_.context.revision != before) dependencies_.setNeedsDisplay();
 }
 
 ViewPoint PreviewView::viewPoint(const MouseLocation& location) const {
@@ -115,7 +115,7 @@ ViewPoint PreviewView::viewPoint(const MouseLocation& location) const {
 
 void PreviewView::updateVideoFrame(const SampleBuffer& frame) {
   if (ring_.push(frame.imageBuffer)) {
-    surroundings_.mainQueue.post(lifetime_.guard([this] { frameSizeDidChange(); }));
+    dependencies_.mainQueue.post(lifetime_.guard([this] { frameSizeDidChange(); }));
   }
   if (recordingTakesFrames(recording_.recordingStatus())) recording_.appendMovieFrame(frame);
   frameRate_.calculateFramerateAtTimestamp(frame.presentationTimeStamp);
@@ -130,7 +130,7 @@ void PreviewView::frameSizeDidChange() {
   _cvTextureSize = newest.frame->size();
   geometry_.frameSizeDidChange(_cvTextureSize);
   geometry_.startPreview();
-  surroundings_.setNeedsDisplay();
+  dependencies_.setNeedsDisplay();
 }
 
 void PreviewView::stopPreview() {
@@ -138,33 +138,33 @@ void PreviewView::stopPreview() {
   geometry_.stopPreview();
   overlay_.stopPreview();
   ring_.clear();
-  surroundings_.setNeedsDisplay();
+  dependencies_.setNeedsDisplay();
 }
 
 void PreviewView::wakeUp() {
   if (wakeUpPending_.exchange(true)) return;
-  surroundings_.mainQueue.post(lifetime_.guard([this] {
+  dependencies_.mainQueue.post(lifetime_.guard([this] {
     wakeUpPending_ = false;
-    surroundings_.setNeedsDisplay();
+    dependencies_.setNeedsDisplay();
   }));
 }
 
 std::shared_ptr<const PixelBuffer> PreviewView::currentPicture() {
   // By the size that is composed: the layout for a new one may not have come yet.
   std::shared_ptr<PixelBuffer> picture;
-  surroundings_.withGraphicsContext([&] {
+  dependencies_.withGraphicsContext([&] {
     if (!pipeline_.composeNow(overlay_.vertices())) return;
     picture = std::make_shared<PixelBuffer>(pipeline_.composedSize());
     if (!pipeline_.readBack(*picture)) picture = nullptr;
   });
   if (picture) {
-    surroundings_.failures.recovered(Failure::OverlayLeftOut);
+    dependencies_.failures.recovered(Failure::OverlayLeftOut);
     return picture;
   }
   FrameRing::Frame frame = ring_.newest().frame;
   if (!frame) return std::make_shared<PixelBuffer>(TextureSize{});
   if (!overlay_.isEmpty()) {
-    surroundings_.failures.failed(
+    dependencies_.failures.failed(
         Failure::OverlayLeftOut,
         isComposed(frame->size())
             ? "The picture was saved without what lies over it: it can't be read back from the "
@@ -176,7 +176,7 @@ std::shared_ptr<const PixelBuffer> PreviewView::currentPicture() {
 }
 
 bool PreviewView::saveImageFile(const std::string& fileName) {
-  const Preferences& preferences = surroundings_.preferences;
+  const Preferences& preferences = dependencies_.preferences;
   return stillImage_.saveImageFile(preferences.url.value_or(std::string()), fileName,
                                    preferences.imagePNG, *currentPicture());
 }

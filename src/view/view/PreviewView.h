@@ -36,7 +36,7 @@ struct MouseLocation {
 class PreviewView final : public CapturePicture {
  public:
   /// What the view is given; all of it must outlive the view.
-  struct Surroundings {
+  struct Dependencies {
     ViewHost& host;
     Compositor& compositor;
     TextRasterizer& textRasterizer;
@@ -52,7 +52,7 @@ class PreviewView final : public CapturePicture {
     std::function<void(const std::function<void()>&)> withGraphicsContext;
   };
 
-  explicit PreviewView(Surroundings surroundings);
+  explicit PreviewView(Dependencies dependencies);
   /// No frame may be on its way any more.
   ~PreviewView() override = default;
   PreviewView(const PreviewView&) = delete;
@@ -134,20 +134,20 @@ class PreviewView final : public CapturePicture {
   /// At most one wake-up is on its way, however many frames come. Any thread.
   void wakeUp();
 
-  Surroundings surroundings_;
+  Dependencies dependencies_;
   TextureSize
       _cvTextureSize;  // `_cvTextureWidth`, `_cvTextureHeight` as the main thread knows them
   PreviewViewLocationDelegate* _locationDelegate = nullptr;
-  ViewGeometry geometry_{surroundings_.host, _cvTextureSize};
+  ViewGeometry geometry_{dependencies_.host, _cvTextureSize};
   FrameRing ring_;
   FrameRate frameRate_;
-  RenderPipeline pipeline_{ring_, surroundings_.compositor};
-  StillImage stillImage_{surroundings_.jpegEncoder, surroundings_.pngEncoder,
-                         surroundings_.mainQueue, surroundings_.failures};
-  Recording recording_{surroundings_.makeAssetWriter, surroundings_.mainQueue,
-                       surroundings_.failures};
+  RenderPipeline pipeline_{ring_, dependencies_.compositor};
+  StillImage stillImage_{dependencies_.jpegEncoder, dependencies_.pngEncoder,
+                         dependencies_.mainQueue, dependencies_.failures};
+  Recording recording_{dependencies_.makeAssetWriter, dependencies_.mainQueue,
+                       dependencies_.failures};
 
-  Overlay overlay_{surroundings_.preferences, _cvTextureSize, surroundings_.textRasterizer,
+  Overlay overlay_{dependencies_.preferences, _cvTextureSize, dependencies_.textRasterizer,
                    geometry_};
 
   uint64_t laidOutRun_ = 0;  // of the ring

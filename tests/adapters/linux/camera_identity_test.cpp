@@ -51,7 +51,7 @@ TEST(CameraIdentity, DeviceTextsAreMadeFitToShow) {
 NodeRecord microscope() {
   NodeRecord node;
   node.sysPath = "/sys/devices/x/video0";
-  node.incarnation = "1";
+  node.connectionID = "1";
   node.devNode = "/dev/video0";
   node.path = "pci-0000:00:14.0-usb-0:2:1.0";
   node.isUsb = true;
@@ -71,7 +71,7 @@ TEST(CameraIdentity, ARestartOrAReplugAtTheSamePortChangesNothing) {
   NodeRecord again = microscope();
   again.sysPath = "/sys/devices/y/video4";
   again.devNode = "/dev/video4";
-  again.incarnation = "2";
+  again.connectionID = "2";
   EXPECT_EQ(portIdentity(again), portIdentity(microscope()));
 }
 

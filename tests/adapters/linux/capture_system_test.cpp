@@ -70,10 +70,10 @@ class FakeMachine final : public V4l2Calls {
   std::map<int, FakeVideoDriver*> byFd_;
 };
 
-NodeRecord microscope(int number, const std::string& port, const std::string& incarnation = "1") {
+NodeRecord microscope(int number, const std::string& port, const std::string& connectionID = "1") {
   NodeRecord node;
   node.sysPath = fmt::format("/sys/video{}", number);
-  node.incarnation = incarnation;
+  node.connectionID = connectionID;
   node.devNode = fmt::format("/dev/video{}", number);
   node.path = port;
   node.isUsb = true;

@@ -13,7 +13,7 @@
 #include "LogCapture.h"
 #include "ManualExecutor.h"
 #include "MemoryKeyValueStore.h"
-#include "Patience.h"
+#include "WaitLimit.h"
 #include "capture/CaptureVideoDataOutput.h"
 #include "linux/NodeProbe.h"
 #include "linux/V4l2DeviceInput.h"
@@ -154,7 +154,7 @@ class FramePath : public testing::Test {
       const int next = delegate_.handled + 1;
       frame_.stamp = MediaTime(next * kInterval);
       ASSERT_TRUE(driver_.push(frame_));
-      const auto end = std::chrono::steady_clock::now() + kPatience;
+      const auto end = std::chrono::steady_clock::now() + kWaitLimit;
       while (delegate_.handled < next) {
         ASSERT_LT(std::chrono::steady_clock::now(), end) << "frame " << next << " never came";
         std::this_thread::yield();

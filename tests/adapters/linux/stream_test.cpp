@@ -457,7 +457,7 @@ TEST(StreamRecovery, ASilentCameraIsRestartedUntilItSpeaks) {
   EXPECT_THAT(rig.sink.failures(), IsEmpty());
 }
 
-TEST(StreamRecovery, PatienceDoublesUpToItsLimit) {
+TEST(StreamRecovery, TheWaitForAFrameDoublesUpToItsLimit) {
   StreamRig rig;
   rig.driver->knowsFrameRates = false;
   rig.timing.silence = 10ms;

@@ -19,8 +19,8 @@
 #include <unistd.h>
 
 #include "LogCapture.h"
-#include "Patience.h"
 #include "QtTest.h"
+#include "WaitLimit.h"
 #include "settings/PathGrants.h"
 #include "settings/Preferences.h"
 
@@ -368,14 +368,14 @@ TEST_F(QtKeyValueStoreTest, ADiskThatWasSilentIsGivenTheTimeForSilentOnesUntilIt
   write("k=1\n");
   std::promise<void> answer;
   SettingsFile::Disk disk;
-  disk.patience = std::chrono::milliseconds(20);
-  disk.patienceAfterSilence =
-      std::chrono::duration_cast<std::chrono::milliseconds>(test::kPatience);
+  disk.answerLimit = std::chrono::milliseconds(20);
+  disk.answerLimitAfterSilence =
+      std::chrono::duration_cast<std::chrono::milliseconds>(test::kWaitLimit);
   disk.touch = [wait = answer.get_future().share()] { wait.wait(); };
   SettingsFile file(path(), disk);
   EXPECT_EQ(file.read().error(), "the disk does not answer");
   const std::jthread later([&] {
-    std::this_thread::sleep_for(10 * disk.patience);
+    std::this_thread::sleep_for(10 * disk.answerLimit);
     answer.set_value();
   });
   Result<std::string> text = file.read();
@@ -387,7 +387,7 @@ TEST_F(QtKeyValueStoreTest, ADiskThatDoesNotAnswerIsToldAndForgivenWhenItDoes) {
   write("[General]\nk=1\nother=5\n");
   std::promise<void> answer;
   SettingsFile::Disk disk;
-  disk.patience = disk.patienceAfterSilence = std::chrono::milliseconds(20);
+  disk.answerLimit = disk.answerLimitAfterSilence = std::chrono::milliseconds(20);
   disk.touch = [wait = answer.get_future().share()] { wait.wait(); };
   QtKeyValueStore store(std::make_unique<SettingsFile>(path(), disk));
   EXPECT_EQ(store.value("k"), std::nullopt);
@@ -418,7 +418,7 @@ TEST_F(QtKeyValueStoreTest, ADiskThatNeverAnswersHoldsUpNoEnd) {
   const auto answer = std::make_shared<std::promise<void>>();
   {
     SettingsFile::Disk disk;
-    disk.patience = std::chrono::milliseconds(20);
+    disk.answerLimit = std::chrono::milliseconds(20);
     disk.touch = [answer, wait = answer->get_future().share()] { wait.wait(); };
     const QtKeyValueStore store(std::make_unique<SettingsFile>(path(), disk));
   }

@@ -58,7 +58,7 @@ std::optional<uint16_t> readNumber(const FrameBuffer& screen, int left, int y) {
 
 }  // namespace
 
-std::optional<Sighting> findPicture(const FrameBuffer& screen) {
+std::optional<PictureFound> findPicture(const FrameBuffer& screen) {
   const Size size = screen.size();
   const int rightmost = size.width - (kStripWidth - kStripMarksLeft);
   for (int y = size.height - 1; y >= kStripSquare; --y) {
@@ -68,7 +68,7 @@ std::optional<Sighting> findPicture(const FrameBuffer& screen) {
       const int left = x - kStripMarksLeft;
       const auto number = readNumber(screen, left, y - kReadAboveBottom);
       if (!number) return std::nullopt;
-      return Sighting{*number, left, y};
+      return PictureFound{*number, left, y};
     }
   }
   return std::nullopt;

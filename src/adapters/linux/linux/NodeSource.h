@@ -11,7 +11,7 @@ namespace tessary {
 struct NodeRecord {
   std::string sysPath;
   /// Differs for a camera that left and came back under the same sysPath.
-  std::string incarnation;
+  std::string connectionID;
   std::string devNode;
   /// The port that the camera is plugged into; the same after a restart.
   std::string path;

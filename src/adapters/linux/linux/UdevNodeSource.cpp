@@ -36,7 +36,7 @@ std::string firstOf(const std::string& a, const std::string& b) { return a.empty
 
 // The kernel numbers sysfs folders as it makes them, and the devices of a bus as they are plugged
 // in.
-std::string incarnationOf(const std::string& sysPath, udev_device* usb) {
+std::string connectionIDOf(const std::string& sysPath, udev_device* usb) {
   struct stat status {};
   ::stat(sysPath.c_str(), &status);
   return fmt::format("{}/{}", uint64_t(status.st_ino),
@@ -54,7 +54,7 @@ NodeRecord recordOf(udev_device* device) {
   };
   NodeRecord node;
   node.sysPath = text(udev_device_get_syspath(device));
-  node.incarnation = incarnationOf(node.sysPath, usb);
+  node.connectionID = connectionIDOf(node.sysPath, usb);
   node.devNode = text(udev_device_get_devnode(device));
   node.isUsb = usb != nullptr || property("ID_BUS") == "usb";
   node.path = property("ID_PATH");

@@ -25,12 +25,12 @@ V4l2CaptureSystem::V4l2CaptureSystem(Executor& mainQueue, FrameDecoderFactory ma
       nodes_(std::move(nodes)) {
   // Watched before it is read, so that nothing slips in between.
   nodes_->watch([this] {
-    Survey found = survey();
+    Snapshot found = takeSnapshot();
     const bool settled = found.settled;
     mainQueue_.post(lifetime_.guard([this, found = std::move(found)] { apply(found); }));
     return settled;
   });
-  apply(survey());
+  apply(takeSnapshot());
 }
 
 V4l2CaptureSystem::~V4l2CaptureSystem() { nodes_->stopWatching(); }
@@ -63,19 +63,19 @@ void V4l2CaptureSystem::setHotPlugHandlers(std::function<void()> deviceWasConnec
   deviceWasDisconnected_ = std::move(deviceWasDisconnected);
 }
 
-bool V4l2CaptureSystem::Sighting::sameCamera(const Sighting& other) const {
+bool V4l2CaptureSystem::Entry::sameCamera(const Entry& other) const {
   // A camera that this user is now allowed to ask counts as a new one: its formats are known now.
-  return node.sysPath == other.node.sysPath && node.incarnation == other.node.incarnation &&
+  return node.sysPath == other.node.sysPath && node.connectionID == other.node.connectionID &&
          probe->state == other.probe->state;
 }
 
-V4l2CaptureSystem::Survey V4l2CaptureSystem::survey() {
-  const std::lock_guard lock(surveyMutex_);
-  Survey survey;
-  survey.number = ++surveys_;
+V4l2CaptureSystem::Snapshot V4l2CaptureSystem::takeSnapshot() {
+  const std::lock_guard lock(snapshotMutex_);
+  Snapshot snapshot;
+  snapshot.number = ++snapshots_;
   decltype(probes_) probes;
   for (NodeRecord& node : nodes_->nodes()) {
-    const std::pair key(node.sysPath, node.incarnation);
+    const std::pair key(node.sysPath, node.connectionID);
     const auto known = probes_.find(key);
     const auto probe = known != probes_.end()
                            ? known->second
@@ -84,52 +84,52 @@ V4l2CaptureSystem::Survey V4l2CaptureSystem::survey() {
       case NodeProbe::State::NotACamera: probes.emplace(key, probe); break;
       case NodeProbe::State::Camera:
         probes.emplace(key, probe);
-        survey.cameras.push_back({std::move(node), probe});
+        snapshot.cameras.push_back({std::move(node), probe});
         break;
       case NodeProbe::State::NoPermission:
         // Listed, if it is a camera by udev's word, so that choosing it tells what to do.
-        survey.settled = false;
-        if (node.saysItCaptures) survey.cameras.push_back({std::move(node), probe});
+        snapshot.settled = false;
+        if (node.saysItCaptures) snapshot.cameras.push_back({std::move(node), probe});
         break;
-      case NodeProbe::State::Unanswered: survey.settled = false; break;
+      case NodeProbe::State::Unanswered: snapshot.settled = false; break;
     }
   }
   probes_ = std::move(probes);
-  return survey;
+  return snapshot;
 }
 
-void V4l2CaptureSystem::apply(const Survey& survey) {
-  if (survey.number <= applied_) return;
-  applied_ = survey.number;
+void V4l2CaptureSystem::apply(const Snapshot& snapshot) {
+  if (snapshot.number <= applied_) return;
+  applied_ = snapshot.number;
 
   // Each change is listed and told alone, as if it had come alone: a hub takes all its cameras away
   // and brings them back at once. Departures come first, so that a camera that left and came back
-  // is seen to be gone. A handler may run the main queue, and with it a newer survey, which has
+  // is seen to be gone. A handler may run the main queue, and with it a newer snapshot, which has
   // then told the rest.
   const auto isSeen = [&](const Present& camera) {
-    return std::ranges::any_of(
-        survey.cameras, [&](const Sighting& seen) { return seen.sameCamera(camera.sighting); });
+    return std::ranges::any_of(snapshot.cameras,
+                               [&](const Entry& entry) { return entry.sameCamera(camera.entry); });
   };
   for (;;) {
     const auto gone = std::ranges::find_if_not(present_, isSeen);
     if (gone == present_.end()) break;
     present_.erase(gone);
     if (const auto handler = deviceWasDisconnected_) handler();
-    if (survey.number != applied_) return;
+    if (snapshot.number != applied_) return;
   }
-  for (const Sighting& seen : survey.cameras) {
-    const auto isIt = [&](const Present& camera) { return camera.sighting.sameCamera(seen); };
+  for (const Entry& entry : snapshot.cameras) {
+    const auto isIt = [&](const Present& camera) { return camera.entry.sameCamera(entry); };
     if (std::ranges::any_of(present_, isIt)) continue;
-    present_.push_back({seen, makeDevice(seen)});
+    present_.push_back({entry, makeDevice(entry)});
     std::ranges::sort(present_, {},
                       [](const Present& camera) { return camera.device->uniqueID(); });
     if (const auto handler = deviceWasConnected_) handler();
-    if (survey.number != applied_) return;
+    if (snapshot.number != applied_) return;
   }
 }
 
-std::shared_ptr<V4l2CaptureDevice> V4l2CaptureSystem::makeDevice(const Sighting& sighting) const {
-  const NodeRecord& node = sighting.node;
+std::shared_ptr<V4l2CaptureDevice> V4l2CaptureSystem::makeDevice(const Entry& entry) const {
+  const NodeRecord& node = entry.node;
   V4l2CaptureDevice::Description camera;
   // A port may be named alike on a bus's fast and its slow half: the later arrival gets a number.
   const std::string identity = portIdentity(node);
@@ -140,13 +140,13 @@ std::shared_ptr<V4l2CaptureDevice> V4l2CaptureSystem::makeDevice(const Sighting&
   };
   for (int number = 2; taken(camera.uniqueID); ++number)
     camera.uniqueID = fmt::format("{}#{}", identity, number);
-  camera.localizedName = displayName(node, sighting.probe->card);
+  camera.localizedName = displayName(node, entry.probe->card);
   camera.modelID = node.isUsb ? usbModelID(node.vendorID, node.productID) : camera.localizedName;
   camera.manufacturer = printableText(node.manufacturer);
   camera.transportType = node.isUsb ? kTransportTypeUSB : 0;
   camera.devNode = node.devNode;
-  camera.formats = sighting.probe->formats;
-  camera.defaultFormat = sighting.probe->currentFormat;
+  camera.formats = entry.probe->formats;
+  camera.defaultFormat = entry.probe->currentFormat;
   return std::make_shared<V4l2CaptureDevice>(std::move(camera));
 }
 

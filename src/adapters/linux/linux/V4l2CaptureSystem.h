@@ -43,24 +43,24 @@ class V4l2CaptureSystem final : public CaptureSystem {
  private:
   /// A node that is a camera, as it was found. Two that are equal are the same camera, not
   /// replugged.
-  struct Sighting {
+  struct Entry {
     NodeRecord node;
     std::shared_ptr<const NodeProbe> probe;
-    bool sameCamera(const Sighting& other) const;
+    bool sameCamera(const Entry& other) const;
   };
-  struct Survey {
+  struct Snapshot {
     uint64_t number = 0;
-    std::vector<Sighting> cameras;
+    std::vector<Entry> cameras;
     bool settled = true;
   };
   struct Present {
-    Sighting sighting;
+    Entry entry;
     std::shared_ptr<V4l2CaptureDevice> device;
   };
 
-  Survey survey();
-  void apply(const Survey& survey);
-  std::shared_ptr<V4l2CaptureDevice> makeDevice(const Sighting& sighting) const;
+  Snapshot takeSnapshot();
+  void apply(const Snapshot& snapshot);
+  std::shared_ptr<V4l2CaptureDevice> makeDevice(const Entry& entry) const;
 
   Executor& mainQueue_;
   const FrameDecoderFactory makeDecoder_;
@@ -68,9 +68,9 @@ class V4l2CaptureSystem final : public CaptureSystem {
   const std::shared_ptr<V4l2Calls> calls_;
   const std::unique_ptr<NodeSource> nodes_;
 
-  std::mutex surveyMutex_;  // guards surveys_ and probes_, and lets one survey run at a time
-  uint64_t surveys_ = 0;
-  /// Answers of the nodes present, by path and incarnation: a camera is asked once.
+  std::mutex snapshotMutex_;  // guards snapshots_ and probes_, and lets one be taken at a time
+  uint64_t snapshots_ = 0;
+  /// Answers of the nodes present, by path and connection: a camera is asked once.
   std::map<std::pair<std::string, std::string>, std::shared_ptr<const NodeProbe>> probes_;
 
   // All below belong to the main thread.

@@ -18,7 +18,7 @@ namespace {
 using namespace std::chrono;
 
 // A slow camera is not a silent one.
-constexpr int kFramesOfPatience = 4;
+constexpr int kSilentFrames = 4;
 
 int pollTimeout(std::optional<steady_clock::time_point> deadline) {
   if (!deadline) return -1;
@@ -93,7 +93,7 @@ void V4l2Stream::run() {
       retry_ = std::min(retry_ * 2, timing_.longestRetry);
       // Another configuration may be what helps, and is not made to wait.
       while (!stopping_ && device_.configurationSerial() == seenSerial_ && Clock::now() < deadline)
-        rest(deadline);
+        waitUntil(deadline);
     }
     if (stopping_ && outcome < Outcome::Stopped) outcome = Outcome::Stopped;
   }
@@ -113,7 +113,7 @@ void V4l2Stream::waitForConfiguration() {
   while (!stopping_) {
     const auto now = device_.configuration();
     if (!now.locked && (now.serial != seenSerial_ || Clock::now() >= deadline)) return;
-    rest(now.locked ? std::nullopt : std::optional(deadline));
+    waitUntil(now.locked ? std::nullopt : std::optional(deadline));
   }
 }
 
@@ -164,7 +164,7 @@ V4l2Stream::Outcome V4l2Stream::pump() {
   for (;;) {
     if (stopping_) return Outcome::Stopped;
     if (wantsReconfiguration()) return Outcome::Reconfigure;
-    const auto deadline = endOfPatience();
+    const auto deadline = silenceDeadline();
     if (Clock::now() >= deadline) return Outcome::Silent;
 
     pollfd descriptors[] = {{wakeUp_.fd(), POLLIN, 0}, {node_.fd(), POLLIN, 0}};
@@ -278,8 +278,8 @@ void V4l2Stream::noteGoodBuffer() {
   retry_ = timing_.retry;
 }
 
-V4l2Stream::Clock::time_point V4l2Stream::endOfPatience() const {
-  const milliseconds slowest = kFramesOfPatience * agreed_.frameInterval;
+V4l2Stream::Clock::time_point V4l2Stream::silenceDeadline() const {
+  const milliseconds slowest = kSilentFrames * agreed_.frameInterval;
   const auto end = lastGoodBuffer_ + std::max(silence_, slowest);
   if (!lastFlaggedBuffer_) return end;
   return std::min(end, *lastFlaggedBuffer_ + std::max(silenceAfterFault_, slowest));
@@ -301,7 +301,7 @@ bool V4l2Stream::wantsReconfiguration() {
   return now.wanted != current_;
 }
 
-void V4l2Stream::rest(std::optional<Clock::time_point> deadline) {
+void V4l2Stream::waitUntil(std::optional<Clock::time_point> deadline) {
   pollfd descriptor{wakeUp_.fd(), POLLIN, 0};
   node_.calls().poll(&descriptor, 1, pollTimeout(deadline));
   if (descriptor.revents) wakeUp_.drain();

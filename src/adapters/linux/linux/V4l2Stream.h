@@ -54,11 +54,11 @@ class V4l2Stream {
   Outcome fail(std::string reason);
   void noteGoodBuffer();
   /// When a stream that stays silent is restarted.
-  Clock::time_point endOfPatience() const;
+  Clock::time_point silenceDeadline() const;
   void noteSequence(uint32_t sequence);
   bool wantsReconfiguration();
   /// Until `deadline`, a signal or a stop.
-  void rest(std::optional<Clock::time_point> deadline);
+  void waitUntil(std::optional<Clock::time_point> deadline);
   void count(uint64_t StreamCounters::*what, uint64_t by = 1);
   void reportFaults();
 

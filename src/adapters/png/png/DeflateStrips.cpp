@@ -68,11 +68,11 @@ bool DeflateStrips::compress(size_t index) try {
 
   Deflater deflater;
   if (!deflater.isReady()) return false;
-  const size_t room = deflater.bound(strip.rawByteCount);
+  const size_t bound = deflater.bound(strip.rawByteCount);
   const size_t before = isFirst ? kZlibHeader.size() : 0;
-  strip.bytes = std::make_unique_for_overwrite<uint8_t[]>(before + room + kZlibTrailer);
+  strip.bytes = std::make_unique_for_overwrite<uint8_t[]>(before + bound + kZlibTrailer);
   if (isFirst) std::ranges::copy(kZlibHeader, strip.bytes.get());
-  deflater.writeTo({strip.bytes.get() + before, room});
+  deflater.writeTo({strip.bytes.get() + before, bound});
 
   strip.checksum = adler32(0, nullptr, 0);
   const auto batch = std::make_unique_for_overwrite<uint8_t[]>(size_t(kBatchRows) * rowBytes);

@@ -77,7 +77,7 @@ SettingsFile::SettingsFile(std::string path, Disk disk)
 
 template <typename Look>
 auto SettingsFile::ask(Look look) -> decltype(look()) {
-  auto answer = look_.call(silent_ ? disk_.patienceAfterSilence : disk_.patience,
+  auto answer = look_.call(silent_ ? disk_.answerLimitAfterSilence : disk_.answerLimit,
                            [touch = disk_.touch, look = std::move(look)] {
                              touch();
                              return look();

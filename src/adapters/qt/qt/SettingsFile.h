@@ -25,8 +25,8 @@ class SettingsFile {
   /// What a test may change.
   struct Disk {
     /// How long a call waits, and how long while the last one was not answered.
-    std::chrono::milliseconds patience = kDiskAnswerLimit;
-    std::chrono::milliseconds patienceAfterSilence{100};
+    std::chrono::milliseconds answerLimit = kDiskAnswerLimit;
+    std::chrono::milliseconds answerLimitAfterSilence{100};
     /// Called before each look at the disk, on the thread that looks; may take its time.
     std::function<void()> touch = [] {};
     /// Brings an open file or folder down; 0, or -1 with errno set.

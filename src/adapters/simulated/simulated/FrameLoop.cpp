@@ -24,8 +24,8 @@ size_t loopLength(const CaptureFormat& format) {
 
 }  // namespace
 
-struct FrameLoop::Studio {
-  explicit Studio(const CaptureFormat& format, size_t frameCount)
+struct FrameLoop::Renderer {
+  explicit Renderer(const CaptureFormat& format, size_t frameCount)
       : scene({format.width, format.height}, frameCount), picture({format.width, format.height}) {}
 
   SimulatedScene scene;
@@ -48,16 +48,16 @@ std::span<const uint8_t> FrameLoop::frame(size_t index) {
   index %= frames_.size();
   std::vector<uint8_t>& bytes = frames_[index];
   if (bytes.empty()) {
-    if (!studio_) studio_ = std::make_unique<Studio>(format_, frames_.size());
+    if (!renderer_) renderer_ = std::make_unique<Renderer>(format_, frames_.size());
     bytes = encoded(index);
-    if (!bytes.empty() && --missing_ == 0) studio_.reset();
+    if (!bytes.empty() && --missing_ == 0) renderer_.reset();
   }
   return bytes;
 }
 
 std::vector<uint8_t> FrameLoop::encoded(size_t index) {
-  PixelBuffer& picture = studio_->picture;
-  studio_->scene.draw(index, picture);
+  PixelBuffer& picture = renderer_->picture;
+  renderer_->scene.draw(index, picture);
   if (format_.mediaSubType == kMediaSubTypeMJPEG) return encoder_->encode(picture);
   std::vector<uint8_t> bytes(rawBytes(format_));
   libyuv::ARGBToYUY2(picture.data(), int(picture.bytesPerRow()), bytes.data(), int(bytesPerRow()),

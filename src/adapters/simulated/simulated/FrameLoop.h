@@ -32,7 +32,7 @@ class FrameLoop {
 
  private:
   /// What is needed until the last frame is encoded.
-  struct Studio;
+  struct Renderer;
 
   std::vector<uint8_t> encoded(size_t index);
 
@@ -40,7 +40,7 @@ class FrameLoop {
   std::shared_ptr<ImageEncoder> encoder_;
   std::vector<std::vector<uint8_t>> frames_;  // empty ones are yet to be made
   size_t missing_ = 0;
-  std::unique_ptr<Studio> studio_;
+  std::unique_ptr<Renderer> renderer_;
 };
 
 }  // namespace tessary

@@ -183,7 +183,7 @@ TEST_F(UdevNodes, AReplugAtTheSamePortIsAnotherIncarnation) {
   const auto after = source.nodes();
   ASSERT_EQ(after.size(), 1u);
   EXPECT_EQ(after[0].sysPath, before[0].sysPath);
-  EXPECT_NE(after[0].incarnation, before[0].incarnation);
+  EXPECT_NE(after[0].connectionID, before[0].connectionID);
 }
 
 TEST_F(UdevNodes, ComingAndGoingIsNews) {
