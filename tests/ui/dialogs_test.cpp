@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include <QtCore/QTemporaryDir>
 #include <QtWidgets/QColorDialog>
 #include <QtWidgets/QComboBox>
@@ -19,6 +21,10 @@ namespace {
 
 constexpr const char* kMicroscope = "Microscope Item Identifier";
 constexpr const char* kOptions = "Options Item Identifier";
+
+const char* identifierOf(Command command) {
+  return std::ranges::find(allCommands(), command, &CommandInfo::command)->identifier;
+}
 
 template <typename T>
 T* sheet(Program& program) {
@@ -244,8 +250,8 @@ TEST(Commands, WithoutASessionFourAreAvailableOnTheToolbarAndInTheMenuAlike) {
   ASSERT_EQ(menus.size(), 4);
   for (const MenuEntry& entry : menuItems()) {
     const QAction* action = menus[entry.menu]->menu()->actions()[entry.position];
-    EXPECT_EQ(action->objectName(), commandInfo(entry.command).identifier);
-    EXPECT_EQ(action->isEnabled(), program.isEnabled(commandInfo(entry.command).identifier));
+    EXPECT_EQ(action->objectName(), identifierOf(entry.command));
+    EXPECT_EQ(action->isEnabled(), program.isEnabled(identifierOf(entry.command)));
   }
 }
 

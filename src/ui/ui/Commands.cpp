@@ -1,6 +1,5 @@
 #include "ui/Commands.h"
 
-#include <algorithm>
 #include <array>
 
 namespace tessary {
@@ -93,10 +92,6 @@ constexpr std::array kMenuItems{
 static_assert(kMenuItems.size() == 18);
 
 }  // namespace
-
-const CommandInfo& commandInfo(Command command) {
-  return *std::ranges::find(kCommands, command, &CommandInfo::command);
-}
 
 std::span<const CommandInfo> allCommands() { return kCommands; }
 std::span<const ToolbarEntry> toolbarDefaultItems() { return kToolbarItems; }

@@ -38,9 +38,6 @@ struct CommandInfo {
   const char* imageName;
 };
 
-/// What is to be known of a command.
-const CommandInfo& commandInfo(Command command);
-
 /// All twenty, each once.
 std::span<const CommandInfo> allCommands();
 
