@@ -32,7 +32,7 @@ class DialogRig : public ::testing::Test {
   }
 
   void waitForKeys(QWidget& dialog) {
-    EXPECT_TRUE(waitUntil([&] { return dialog.isActiveWindow(); }));
+    EXPECT_TRUE(waitUntil([&] { return dialog.isActiveWindow() && isActiveOnDisplay(dialog); }));
   }
 
   /// To the window below, for the next dialog. The window manager, busy with its own key, does not

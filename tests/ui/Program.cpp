@@ -80,6 +80,23 @@ std::optional<QRect> placeOnDisplay(const QWidget& window) {
   return QRect(corner->dst_x, corner->dst_y, size->width, size->height);
 }
 
+bool isActiveOnDisplay(const QWidget& window) {
+  xcb_connection_t* display =
+      qApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
+  constexpr std::string_view kName = "_NET_ACTIVE_WINDOW";
+  const Reply<xcb_intern_atom_reply_t> atom(
+      xcb_intern_atom_reply(display, xcb_intern_atom(display, 1, kName.size(), kName.data()),
+                            nullptr),
+      std::free);
+  const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(display)).data->root;
+  const Reply<xcb_get_property_reply_t> active(
+      xcb_get_property_reply(
+          display, xcb_get_property(display, 0, root, atom->atom, XCB_ATOM_WINDOW, 0, 1), nullptr),
+      std::free);
+  return active && xcb_get_property_value_length(active.get()) == sizeof(xcb_window_t) &&
+         *static_cast<const xcb_window_t*>(xcb_get_property_value(active.get())) == window.winId();
+}
+
 void waitForPlace(const QWidget& window) {
   // The toolkit's own two ideas of it differ until the display has answered to a move.
   EXPECT_TRUE(waitUntil([&] {

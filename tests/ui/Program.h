@@ -35,6 +35,8 @@ void xdotoolAtOnce(const QStringList& arguments);
 /// Where the display has a window, without its frame; nothing while it does not show it. The window
 /// manager moves and shows windows in its own time.
 std::optional<QRect> placeOnDisplay(const QWidget& window);
+/// Whether the window manager, too, takes it for the active window: its own keys go there.
+bool isActiveOnDisplay(const QWidget& window);
 /// Waits until the display has the window where, and as large as, the program believes it to be.
 void waitForPlace(const QWidget& window);
 
