@@ -18,7 +18,8 @@ struct Error {
 template <typename T>
 class [[nodiscard]] Result {
  public:
-  template <std::convertible_to<T> U>
+  template <std::convertible_to<T> U>  // which a Result is not
+  // NOLINTNEXTLINE(bugprone-forwarding-reference-overload)
   Result(U&& value) : value_(std::forward<U>(value)) {}
   Result(Error error) : error_(std::move(error.text)) {}
 

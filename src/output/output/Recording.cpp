@@ -96,6 +96,7 @@ void Recording::openWriter(const std::string& file, TextureSize size) {
   failures_.movieBegan();
 
   auto writer = makeWriter_(file);
+  const std::string refusal = writer.error();
   {
     const std::lock_guard lock(recordingMutex_);
     ++starts_;
@@ -104,7 +105,7 @@ void Recording::openWriter(const std::string& file, TextureSize size) {
     writtenFrames_ = 0;
     lostFrames_ = 0;
   }
-  if (!_assetWriter) return startFailed(writer.error());
+  if (!_assetWriter) return startFailed(refusal);
   if (!setupAssetWriterVideoInput(size)) {
     return startFailed(
         fmt::format("a movie of {} by {} pixels can't be made", size.width, size.height));
