@@ -1,11 +1,10 @@
 #include <atomic>
-#include <string>
 #include <thread>
 #include <vector>
 
-#include <fmt/format.h>
 #include <gmock/gmock.h>
 
+#include "FakeCompositor.h"
 #include "FakeViewHost.h"
 #include "preview/RenderPipeline.h"
 
@@ -14,43 +13,6 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-
-/// Writes down what it is asked for.
-class RecordingCompositor final : public Compositor {
- public:
-  std::vector<std::string> calls;
-  bool refuse = false;
-
-  std::vector<std::string> takeCalls() { return std::exchange(calls, {}); }
-
-  void initBufferResources(TextureSize size) override {
-    calls.push_back(fmt::format("init {}x{}", size.width, size.height));
-    size_ = refuse ? TextureSize{} : size;
-  }
-  void clearBufferResources() override {
-    calls.emplace_back("clear");
-    size_ = {};
-  }
-  bool hasBufferResources() const override { return size_ != TextureSize{}; }
-  void contextWillBeDestroyed() override { calls.emplace_back("drop all"); }
-  void compose(const PixelBuffer& frame, std::span<const PointVertex> lines,
-               std::span<const PointVertex> points) override {
-    EXPECT_EQ(frame.size(), size_);
-    calls.push_back(
-        fmt::format("compose {} lines {} points {}", frame.data()[0], lines.size(), points.size()));
-  }
-  void present(const SurfaceRect& picture, TextureSize) override {
-    calls.push_back(fmt::format("present {},{} {}x{}", picture.origin.x, picture.origin.y,
-                                picture.size.width, picture.size.height));
-  }
-  bool readBack(PixelBuffer&) override {
-    calls.emplace_back("readBack");
-    return hasBufferResources();
-  }
-
- private:
-  TextureSize size_;
-};
 
 struct Fixture {
   explicit Fixture(Size container = {800, 600}) { host.container = container; }
@@ -73,7 +35,7 @@ struct Fixture {
   TextureSize texture;
   ViewGeometry geometry{host, texture};
   FrameRing ring;
-  RecordingCompositor compositor;
+  FakeCompositor compositor;
   RenderPipeline pipeline{ring, compositor};
   OverlayVertices overlay;
 };

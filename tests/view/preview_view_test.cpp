@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "FakeCompositor.h"
 #include "FakeFailureListener.h"
 #include "FakeRasterizer.h"
 #include "FakeViewHost.h"
@@ -21,6 +22,7 @@ namespace tessary {
 namespace {
 
 using std::chrono::milliseconds;
+using test::FakeCompositor;
 using test::FakeRasterizer;
 using test::FakeViewHost;
 using test::ManualExecutor;
@@ -36,30 +38,6 @@ class FakeEncoder final : public ImageEncoder {
     return {0};
   }
   std::vector<TextureSize> encoded;
-};
-
-/// Remembers what it was asked to compose and present.
-class FakeCompositor final : public Compositor {
- public:
-  void initBufferResources(TextureSize size) override { made = size; }
-  void clearBufferResources() override { made = {}; }
-  bool hasBufferResources() const override { return made != TextureSize{}; }
-  void contextWillBeDestroyed() override { made = {}; }
-  void compose(const PixelBuffer& frame, std::span<const PointVertex> lines,
-               std::span<const PointVertex> points) override {
-    composed.push_back(frame.size());
-    lineCount = lines.size();
-    pointCount = points.size();
-  }
-  void present(const SurfaceRect& picture, TextureSize) override { presented.push_back(picture); }
-  bool readBack(PixelBuffer&) override { return hasBufferResources() && readsBack; }
-
-  bool readsBack = true;
-  TextureSize made;
-  std::vector<TextureSize> composed;
-  std::vector<SurfaceRect> presented;
-  size_t lineCount = 0;
-  size_t pointCount = 0;
 };
 
 /// Takes every frame, and remembers which.
@@ -296,10 +274,11 @@ TEST_F(PreviewViewTest, ReticleAndShapesAreComposedOverTheFrame) {
 TEST_F(PreviewViewTest, ATickWithoutAnythingNewComposesNothing) {
   show({640, 480});
   const size_t before = compositor.composed.size();
+  const size_t presented = compositor.presented;
   draw();
   draw();
   EXPECT_EQ(compositor.composed.size(), before);
-  EXPECT_EQ(compositor.presented.size(), before + 2);
+  EXPECT_EQ(compositor.presented, presented + 2);
 }
 
 TEST_F(PreviewViewTest, TheMouseComposesWhatItChangesAndNothingElse) {

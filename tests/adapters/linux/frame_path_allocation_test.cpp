@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "FakeCompositor.h"
 #include "FakeFailureListener.h"
 #include "FakeRasterizer.h"
 #include "FakeVideoDriver.h"
@@ -96,19 +97,6 @@ class UncountedDriver final : public V4l2Calls {
   FakeVideoDriver& driver_;
 };
 
-/// Never asked for anything: nothing is drawn.
-class NoCompositor final : public Compositor {
- public:
-  void initBufferResources(TextureSize) override {}
-  void clearBufferResources() override {}
-  bool hasBufferResources() const override { return false; }
-  void contextWillBeDestroyed() override {}
-  void compose(const PixelBuffer&, std::span<const PointVertex>,
-               std::span<const PointVertex>) override {}
-  void present(const SurfaceRect&, TextureSize) override {}
-  bool readBack(PixelBuffer&) override { return false; }
-};
-
 class NoEncoder final : public ImageEncoder {
  public:
   std::vector<uint8_t> encode(const PixelBuffer&) override { return {}; }
@@ -169,7 +157,7 @@ class FramePath : public testing::Test {
   PathGrants grants_;
   Preferences preferences_{defaults_, grants_};
   FakeViewHost host_;
-  NoCompositor compositor_;
+  FakeCompositor compositor_;  // never asked for anything: nothing is drawn
   FakeRasterizer rasterizer_;
   ManualExecutor mainQueue_;
   FakeFailureListener failures_;
