@@ -21,8 +21,7 @@ string(TOUPPER "${CMAKE_BUILD_TYPE}" build_type)
 if("${CMAKE_CXX_FLAGS} ${CMAKE_CXX_FLAGS_${build_type}}" MATCHES "-O[123s]")
   target_compile_options(tessary_options INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3)
 endif()
-# Position independent as a program is: as a library is, calls between functions would cost more.
-set(is_module $<STREQUAL:$<TARGET_PROPERTY:TYPE>,MODULE_LIBRARY>)
-target_compile_options(tessary_options INTERFACE $<$<NOT:${is_module}>:-fPIE>)
+# Position independent, as Debian's compiler makes programs by default. What uses the toolkit asks for
+# -fPIC by itself and must get it: with -fPIE after that the program dies before its first window.
 target_link_options(tessary_options INTERFACE
   $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-pie> LINKER:-z,relro,-z,now,-z,noexecstack)
