@@ -1,7 +1,9 @@
-// What one display tick costs the graphics: upload, compose and present, with and without an
-// overlay, beside the least that OpenGL can do for the same picture (a plain upload and a blit),
-// measured in the same run. Without a graphics card the CPU does all of it, on several threads: CPU
-// time then exceeds wall time.
+// What one display tick costs: taking the frame, composing and presenting, with and without an
+// overlay, by OpenGL and by the processor alone, beside the least that OpenGL can do for the same
+// picture (a plain upload and a blit), all measured in the same run. Without a graphics card the
+// CPU does OpenGL's part too, on several threads: CPU time then exceeds wall time. The raster's
+// window is memory of this process: what brings it to the screen is the same for both and not in
+// here.
 
 #include <epoxy/gl.h>
 
@@ -10,6 +12,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,6 +23,7 @@
 #include "base/Number.h"
 #include "opengl/GlCompositor.h"
 #include "opengl/GlObject.h"
+#include "raster/RasterCompositor.h"
 
 namespace tessary {
 namespace {
@@ -44,16 +48,18 @@ double median(std::vector<double> values) {
   return *middle;
 }
 
+using Frame = std::shared_ptr<const PixelBuffer>;
+
 struct Step {
   std::string name;
-  std::function<void(const PixelBuffer&)> run;
+  std::function<void(const Frame&)> run;
   std::vector<double> wall;
   std::vector<double> cpu;
   Cost cost() const { return {median(wall), median(cpu)}; }
 };
 
 /// Runs the steps in turns, so that what else the machine does meets all of them alike.
-void measure(std::vector<Step>& steps, const std::vector<PixelBuffer>& frames, int rounds) {
+void measure(std::vector<Step>& steps, const std::vector<Frame>& frames, int rounds) {
   for (int round = 0; round < rounds + kWarmUp; ++round) {
     for (Step& step : steps) {
       glFinish();
@@ -85,13 +91,14 @@ struct Target {
   GlFramebuffer framebuffer;
 };
 
-std::vector<PixelBuffer> makeFrames(TextureSize size) {
-  std::vector<PixelBuffer> frames;
+std::vector<Frame> makeFrames(TextureSize size) {
+  std::vector<Frame> frames;
   for (uint32_t f = 0; f < 3; ++f) {
-    PixelBuffer& frame = frames.emplace_back(size);
-    for (size_t i = 0; i < frame.byteCount(); ++i) {
-      frame.data()[i] = i % 4 == 3 ? uint8_t(255) : uint8_t((i + f * 977) * 2654435761U >> 24);
+    auto frame = std::make_shared<PixelBuffer>(size);
+    for (size_t i = 0; i < frame->byteCount(); ++i) {
+      frame->data()[i] = i % 4 == 3 ? uint8_t(255) : uint8_t((i + f * 977) * 2654435761U >> 24);
     }
+    frames.push_back(std::move(frame));
   }
   return frames;
 }
@@ -108,50 +115,69 @@ std::vector<PointVertex> makeOverlay() {
   return vertices;
 }
 
-void benchSize(TextureSize size, int rounds) {
-  const std::vector<PixelBuffer> frames = makeFrames(size);
-  const std::vector<PointVertex> overlay = makeOverlay();
+/// The ticks of one adapter: `present` draws its composed picture, so many times as large.
+void addTicks(std::vector<Step>& steps, const std::string& name, Compositor& compositor,
+              TextureSize size, const std::vector<PointVertex>& overlay,
+              const std::function<void(double)>& present) {
   const std::span lines = std::span(overlay).first(kOverlayVertices / 2);
   const std::span points = std::span(overlay).last(kOverlayVertices / 2);
-
-  const Target surface(size);
-  const Target source(size);
-  GlCompositor compositor;
-  compositor.initBufferResources(size);
-
-  const auto present = [&](double scale) {
-    glBindFramebuffer(GL_FRAMEBUFFER, surface.framebuffer.name());
-    compositor.present({{0, 0}, {size.width * scale, size.height * scale}}, size);
-  };
-  const auto tick = [&](bool withOverlay, double scale) {
-    return [&, withOverlay, scale](const PixelBuffer& frame) {
+  const auto tick = [&compositor, lines, points, present](bool withOverlay, double scale) {
+    return [&compositor, lines, points, present, withOverlay, scale](const Frame& frame) {
+      compositor.setFrame(frame);
       if (withOverlay) {
-        compositor.compose(frame, lines, points);
+        compositor.compose(lines, points);
       } else {
-        compositor.compose(frame, {}, {});
+        compositor.compose({}, {});
       }
       present(scale);
     };
   };
-  PixelBuffer still(size);
+  for (const double scale : {0.5, 1.0, 1.5}) {
+    steps.push_back({fmt::format("{} at {:.0f} %", name, scale * 100), tick(false, scale)});
+    steps.push_back({fmt::format("{} at {:.0f} %, 5000", name, scale * 100), tick(true, scale)});
+  }
+  steps.push_back({name + " overlay alone", [&compositor, lines, points, present](const Frame&) {
+                     compositor.compose(lines, points);
+                     present(1.0);
+                   }});
+  steps.push_back({name + " present alone", [present](const Frame&) { present(1.0); }});
+  const auto still = std::make_shared<PixelBuffer>(size);
+  steps.push_back(
+      {name + " read back", [&compositor, still](const Frame&) { compositor.readBack(*still); }});
+}
+
+void benchSize(TextureSize size, int rounds) {
+  const std::vector<Frame> frames = makeFrames(size);
+  const std::vector<PointVertex> overlay = makeOverlay();
+  const Target surface(size);
+  const Target source(size);
+  PixelBuffer window(size);
+  GlCompositor openGl;
+  RasterCompositor raster;
+  openGl.initBufferResources(size);
+  raster.initBufferResources(size);
+
   std::vector<Step> steps;
-  steps.push_back({"bare upload + blit", [&](const PixelBuffer& frame) {
+  steps.push_back({"bare upload + blit", [&](const Frame& frame) {
                      glBindTexture(GL_TEXTURE_2D, source.texture.name());
                      glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, size.width, size.height, GL_RGBA,
-                                     GL_UNSIGNED_BYTE, frame.data());
+                                     GL_UNSIGNED_BYTE, frame->data());
                      glBindFramebuffer(GL_READ_FRAMEBUFFER, source.framebuffer.name());
                      glBindFramebuffer(GL_DRAW_FRAMEBUFFER, surface.framebuffer.name());
                      glBlitFramebuffer(0, 0, size.width, size.height, 0, size.height, size.width, 0,
                                        GL_COLOR_BUFFER_BIT, GL_NEAREST);
                    }});
-  steps.push_back({"tick", tick(false, 1.0)});
-  steps.push_back({"tick, 5000 vertices", tick(true, 1.0)});
-  steps.push_back({"tick, 5000, at 50 %", tick(true, 0.5)});
-  steps.push_back({"tick, 5000, at 150 %", tick(true, 1.5)});
-  steps.push_back({"present alone", [&](const PixelBuffer&) { present(1.0); }});
-  steps.push_back({"compose alone, 5000",
-                   [&](const PixelBuffer& frame) { compositor.compose(frame, lines, points); }});
-  steps.push_back({"read back", [&](const PixelBuffer&) { compositor.readBack(still); }});
+  const auto pictureOf = [size](double scale) {
+    return SurfaceRect{{0, 0}, {size.width * scale, size.height * scale}};
+  };
+  addTicks(steps, "opengl", openGl, size, overlay, [&](double scale) {
+    glBindFramebuffer(GL_FRAMEBUFFER, surface.framebuffer.name());
+    openGl.present(pictureOf(scale), Surface::framebuffer(size));
+  });
+  addTicks(steps, "raster", raster, size, overlay, [&](double scale) {
+    raster.present(pictureOf(scale), Surface::memory(size, window.data(), window.bytesPerRow(),
+                                                     {0, 0, size.width, size.height}));
+  });
   measure(steps, frames, rounds);
 
   const Cost bare = steps.front().cost();

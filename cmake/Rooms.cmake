@@ -23,10 +23,11 @@ function(tessary_room name)
 endfunction()
 
 # A room's test program, for the CMakeLists.txt beside its SOURCES; every test is listed by CTest.
-#   tessary_test(<name> SOURCES file... LINKS target... [ENVIRONMENT NAME=VALUE...])
-# The target is <name>_test.
+#   tessary_test(<name> SOURCES file... LINKS target... [ENVIRONMENT NAME=VALUE...] [PREFIX text])
+# The target is <name>_test. PREFIX goes before the names of its tests, where another program has the
+# same ones.
 function(tessary_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LINKS;ENVIRONMENT")
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "PREFIX" "SOURCES;LINKS;ENVIRONMENT")
   set(target ${name}_test)
   add_executable(${target} ${ARG_SOURCES})
   target_link_libraries(${target} PRIVATE ${ARG_LINKS} tessary_test_support tessary_options
@@ -37,5 +38,6 @@ function(tessary_test name)
   endif()
   # Listed when CTest runs, not when the program is built: a room whose tests need a library of
   # the sanitizers or a display still builds anywhere.
-  gtest_discover_tests(${target} DISCOVERY_MODE PRE_TEST PROPERTIES ${properties})
+  gtest_discover_tests(${target} DISCOVERY_MODE PRE_TEST TEST_PREFIX "${ARG_PREFIX}"
+    PROPERTIES ${properties})
 endfunction()

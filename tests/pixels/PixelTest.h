@@ -8,25 +8,24 @@
 
 #include "FakeFailureListener.h"
 #include "FakeViewHost.h"
-#include "HeadlessContext.h"
 #include "LogCapture.h"
 #include "ManualExecutor.h"
 #include "MemoryKeyValueStore.h"
 #include "Picture.h"
-#include "opengl/GlCompositor.h"
+#include "Renderer.h"
 #include "qt/QtTextRasterizer.h"
 #include "settings/PathGrants.h"
 #include "view/PreviewView.h"
 
 namespace tessary::test {
 
-/// The view with real text and real OpenGL over a dark frame of 640 by 480 that grows lighter to
-/// the right and to the bottom. The three colours of the overlay differ: reticles orange, lines
+/// The view with real text and a real compositor over a dark frame of 640 by 480 that grows lighter
+/// to the right and to the bottom. The three colours of the overlay differ: reticles orange, lines
 /// cyan, texts yellow.
 ///
 /// Shapes and reticles are chosen so that no line or label runs exactly between two pixels, and no
-/// slanted line across an edge, where the choice is the driver's: both of Mesa's software drivers
-/// (GALLIUM_DRIVER=llvmpipe, softpipe) draw the very same pictures.
+/// slanted line across an edge, where the choice is the adapter's: our own raster and both of
+/// Mesa's software drivers (GALLIUM_DRIVER=llvmpipe, softpipe) draw the very same pictures.
 class PixelTest : public ::testing::Test {
  protected:
   static constexpr TextureSize kSize{640, 480};
@@ -45,7 +44,7 @@ class PixelTest : public ::testing::Test {
   }
 
   void SetUp() override {
-    ASSERT_NE(context, nullptr);
+    ASSERT_NE(renderer, nullptr);
     view.updateVideoFrame({darkFrame(), std::chrono::milliseconds(0)});
     mainQueue.runAll();
     ASSERT_EQ(view.zoom(), 2);
@@ -84,20 +83,20 @@ class PixelTest : public ::testing::Test {
 
   /// What a still would show now.
   ::testing::AssertionResult picture(const std::string& name) {
-    view.drawInView({}, 1.0);  // composes; there is no screen to draw to
+    view.drawInView(Surface{}, 1.0);  // composes; there is no screen to draw to
     PixelBuffer composed(kSize);
     if (!compositor.readBack(composed)) return ::testing::AssertionFailure() << "nothing composed";
     return looksLike(composed, name);
   }
 
   LogCapture log;
-  std::unique_ptr<HeadlessContext> context = HeadlessContext::make();
+  std::unique_ptr<Renderer> renderer = Renderer::make();
   MemoryKeyValueStore store;
   UserDefaults defaults{store};
   PathGrants grants;
   Preferences preferences{defaults, grants};
   FakeViewHost host;
-  GlCompositor compositor;
+  Compositor& compositor = renderer->compositor();
   QtTextRasterizer rasterizer;
   ManualExecutor mainQueue;
   FakeFailureListener failures;

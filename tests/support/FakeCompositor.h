@@ -29,15 +29,22 @@ class FakeCompositor final : public Compositor {
     calls.emplace_back("drop all");
     size_ = {};
   }
-  void compose(const PixelBuffer& frame, std::span<const PointVertex> lines,
-               std::span<const PointVertex> points) override {
-    EXPECT_EQ(frame.size(), size_);
-    calls.push_back(
-        fmt::format("compose {} lines {} points {}", frame.data()[0], lines.size(), points.size()));
-    composed.push_back(frame.size());
+  void contextWasLost() override {
+    calls.emplace_back("lost");
+    size_ = {};
+  }
+  void setFrame(std::shared_ptr<const PixelBuffer> frame) override {
+    EXPECT_EQ(frame->size(), size_);
+    frame_ = std::move(frame);
+    ++frames;
+  }
+  void compose(std::span<const PointVertex> lines, std::span<const PointVertex> points) override {
+    calls.push_back(fmt::format("compose {} lines {} points {}", frame_->data()[0], lines.size(),
+                                points.size()));
+    composed.push_back(frame_->size());
     lineCount = lines.size();
   }
-  void present(const SurfaceRect& picture, TextureSize) override {
+  void present(const SurfaceRect& picture, const Surface&) override {
     calls.push_back(fmt::format("present {},{} {}x{}", picture.origin.x, picture.origin.y,
                                 picture.size.width, picture.size.height));
     ++presented;
@@ -53,11 +60,13 @@ class FakeCompositor final : public Compositor {
   bool readsBack = true;  ///< What was composed.
   std::vector<std::string> calls;
   std::vector<TextureSize> composed;
+  size_t frames = 0;  ///< That were handed over.
   size_t presented = 0;
   size_t lineCount = 0;  ///< Of the last composition.
 
  private:
   TextureSize size_;
+  std::shared_ptr<const PixelBuffer> frame_;
 };
 
 }  // namespace tessary::test

@@ -7,6 +7,7 @@
 #include <malloc.h>
 
 #include "app/AppDelegate.h"
+#include "app/RendererChoice.h"
 
 /// Icons and help lie in a library, so the linker has to be told that they are wanted. Outside any
 /// namespace, as the macro demands.
@@ -45,7 +46,9 @@ std::unique_ptr<QApplication> makeApplication(int& argc, char** argv, const std:
 }
 
 Application::Application(int& argc, char** argv, const std::string& name)
-    : application_(makeApplication(argc, argv, name)), platform_(name) {}
+    : application_(makeApplication(argc, argv, name)), platform_(name) {
+  platform_.renderer = chooseRenderer(std::nullopt);
+}
 
 Application::~Application() = default;
 

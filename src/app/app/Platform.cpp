@@ -9,6 +9,7 @@
 #include "png/PngImageEncoder.h"
 #include "qt/QtKeyValueStore.h"
 #include "qt/QtTextRasterizer.h"
+#include "raster/RasterCompositor.h"
 #include "yuv/YuvFrameDecoder.h"
 
 namespace tessary {
@@ -26,7 +27,8 @@ std::shared_ptr<ImageEncoder> cameraEncoder() {
 
 Platform::Platform()
     : textRasterizer(std::make_unique<QtTextRasterizer>()),
-      compositor(std::make_unique<GlCompositor>()),
+      openGlCompositor(std::make_unique<GlCompositor>()),
+      rasterCompositor(std::make_unique<RasterCompositor>()),
       jpegEncoder(std::make_unique<JpegImageEncoder>()),
       pngEncoder(std::make_unique<PngImageEncoder>()),
       makeAssetWriter(makeFfmpegAssetWriterFactory()) {}

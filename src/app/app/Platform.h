@@ -11,6 +11,7 @@
 #include "platform/FrameDecoder.h"
 #include "platform/ImageEncoder.h"
 #include "platform/KeyValueStore.h"
+#include "platform/Renderer.h"
 #include "platform/TextRasterizer.h"
 #include "qt/QtMainQueue.h"
 
@@ -26,7 +27,9 @@ struct Platform {
   QtMainQueue mainQueue;
   std::unique_ptr<KeyValueStore> store;
   std::unique_ptr<TextRasterizer> textRasterizer;
-  std::unique_ptr<Compositor> compositor;
+  Renderer renderer = Renderer::kRaster;
+  std::unique_ptr<Compositor> openGlCompositor;
+  std::unique_ptr<Compositor> rasterCompositor;
   std::unique_ptr<ImageEncoder> jpegEncoder;
   std::unique_ptr<ImageEncoder> pngEncoder;
   AssetWriterFactory makeAssetWriter;

@@ -23,20 +23,22 @@ class RenderPipeline {
   static constexpr TextureSize kSmallestFrame{640, 480};
 
   /// Both have to outlive the pipeline.
-  RenderPipeline(FrameRing& ring, Compositor& compositor) : ring_(ring), compositor_(compositor) {}
+  RenderPipeline(FrameRing& ring, Compositor& compositor) : ring_(ring), compositor_(&compositor) {}
 
-  /// Composes if the frame or the overlay changed, then draws the result to the framebuffer bound
-  /// now, `surface` device pixels large, over the whole container. False, and nothing drawn,
-  /// without a picture, with one smaller than 640 by 480, or when `geometry` does not know the
-  /// frames' size yet.
-  bool drawInView(const ViewGeometry& geometry, const OverlayVertices& overlay, TextureSize surface,
-                  double devicePixelRatio);
+  /// Composes if the frame or the overlay changed, then draws the result to `surface`, which covers
+  /// the whole container. False, and nothing drawn, without a picture, with one smaller than 640 by
+  /// 480, or when `geometry` does not know the frames' size yet.
+  bool drawInView(const ViewGeometry& geometry, const OverlayVertices& overlay,
+                  const Surface& surface, double devicePixelRatio);
   /// Composes if anything changed, without drawing to the screen. Whether there is a picture.
   bool composeNow(const OverlayVertices& overlay);
   /// Size of the composed picture, 0 by 0 if there is none. Needs no context.
   TextureSize composedSize() const { return composedSize_; }
   /// Copies the composed picture into `target`, of `composedSize`. False when there is none.
   bool readBack(PixelBuffer& target);
+  /// The context was lost with all that lived in it: `next`, which has to outlive the pipeline, draws
+  /// from now on.
+  void contextWasLost(Compositor& next);
   /// The context is about to go: drops what lives in it. A draw in the next context makes it anew.
   void contextWillBeDestroyed();
 
@@ -46,7 +48,7 @@ class RenderPipeline {
   void dropResources();
 
   FrameRing& ring_;
-  Compositor& compositor_;
+  Compositor* compositor_;
 
   uint64_t preparedRun_ = 0;
   bool madeOrFailed_ = false;      // one attempt for each run

@@ -1,60 +1,48 @@
 #include "ui/PreviewWidget.h"
 
-#include <cmath>
-
 #include <QtGui/QMouseEvent>
-#include <QtGui/QOpenGLContext>
-#include <QtGui/QOpenGLFunctions>
+
+#include "ui/OpenGlSurface.h"
+#include "ui/RasterSurface.h"
 
 namespace tessary {
-namespace {
 
-constexpr float kBackground = 0.1F;
-
-}  // namespace
-
-PreviewWidget::PreviewWidget(QWidget* container) : QOpenGLWidget(container) {
+PreviewWidget::PreviewWidget(QWidget* container, Renderer renderer) : QWidget(container) {
   setObjectName(QStringLiteral("previewView"));
   setAccessibleName(tr("Microscope picture"));
   setMouseTracking(true);
   setFocusPolicy(Qt::StrongFocus);
+  surface_ = makeSurface(renderer);
 }
 
-PreviewWidget::~PreviewWidget() {
+PreviewWidget::~PreviewWidget() = default;
+
+std::unique_ptr<PictureSurface> PreviewWidget::makeSurface(Renderer renderer) {
+  if (renderer == Renderer::kRaster) return std::make_unique<RasterSurface>(this);
+  auto surface = std::make_unique<OpenGlSurface>(this);
+  // Not in the middle of its painting.
+  connect(surface.get(), &OpenGlSurface::contextWasLost, this, &PreviewWidget::contextWasLost,
+          Qt::QueuedConnection);
+  return surface;
+}
+
+void PreviewWidget::contextWasLost() {
+  PreviewView* view = view_;
   setPreviewView(nullptr);
-  // The base class lets the context go once this object is no PreviewWidget any more.
-  if (context()) disconnect(context(), nullptr, this, nullptr);
-}
-
-void PreviewWidget::initializeGL() {
-  connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, &PreviewWidget::releaseGraphics);
+  surface_ = makeSurface(Renderer::kRaster);
+  surface_->widget().setGeometry(rect());
+  surface_->widget().show();
+  emit rendererWasLost();
+  setPreviewView(view);
 }
 
 void PreviewWidget::setPreviewView(PreviewView* view) {
-  releaseGraphics();
+  surface_->setPreviewView(view);
   view_ = view;
+  drawSoon();
 }
 
-void PreviewWidget::withGraphicsContext(const std::function<void()>& work) {
-  if (!context()) return;
-  makeCurrent();
-  work();
-  doneCurrent();
-}
-
-void PreviewWidget::releaseGraphics() {
-  if (view_) withGraphicsContext([this] { view_->contextWillBeDestroyed(); });
-}
-
-void PreviewWidget::paintGL() {
-  const double ratio = devicePixelRatio();
-  const TextureSize surface{int32_t(std::lround(width() * ratio)),
-                            int32_t(std::lround(height() * ratio))};
-  if (view_ && view_->drawInView(surface, ratio)) return;
-  QOpenGLFunctions& gl = *context()->functions();
-  gl.glClearColor(kBackground, kBackground, kBackground, 1.0F);
-  gl.glClear(GL_COLOR_BUFFER_BIT);
-}
+void PreviewWidget::resizeEvent(QResizeEvent*) { surface_->widget().setGeometry(rect()); }
 
 MouseLocation PreviewWidget::location(const QMouseEvent& event) const {
   const QPointF position = event.position();

@@ -1,36 +1,49 @@
 #pragma once
 
-#include <QtOpenGLWidgets/QOpenGLWidget>
+#include <memory>
 
-#include "view/PreviewView.h"
+#include <QtWidgets/QWidget>
+
+#include "platform/Renderer.h"
+#include "ui/PictureSurface.h"
 
 namespace tessary {
 
 /// Shows a PreviewView: it covers the container, hands ticks to the view, and translates the mouse
 /// into the view's and the desktop's coordinates.
-class PreviewWidget final : public QOpenGLWidget {
+class PreviewWidget final : public QWidget {
   Q_OBJECT
  public:
-  explicit PreviewWidget(QWidget* container);
+  PreviewWidget(QWidget* container, Renderer renderer);
   ~PreviewWidget() override;
 
   /// Not owned; null ends it. The graphics of the view before are let go while their context is
   /// there.
   void setPreviewView(PreviewView* view);
-  /// Runs `work` at once with this widget's graphics context current.
-  void withGraphicsContext(const std::function<void()>& work);
+  /// Asks for a tick.
+  void drawSoon() { surface_->widget().update(); }
+  /// Runs `work` at once with the graphics context current, if there is one at all.
+  void withGraphicsContext(const std::function<void()>& work) {
+    surface_->withGraphicsContext(work);
+  }
+
+ signals:
+  /// The graphics context was lost with all in it, or could not be made. From now on this draws
+  /// with `Renderer::kRaster`: the view needs a compositor of that kind, at once.
+  void rendererWasLost();
 
  protected:
-  void initializeGL() override;
-  void paintGL() override;
+  void resizeEvent(QResizeEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
 
  private:
-  void releaseGraphics();
+  std::unique_ptr<PictureSurface> makeSurface(Renderer renderer);
+  void contextWasLost();
   MouseLocation location(const QMouseEvent& event) const;
 
+  std::unique_ptr<PictureSurface> surface_;
   PreviewView* view_ = nullptr;
   bool pressedInView_ = false;
 };

@@ -12,6 +12,7 @@
 #include <fmt/format.h>
 
 #include "base/FileCalls.h"
+#include "base/Log.h"
 #include "ui/Windows.h"
 
 namespace tessary {
@@ -27,11 +28,13 @@ std::unique_ptr<PreviewWindowController> gPreviewWindowController;
 PreviewWindowController::PreviewWindowController(Dependencies dependencies)
     : dependencies_(std::move(dependencies)),
       containerView(*new PreviewContainerView),
-      previewWidget_(*new PreviewWidget(&containerView)),
-      previewView({viewHost_, dependencies_.compositor, dependencies_.textRasterizer,
-                   dependencies_.preferences, dependencies_.mainQueue, dependencies_.jpegEncoder,
-                   dependencies_.pngEncoder, dependencies_.makeAssetWriter, failures_,
-                   [this] { previewWidget_.update(); },
+      previewWidget_(*new PreviewWidget(&containerView, dependencies_.renderer)),
+      previewView({viewHost_,
+                   dependencies_.renderer == Renderer::kOpenGl ? dependencies_.openGlCompositor
+                                                               : dependencies_.rasterCompositor,
+                   dependencies_.textRasterizer, dependencies_.preferences, dependencies_.mainQueue,
+                   dependencies_.jpegEncoder, dependencies_.pngEncoder,
+                   dependencies_.makeAssetWriter, failures_, [this] { previewWidget_.drawSoon(); },
                    [this](const std::function<void()>& work) {
                      previewWidget_.withGraphicsContext(work);
                    }}),
@@ -60,6 +63,10 @@ void PreviewWindowController::setupPreviewView() {
   previewView.setCalibration(kUncalibrated, kUnitMillimetre);
   previewView.setLocationDelegate(this);
   previewWidget_.setPreviewView(&previewView);
+  connect(&previewWidget_, &PreviewWidget::rendererWasLost, this, [this] {
+    log("OpenGL is lost: the picture is drawn without it from now on");
+    previewView.contextWasLost(dependencies_.rasterCompositor);
+  });
 }
 
 void PreviewWindowController::showWindow() {

@@ -11,6 +11,7 @@
 
 #include "capture/CaptureController.h"
 #include "dialogs/FailureMessages.h"
+#include "platform/Renderer.h"
 #include "ui/CalibrationFlow.h"
 #include "ui/FailureLine.h"
 #include "ui/InputTextWindowController.h"
@@ -38,7 +39,9 @@ class PreviewWindowController final : public QObject,
   struct Dependencies {
     CaptureSystem& captureSystem;
     MicroscopeCatalogue& catalogue;
-    Compositor& compositor;
+    Renderer renderer;
+    Compositor& openGlCompositor;
+    Compositor& rasterCompositor;
     TextRasterizer& textRasterizer;
     Preferences& preferences;
     Executor& mainQueue;

@@ -186,7 +186,7 @@ void PreviewView::startRecord(const std::string& file,
   recording_.startRecord(file, std::move(delegate), _cvTextureSize);
 }
 
-bool PreviewView::drawInView(TextureSize surface, double devicePixelRatio) {
+bool PreviewView::drawInView(const Surface& surface, double devicePixelRatio) {
   return pipeline_.drawInView(geometry_, overlay_.vertices(), surface, devicePixelRatio);
 }
 

@@ -119,10 +119,12 @@ class PreviewView final : public CapturePicture {
   int64_t recordingStatus() const { return recording_.recordingStatus(); }
 
   // Ticks, with the graphics context current.
-  /// Draws to the framebuffer that is bound, `surface` device pixels large and covering the
-  /// container. False, and nothing drawn, when there is no picture.
-  bool drawInView(TextureSize surface, double devicePixelRatio);
+  /// Draws to `surface`, which covers the container. False, and nothing drawn, when there is no
+  /// picture.
+  bool drawInView(const Surface& surface, double devicePixelRatio);
   void contextWillBeDestroyed() { pipeline_.contextWillBeDestroyed(); }
+  /// The graphics context was lost; `next`, which must outlive the view, draws from now on.
+  void contextWasLost(Compositor& next) { pipeline_.contextWasLost(next); }
 
  private:
   /// Main-thread half of a new frame size: fits view and window to it.

@@ -72,13 +72,13 @@ void setPlainPacking() {
 
 }  // namespace
 
-/// The composed texture, and what draws into it.
-struct GlCompositor::Picture {
-  explicit Picture(TextureSize textureSize) : size(textureSize) {
-    glBindTexture(GL_TEXTURE_2D, _bufferTexture.name());
+/// A texture of the frame's size, and what draws into it.
+struct GlCompositor::Texture {
+  explicit Texture(TextureSize textureSize) {
+    glBindTexture(GL_TEXTURE_2D, texture.name());
     setPlainUnpacking();
-    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, size.width, size.height, 0, GL_RGBA, GL_UNSIGNED_BYTE,
-                 nullptr);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, textureSize.width, textureSize.height, 0, GL_RGBA,
+                 GL_UNSIGNED_BYTE, nullptr);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAX_LEVEL, 0);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
@@ -86,15 +86,29 @@ struct GlCompositor::Picture {
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
 
     glBindFramebuffer(GL_FRAMEBUFFER, framebuffer.name());
-    glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D,
-                           _bufferTexture.name(), 0);
+    glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, texture.name(), 0);
     complete = glCheckFramebufferStatus(GL_FRAMEBUFFER) == GL_FRAMEBUFFER_COMPLETE;
   }
 
-  TextureSize size;
+  void forget() {
+    texture.forget();
+    framebuffer.forget();
+  }
+
   bool complete = false;
-  GlTexture _bufferTexture;
-  GlFramebuffer framebuffer;  // over _bufferTexture
+  GlTexture texture;
+  GlFramebuffer framebuffer;  // over texture
+};
+
+struct GlCompositor::Picture {
+  explicit Picture(TextureSize frameSize) : size(frameSize), frame(size), _bufferTexture(size) {}
+
+  bool isComplete() const { return frame.complete && _bufferTexture.complete; }
+
+  TextureSize size;
+  Texture frame;
+  Texture _bufferTexture;            // frame and overlay
+  const Texture* composed = &frame;  // whichever holds the composed picture
 };
 
 /// What draws, whatever the size of the picture.
@@ -130,9 +144,11 @@ struct GlCompositor::Programs {
   void drawOverlay(const Picture& target, std::span<const PointVertex> lines,
                    std::span<const PointVertex> points) {
     const size_t count = lines.size() + points.size();
-    if (count == 0) return;
     const TextureSize size = target.size;
-    glBindFramebuffer(GL_FRAMEBUFFER, target.framebuffer.name());
+    glBindFramebuffer(GL_READ_FRAMEBUFFER, target.frame.framebuffer.name());
+    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, target._bufferTexture.framebuffer.name());
+    glBlitFramebuffer(0, 0, size.width, size.height, 0, 0, size.width, size.height,
+                      GL_COLOR_BUFFER_BIT, GL_NEAREST);
     glViewport(0, 0, size.width, size.height);
     overlay.use();
     glBindVertexArray(overlayVertices.name());
@@ -150,7 +166,7 @@ struct GlCompositor::Programs {
       // OpenGL leaves out one end of a line, and which one is a matter of its direction and the
       // last bit. The ends by themselves make closed figures closed; first, so that later lines lie
       // over them.
-      glUniform2f(overlayShift, halfTexel(size.width), halfTexel(size.height));
+      glUniform2f(overlayShift, lineShift(size.width), lineShift(size.height));
       glDrawArrays(GL_POINTS, 0, GLsizei(lines.size()));
       glDrawArrays(GL_LINES, 0, GLsizei(lines.size()));
     } else {
@@ -184,9 +200,17 @@ struct GlCompositor::Programs {
     glUniform2f(presenter.texelsPerPixel, float(size.width / picture.size.width),
                 float(size.height / picture.size.height));
     glUniform2f(presenter.textureSizeInTexels, float(size.width), float(size.height));
-    glBindTexture(GL_TEXTURE_2D, source._bufferTexture.name());
+    glBindTexture(GL_TEXTURE_2D, source.composed->texture.name());
     glBindVertexArray(noVertices.name());
     glDrawArrays(GL_TRIANGLES, 0, 3);
+  }
+
+  void forget() {
+    vertexBuffer.forget();
+    overlayVertices.forget();
+    noVertices.forget();
+    for (GlProgram* program : {&overlay, &exactPresenter.program, &filteredPresenter.program})
+      program->forget();
   }
 
   GlBuffer vertexBuffer;
@@ -214,7 +238,7 @@ void GlCompositor::initBufferResources(TextureSize size) {
   }
   const GlStateGuard guard;
   auto picture = std::make_unique<Picture>(size);
-  if (!picture->complete) {
+  if (!picture->isComplete()) {
     log("A picture of {} by {} pixels can't be shown: the graphics card has no room for it.",
         size.width, size.height);
     return;
@@ -230,30 +254,47 @@ void GlCompositor::contextWillBeDestroyed() {
   programs_.reset();
 }
 
-void GlCompositor::compose(const PixelBuffer& frame, std::span<const PointVertex> lines,
-                           std::span<const PointVertex> points) {
-  if (!picture_ || frame.size() != picture_->size) return;
+void GlCompositor::contextWasLost() {
+  if (picture_) {
+    picture_->frame.forget();
+    picture_->_bufferTexture.forget();
+  }
+  if (programs_) programs_->forget();
+  contextWillBeDestroyed();
+}
+
+void GlCompositor::setFrame(std::shared_ptr<const PixelBuffer> frame) {
+  if (!picture_ || frame->size() != picture_->size) return;
   const GlStateGuard guard;
   setPlainUnpacking();
-  glBindTexture(GL_TEXTURE_2D, picture_->_bufferTexture.name());
+  glBindTexture(GL_TEXTURE_2D, picture_->frame.texture.name());
   // Fills every pixel, so nothing has to be cleared before.
-  glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, frame.size().width, frame.size().height, GL_RGBA,
-                  GL_UNSIGNED_BYTE, frame.data());
+  glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, picture_->size.width, picture_->size.height, GL_RGBA,
+                  GL_UNSIGNED_BYTE, frame->data());
+}
+
+void GlCompositor::compose(std::span<const PointVertex> lines,
+                           std::span<const PointVertex> points) {
+  if (!picture_) return;
+  picture_->composed = &picture_->frame;
+  if (lines.empty() && points.empty()) return;
+  picture_->composed = &picture_->_bufferTexture;
+  const GlStateGuard guard;
   programs_->drawOverlay(*picture_, lines, points);
 }
 
-void GlCompositor::present(const SurfaceRect& picture, TextureSize surface) {
+void GlCompositor::present(const SurfaceRect& picture, const Surface& surface) {
   const GlStateGuard guard;
-  glViewport(0, 0, surface.width, surface.height);
+  glViewport(0, 0, surface.size.width, surface.size.height);
   glClearColor(0.1F, 0.1F, 0.1F, 1.0F);
   glClear(GL_COLOR_BUFFER_BIT);
-  if (picture_) programs_->drawPicture(*picture_, picture, surface);
+  if (picture_) programs_->drawPicture(*picture_, picture, surface.size);
 }
 
 bool GlCompositor::readBack(PixelBuffer& target) {
   if (!picture_ || target.size() != picture_->size) return false;
   const GlStateGuard guard;
-  glBindFramebuffer(GL_READ_FRAMEBUFFER, picture_->framebuffer.name());
+  glBindFramebuffer(GL_READ_FRAMEBUFFER, picture_->composed->framebuffer.name());
   setPlainPacking();
   glReadPixels(0, 0, target.size().width, target.size().height, GL_RGBA, GL_UNSIGNED_BYTE,
                target.data());

@@ -24,6 +24,8 @@ class GlObject {
   GlObject& operator=(const GlObject&) = delete;
 
   GLuint name() const noexcept { return name_; }
+  /// The context is gone, and the name with it: nothing is left to delete.
+  void forget() noexcept { name_ = 0; }
 
  private:
   GLuint name_ = 0;

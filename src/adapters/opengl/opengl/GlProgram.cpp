@@ -79,6 +79,8 @@ GlProgram::GlProgram(GlTarget target, std::string_view vertexSource,
        }));
 }
 
-GlProgram::~GlProgram() { glDeleteProgram(name_); }
+GlProgram::~GlProgram() {
+  if (name_ != 0) glDeleteProgram(name_);
+}
 
 }  // namespace tessary

@@ -19,6 +19,8 @@ class GlProgram {
   GlProgram(const GlProgram&) = delete;
   GlProgram& operator=(const GlProgram&) = delete;
 
+  /// The context is gone, and this with it: nothing is left to delete.
+  void forget() noexcept { name_ = 0; }
   void use() const { glUseProgram(name_); }
   /// -1 for a uniform that the program has no use for, which OpenGL ignores.
   GLint uniform(const char* uniformName) const { return glGetUniformLocation(name_, uniformName); }

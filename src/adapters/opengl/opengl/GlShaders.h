@@ -4,18 +4,13 @@
 // The composed texture holds the camera's bytes as they are: its red channel is blue and the other
 // way round, and its row 0, the picture's top, is the lowest row to OpenGL.
 
-#include <cstdint>
 #include <string_view>
 
 namespace tessary {
 
 /// Lines and points of the overlay, into the composed texture.
 ///
-/// A vertex of pixel (x, y) arrives as (x - W/2) / (W/2.0) with the half in the numerator a whole
-/// number. That is the pixel's centre for an odd W. For an even W it is the corner between four
-/// pixels, where the rounding of the last bit would choose the pixel: `halfTexel` moves it to the
-/// centre. Labels can stand at half a pixel, where the same would happen: `labelShift` is less,
-/// which decides for the pixel before.
+/// `shift` is `lineShift` or `labelShift` of both axes.
 inline constexpr std::string_view kOverlayVertexShader = R"(
 layout(location = 0) in vec4 position;
 layout(location = 1) in vec4 color;
@@ -28,10 +23,6 @@ void main() {
   vertexColor = color;
 }
 )";
-
-/// The shader's `shift` along an axis of `size` pixels, for lines and for labels.
-constexpr float halfTexel(int32_t size) { return size % 2 == 0 ? 1.0F / float(size) : 0.0F; }
-constexpr float labelShift(int32_t size) { return halfTexel(size) - 0.5F / float(size); }
 
 inline constexpr std::string_view kOverlayFragmentShader = R"(
 in vec4 vertexColor;

@@ -1,30 +1,36 @@
-#include <epoxy/gl.h>
-
 #include <cstring>
 #include <set>
 #include <utility>
+#include <vector>
 
-#include "GlFixture.h"
-#include "LogCapture.h"
-#include "opengl/GlCompositor.h"
-#include "opengl/GlShaders.h"
+#include <gtest/gtest.h>
+
+#include "Renderer.h"
 
 namespace tessary::test {
 namespace {
 
-class GlCompose : public GlTest {
+class Compose : public ::testing::Test {
  protected:
-  /// What stands in the composed texture.
+  void SetUp() override { ASSERT_NE(renderer, nullptr); }
+
+  void compose(const PixelBuffer& frame, const std::vector<PointVertex>& lines,
+               const std::vector<PointVertex>& points) {
+    compositor.setFrame(borrowed(frame));
+    compositor.compose(lines, points);
+  }
+  /// What stands in the composed picture.
   PixelBuffer composed(const PixelBuffer& frame, const std::vector<PointVertex>& lines,
                        const std::vector<PointVertex>& points) {
     compositor.initBufferResources(frame.size());
-    compositor.compose(frame, lines, points);
+    compose(frame, lines, points);
     PixelBuffer result(frame.size());
     EXPECT_TRUE(compositor.readBack(result));
     return result;
   }
 
-  GlCompositor compositor;
+  std::unique_ptr<Renderer> renderer = Renderer::make();
+  Compositor& compositor = renderer->compositor();
 };
 
 using Places = std::set<std::pair<int32_t, int32_t>>;
@@ -44,7 +50,7 @@ Places differences(const PixelBuffer& one, const PixelBuffer& other) {
 constexpr TextureSize kSizes[] = {{640, 480}, {641, 481},   {640, 481},
                                   {641, 480}, {1920, 1080}, {1279, 723}};
 
-TEST_F(GlCompose, WithoutOverlayThePictureIsTheFrameByteForByte) {
+TEST_F(Compose, WithoutOverlayThePictureIsTheFrameByteForByte) {
   for (const TextureSize size : kSizes) {
     const PixelBuffer frame = gradientFrame(size);
     const PixelBuffer result = composed(frame, {}, {});
@@ -52,17 +58,17 @@ TEST_F(GlCompose, WithoutOverlayThePictureIsTheFrameByteForByte) {
   }
 }
 
-TEST_F(GlCompose, AFrameReplacesTheOneBeforeWithItsOverlay) {
+TEST_F(Compose, AFrameReplacesTheOneBeforeWithItsOverlay) {
   const TextureSize size{640, 480};
   composed(plainFrame(size, {{9, 9, 9, 255}}), {}, {vertexAt(size, 100, 100)});
   const PixelBuffer frame = gradientFrame(size);
-  compositor.compose(frame, {}, {});
+  compose(frame, {}, {});
   PixelBuffer result(size);
   ASSERT_TRUE(compositor.readBack(result));
   EXPECT_EQ(differences(result, frame), Places{});
 }
 
-TEST_F(GlCompose, AVertexLightsTheTexelOfItsImageCoordinateAndNoOther) {
+TEST_F(Compose, AVertexLightsThePixelOfItsImageCoordinateAndNoOther) {
   for (const TextureSize size : kSizes) {
     SCOPED_TRACE(::testing::Message() << size.width << "x" << size.height);
     const int32_t right = size.width - 1;
@@ -77,19 +83,7 @@ TEST_F(GlCompose, AVertexLightsTheTexelOfItsImageCoordinateAndNoOther) {
   }
 }
 
-TEST(HalfTexel, MovesEveryVertexToItsTexelsCentreFarFromAnyRounding) {
-  for (const int32_t size : {480, 481, 640, 641, 1079, 1080, 1920, 1921, 4095, 4096}) {
-    for (int32_t i = 0; i < size; ++i) {
-      const PointVertex vertex = vertexAt({size, size}, i, i);
-      const float x = vertex.position[0] + halfTexel(size);
-      const float y = halfTexel(size) - vertex.position[1];  // rows count from the top
-      ASSERT_NEAR((x + 1.0F) * float(size) / 2.0F, float(i) + 0.5F, 0.01F) << size;
-      ASSERT_NEAR((y + 1.0F) * float(size) / 2.0F, float(i) + 0.5F, 0.01F) << size;
-    }
-  }
-}
-
-TEST_F(GlCompose, ALabelAtHalfAPixelLightsThePixelBefore) {
+TEST_F(Compose, ALabelAtHalfAPixelLightsThePixelBefore) {
   for (const TextureSize size : kSizes) {
     // A vertex of (x + 1/2, y + 1/2): halfway to the next one along each axis.
     std::vector<PointVertex> points;
@@ -106,7 +100,7 @@ TEST_F(GlCompose, ALabelAtHalfAPixelLightsThePixelBefore) {
   }
 }
 
-TEST_F(GlCompose, EveryColumnAndRowIsHitExactlyOnce) {
+TEST_F(Compose, EveryColumnAndRowIsHitExactlyOnce) {
   for (const TextureSize size : kSizes) {
     std::vector<PointVertex> points;
     Places places;
@@ -123,7 +117,7 @@ TEST_F(GlCompose, EveryColumnAndRowIsHitExactlyOnce) {
   }
 }
 
-TEST_F(GlCompose, VerticesBeyondThePictureAreCutOff) {
+TEST_F(Compose, VerticesBeyondThePictureAreCutOff) {
   const TextureSize size{640, 480};
   const PixelBuffer frame = plainFrame(size, {{0, 0, 0, 255}});
   const std::vector<PointVertex> points{vertexAt(size, -1, 10), vertexAt(size, 640, 10),
@@ -132,7 +126,7 @@ TEST_F(GlCompose, VerticesBeyondThePictureAreCutOff) {
   EXPECT_EQ(differences(composed(frame, {}, points), frame), Places{});
 }
 
-TEST_F(GlCompose, ALineLightsItsOwnRowOrColumnAlone) {
+TEST_F(Compose, ALineLightsItsOwnRowOrColumnAlone) {
   struct Row {
     int32_t x0, y0, x1, y1;
   };
@@ -160,7 +154,7 @@ TEST_F(GlCompose, ALineLightsItsOwnRowOrColumnAlone) {
   }
 }
 
-TEST_F(GlCompose, ASlantedLineHasOnePixelAColumnFromEndToEnd) {
+TEST_F(Compose, ASlantedLineHasOnePixelAColumnFromEndToEnd) {
   const TextureSize size{640, 480};
   const PixelBuffer frame = plainFrame(size, {{0, 0, 0, 255}});
   const Places lit =
@@ -171,7 +165,7 @@ TEST_F(GlCompose, ASlantedLineHasOnePixelAColumnFromEndToEnd) {
   EXPECT_EQ(lit.size(), 101U);
 }
 
-TEST_F(GlCompose, ALaterLineLiesOverAnEarlierOneAndOverItsEnds) {
+TEST_F(Compose, ALaterLineLiesOverAnEarlierOneAndOverItsEnds) {
   const TextureSize size{640, 480};
   const std::array<float, 4> first{1, 0, 0, 1};
   const std::array<float, 4> second{0, 1, 0, 1};
@@ -186,7 +180,7 @@ TEST_F(GlCompose, ALaterLineLiesOverAnEarlierOneAndOverItsEnds) {
   EXPECT_EQ(pixelAt(result, 30, 20), (Pixel{{0, 255, 0, 255}}));
 }
 
-TEST_F(GlCompose, LinesLieOverTheFrameAndPointsOverLines) {
+TEST_F(Compose, LinesLieOverTheFrameAndPointsOverLines) {
   const TextureSize size{640, 480};
   const PixelBuffer result =
       composed(plainFrame(size, {{10, 20, 30, 255}}),
@@ -198,14 +192,8 @@ TEST_F(GlCompose, LinesLieOverTheFrameAndPointsOverLines) {
   EXPECT_EQ(pixelAt(result, 12, 21), (Pixel{{10, 20, 30, 255}}));
 }
 
-TEST_F(GlCompose, ColorsAndAlphaReplaceAndAreNotBlended) {
+TEST_F(Compose, ColorsAndAlphaReplaceAndAreNotBlended) {
   const TextureSize size{640, 480};
-  glEnable(GL_BLEND);  // as a painter may have left it
-  glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-  glEnable(GL_DEPTH_TEST);
-  glEnable(GL_SCISSOR_TEST);
-  glScissor(0, 0, 1, 1);
-  glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
   const PixelBuffer result = composed(plainFrame(size, {{200, 200, 200, 255}}), {},
                                       {vertexAt(size, 5, 5, {1.0F, 0.2F, 0.4F, 0.0F}),
                                        vertexAt(size, 6, 5, {0.0F, 0.0F, 0.0F, 0.6F}),
@@ -215,7 +203,7 @@ TEST_F(GlCompose, ColorsAndAlphaReplaceAndAreNotBlended) {
   EXPECT_EQ(pixelAt(result, 7, 5), (Pixel{{0, 0, 255, 255}}));
 }
 
-TEST_F(GlCompose, GrowsForALargeOverlayAndShrinksToNone) {
+TEST_F(Compose, GrowsForALargeOverlayAndShrinksToNone) {
   const TextureSize size{640, 480};
   const PixelBuffer frame = plainFrame(size, {{0, 0, 0, 255}});
   compositor.initBufferResources(size);
@@ -225,54 +213,42 @@ TEST_F(GlCompose, GrowsForALargeOverlayAndShrinksToNone) {
     for (int32_t y = 0; y < rows; ++y) {
       for (int32_t x = 0; x < size.width; ++x) points.push_back(vertexAt(size, x, y));
     }
-    compositor.compose(frame, {}, points);
+    compose(frame, {}, points);
     ASSERT_TRUE(compositor.readBack(result));
     EXPECT_EQ(differences(result, frame).size(), points.size());
   }
 }
 
-TEST_F(GlCompose, LeavesTheFramebufferAndViewportAsItFoundThem) {
+TEST_F(Compose, AnOverlayThatChangesAloneLeavesNothingOfTheOneBefore) {
   const TextureSize size{640, 480};
-  const Surface window({300, 200});
-  window.bind();
-  glViewport(1, 2, 30, 40);
   const PixelBuffer frame = gradientFrame(size);
-  const auto expectUntouched = [&](const char* after) {
-    GLint draw = -1;
-    GLint read = -1;
-    GLint viewport[4] = {};
-    glGetIntegerv(GL_DRAW_FRAMEBUFFER_BINDING, &draw);
-    glGetIntegerv(GL_READ_FRAMEBUFFER_BINDING, &read);
-    glGetIntegerv(GL_VIEWPORT, viewport);
-    EXPECT_EQ(GLuint(draw), window.name()) << after;
-    EXPECT_EQ(GLuint(read), window.name()) << after;
-    EXPECT_TRUE(viewport[0] == 1 && viewport[1] == 2 && viewport[2] == 30 && viewport[3] == 40)
-        << after;
-  };
   compositor.initBufferResources(size);
-  expectUntouched("initBufferResources");
-  compositor.compose(frame, std::vector{vertexAt(size, 1, 1), vertexAt(size, 9, 9)}, {});
-  expectUntouched("compose");
+  compositor.setFrame(borrowed(frame));
   PixelBuffer result(size);
-  EXPECT_TRUE(compositor.readBack(result));
-  expectUntouched("readBack");
-  compositor.present({{0, 0}, {640, 480}}, window.size());
-  expectUntouched("present");
+  for (int32_t x = 10; x < 14; ++x) {
+    const PointVertex ends[] = {vertexAt(size, x, 20, {1, 1, 1, 1}),
+                                vertexAt(size, x, 22, {1, 1, 1, 1})};
+    const PointVertex label[] = {vertexAt(size, x, 21, {0, 0, 0, 1})};
+    compositor.compose(ends, label);
+    ASSERT_TRUE(compositor.readBack(result));
+    EXPECT_EQ(differences(result, frame), (Places{{x, 20}, {x, 21}, {x, 22}}));
+  }
+  compositor.compose({}, {});
+  ASSERT_TRUE(compositor.readBack(result));
+  EXPECT_EQ(differences(result, frame), Places{});
+}
+
+TEST_F(Compose, WithoutAFrameNothingIsComposed) {
+  compositor.initBufferResources({640, 480});
+  const PointVertex point[] = {vertexAt({640, 480}, 1, 1)};
+  compositor.compose({}, point);
   compositor.clearBufferResources();
-  expectUntouched("clearBufferResources");
+  compositor.compose({}, point);
+  PixelBuffer result({640, 480});
+  EXPECT_FALSE(compositor.readBack(result));
 }
 
-TEST_F(GlCompose, IsIndependentOfPixelStorageLeftByOthers) {
-  const TextureSize size{641, 481};
-  glPixelStorei(GL_UNPACK_ROW_LENGTH, 1000);
-  glPixelStorei(GL_UNPACK_SKIP_PIXELS, 3);
-  glPixelStorei(GL_PACK_ROW_LENGTH, 2000);
-  glPixelStorei(GL_PACK_ALIGNMENT, 8);
-  const PixelBuffer frame = gradientFrame(size);
-  EXPECT_EQ(differences(composed(frame, {}, {}), frame), Places{});
-}
-
-TEST_F(GlCompose, AnotherSizeMakesAnotherTexture) {
+TEST_F(Compose, AnotherSizeMakesAnotherPicture) {
   for (const TextureSize size :
        {TextureSize{640, 480}, TextureSize{1280, 720}, TextureSize{640, 480}}) {
     const PixelBuffer frame = gradientFrame(size);
@@ -282,59 +258,24 @@ TEST_F(GlCompose, AnotherSizeMakesAnotherTexture) {
   }
 }
 
-/// The shader programs that there are.
-std::vector<GLuint> programs() {
-  std::vector<GLuint> names;
-  for (GLuint name = 1; name < 100; ++name)
-    if (glIsProgram(name) == GL_TRUE) names.push_back(name);
-  return names;
-}
-
-// Drivers keep a little of each program that they ever saw: sessions must not make new ones.
-TEST_F(GlCompose, ShaderProgramsOutliveThePictureAndGoWithTheContext) {
-  compositor.initBufferResources({640, 480});
-  const std::vector<GLuint> made = programs();
-  EXPECT_FALSE(made.empty());
-  compositor.clearBufferResources();
-  EXPECT_EQ(programs(), made);
-  compositor.initBufferResources({1280, 720});
-  EXPECT_EQ(programs(), made);
-  compositor.contextWillBeDestroyed();
-  EXPECT_FALSE(compositor.hasBufferResources());
-  EXPECT_EQ(programs(), std::vector<GLuint>{});
-}
-
-TEST_F(GlCompose, RefusesWhatDoesNotFit) {
+TEST_F(Compose, RefusesWhatDoesNotFit) {
   PixelBuffer result({640, 480});
   EXPECT_FALSE(compositor.hasBufferResources());
   EXPECT_FALSE(compositor.readBack(result));
   compositor.clearBufferResources();  // harmless
-  compositor.compose(gradientFrame({640, 480}), {}, {});
+  compose(gradientFrame({640, 480}), {}, {});
 
   compositor.initBufferResources({640, 480});
   EXPECT_TRUE(compositor.hasBufferResources());
   const PixelBuffer frame = gradientFrame({640, 480});
-  compositor.compose(frame, {}, {});
-  compositor.compose(plainFrame({640, 481}, {}), {}, {});  // of another size: left out
+  compose(frame, {}, {});
+  compose(plainFrame({640, 481}, {}), {}, {});  // of another size: left out
   EXPECT_TRUE(compositor.readBack(result));
   EXPECT_EQ(differences(result, frame), Places{});
   PixelBuffer other({640, 481});
   EXPECT_FALSE(compositor.readBack(other));
   compositor.clearBufferResources();
   EXPECT_FALSE(compositor.hasBufferResources());
-}
-
-TEST_F(GlCompose, ATextureLargerThanTheGraphicsCardsIsRefusedInPlainWords) {
-  GLint largest = 0;
-  glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largest);
-  const LogCapture log;
-  compositor.initBufferResources({largest + 1, 480});
-  EXPECT_FALSE(compositor.hasBufferResources());
-  ASSERT_EQ(log.lines().size(), 1U);
-  EXPECT_EQ(
-      log.lines()[0],
-      fmt::format("A picture of {} by 480 pixels can't be shown: the graphics card ends at {}.",
-                  largest + 1, largest));
 }
 
 }  // namespace
