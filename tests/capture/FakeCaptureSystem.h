@@ -71,6 +71,7 @@ class FakeDevice final : public CaptureDevice {
       format(kMediaSubTypeMJPEG, 1280, 720),
       format(kMediaSubTypeMJPEG, 1920, 1080),
   };
+  bool formatsAreKnown_ = true;
   bool grantsLock_ = true;
   bool canBeOpened_ = true;
   bool streams_ = false;    ///< Delivers frames from a thread of its own.
@@ -84,6 +85,7 @@ class FakeDevice final : public CaptureDevice {
   uint32_t transportType() const override { return transportType_; }
   bool hasVideo() const override { return hasVideo_; }
   const std::vector<CaptureFormat>& formats() const override { return formats_; }
+  bool formatsAreKnown() const override { return formatsAreKnown_; }
 
   bool lockForConfiguration() override {
     log_->note(id_ + ".lock");

@@ -37,6 +37,19 @@ TEST_F(MicroscopeCatalogueTest, StartsWithWhatIsPresent) {
   EXPECT_EQ(&catalogue.microscopes(), &list);
 }
 
+TEST_F(MicroscopeCatalogueTest, OfAnyCameraFollowsThoseThatComeAndGo) {
+  MicroscopeCatalogue any(system, list, Eligible::AnyCamera);
+  const auto plug = [this](const char* id) { system.plug(id)->modelID_ = "Webcam"; };
+  plug("w1");
+  any.InitializeMicroscopes();
+  EXPECT_THAT(ids(), ElementsAre("w1"));
+  plug("w2");
+  EXPECT_EQ(idOf(any.onMicroscopeConnected()), "w2");
+  system.pull("w1");
+  EXPECT_EQ(idOf(any.onMicroscopeDisconnected()), "w1");
+  EXPECT_THAT(ids(), ElementsAre("w2"));
+}
+
 TEST_F(MicroscopeCatalogueTest, IsEmptyWithoutMicroscopes) {
   catalogue.InitializeMicroscopes();
   EXPECT_THAT(ids(), IsEmpty());

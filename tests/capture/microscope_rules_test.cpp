@@ -278,5 +278,63 @@ TEST(GetAllDevices, AppendsInThePlatformsOrder) {
   EXPECT_THAT(ids, ElementsAre("", "z", "a", "m"));
 }
 
+TEST(GetAllDevices, ListsEveryCameraThatCanBeShownWhereAnyCounts) {
+  FakeCaptureSystem system;
+  system.plug("webcam")->modelID_ = "UVC Camera VendorID_1133 ProductID_39321";
+  const auto board = system.plug("board");
+  board->transportType_ = 0;
+  board->modelID_ = "A platform camera whose name is none of the numbers";
+  board->formats_ = {format(kNV12, 320, 240)};
+  system.plug("sound")->hasVideo_ = false;
+  const auto infrared = system.plug("infrared");
+  infrared->modelID_ = "Grey";
+  infrared->formats_ = {};
+  const auto forbidden = system.plug("forbidden");
+  forbidden->modelID_ = "A camera that this user may not ask";
+  forbidden->formats_ = {};
+  forbidden->formatsAreKnown_ = false;
+  system.plug("microscope");
+  const LogCapture log;
+  MicroscopeList list;
+  getAllDevices(system, list, Eligible::AnyCamera);
+  std::vector<std::string> ids;
+  for (const auto& camera : list) ids.push_back(camera->uniqueID);
+  ASSERT_THAT(ids, ElementsAre("webcam", "board", "forbidden", "microscope"));
+  EXPECT_EQ(list[0]->pid, 39321);
+  EXPECT_EQ(list[1]->vid, 0);
+  EXPECT_THAT(valuesOf(list[1]->resolutions), ElementsAre(Resolution{kNV12, 320, 240}));
+  EXPECT_THAT(list[2]->resolutions, IsEmpty());
+  EXPECT_EQ(list[3]->pid, 41312);
+}
+
+TEST(GetAllDevices, OfAnyCameraOffersWhatItHasWhereTheRulesLeaveNothing) {
+  struct Row {
+    std::vector<CaptureFormat> offered;
+    std::vector<Resolution> microscope, any;
+  };
+  const Row rows[] = {
+      // Within the rules there is no difference.
+      {{format(kYUYV, 640, 480), format(kMJPEG, 640, 480), format(kMJPEG, 160, 120)},
+       {{kMJPEG, 640, 480}},
+       {{kMJPEG, 640, 480}}},
+      {{format(kNV12, 640, 480), format(kUYVY, 640, 480), format(kUYVY, 80, 60)},
+       {},
+       {{kUYVY, 80, 60}, {kUYVY, 640, 480}}},
+      {{format(kYUYV, 256, 192), format(kYUYV, 256, 192, {9})}, {}, {{kYUYV, 256, 192}}},
+  };
+  for (const Row& row : rows) {
+    FakeCaptureSystem system;
+    system.plug("m1")->formats_ = row.offered;
+    const LogCapture log;
+    MicroscopeList microscopes;
+    MicroscopeList any;
+    getAllDevices(system, microscopes);
+    getAllDevices(system, any, Eligible::AnyCamera);
+    EXPECT_EQ(valuesOf(microscopes.at(0)->resolutions), row.microscope);
+    EXPECT_EQ(valuesOf(any.at(0)->resolutions), row.any);
+    EXPECT_EQ(any.at(0)->defResolution != nullptr, !row.any.empty());
+  }
+}
+
 }  // namespace
 }  // namespace tessary

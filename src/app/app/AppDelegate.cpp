@@ -23,10 +23,10 @@ void showAgain(QWidget& window) {
 
 }  // namespace
 
-AppDelegate::AppDelegate(Platform& platform)
+AppDelegate::AppDelegate(Platform& platform, Eligible eligible)
     : platform_(platform),
       defaults_(*platform.store),
-      catalogue_(*platform.captureSystem, gMicroscopes) {}
+      catalogue_(*platform.captureSystem, gMicroscopes, eligible) {}
 
 AppDelegate::~AppDelegate() {
   platform_.store->setProblemHandler({});

@@ -12,7 +12,7 @@ namespace tessary {
 /// changes.
 class AppDelegate {
  public:
-  explicit AppDelegate(Platform& platform);
+  explicit AppDelegate(Platform& platform, Eligible eligible = Eligible::Microscopes);
   /// Lets the windows go, and with them what they use of the platform.
   ~AppDelegate();
   AppDelegate(const AppDelegate&) = delete;

@@ -45,15 +45,18 @@ std::unique_ptr<QApplication> makeApplication(int& argc, char** argv, const std:
   return application;
 }
 
-Application::Application(int& argc, char** argv, const std::string& name)
-    : application_(makeApplication(argc, argv, name)), platform_(name) {
+Application::Application(int& argc, char** argv, const std::string& name,
+                         const CommandLine& commandLine)
+    : application_(makeApplication(argc, argv, name)),
+      platform_(name),
+      eligible_(commandLine.eligible) {
   platform_.renderer = chooseRenderer(std::nullopt);
 }
 
 Application::~Application() = default;
 
 int Application::run() {
-  AppDelegate delegate(platform_);
+  AppDelegate delegate(platform_, eligible_);
   delegate.applicationDidFinishLaunching();
   // Leaves the event loops of dialogs too, and no window is asked.
   process_.setEndHandler([] { QApplication::exit(0); });

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "app/CommandLine.h"
 #include "app/Platform.h"
 #include "app/Process.h"
 
@@ -13,12 +14,12 @@ namespace tessary {
 /// The toolkit's application object, set up for this program. `argc` must outlive it.
 std::unique_ptr<QApplication> makeApplication(int& argc, char** argv, const std::string& name);
 
-/// The process: the toolkit's application object and the platform behind it. No command line and no
-/// environment of its own.
+/// The process: the toolkit's application object and the platform behind it. No environment of its
+/// own.
 class Application {
  public:
   /// `name` is what the desktop knows the program by, and what its settings are kept under.
-  Application(int& argc, char** argv, const std::string& name);
+  Application(int& argc, char** argv, const std::string& name, const CommandLine& commandLine);
   ~Application();
   Application(const Application&) = delete;
   Application& operator=(const Application&) = delete;
@@ -33,6 +34,7 @@ class Application {
   Process process_;  // first: it ends last
   std::unique_ptr<QApplication> application_;
   Platform platform_;
+  const Eligible eligible_;
 };
 
 }  // namespace tessary

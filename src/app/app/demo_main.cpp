@@ -6,7 +6,9 @@
 // The same program with a simulated microscope beside the real ones. It keeps its own settings, and
 // opens that microscope by itself until another one is chosen.
 int main(int argc, char** argv) {
-  tessary::Application application(argc, argv, "tessary-demo");
+  const tessary::CommandLine commandLine = tessary::readCommandLine({argv, argv + argc});
+  if (commandLine.exitStatus) return commandLine.tell();
+  tessary::Application application(argc, argv, "tessary-demo", commandLine);
   tessary::Platform& platform = application.platform();
   auto simulated = std::make_unique<tessary::SimulatedCaptureSystem>(
       platform.mainQueue, tessary::frameDecoders(), tessary::cameraEncoder());

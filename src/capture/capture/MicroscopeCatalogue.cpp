@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "capture/MicroscopeRules.h"
-
 namespace tessary {
 namespace {
 
@@ -15,12 +13,12 @@ auto hasUniqueIDOf(const MicroscopeInfo& info) {
 
 void MicroscopeCatalogue::InitializeMicroscopes() {
   microscopes_.clear();
-  getAllDevices(system_, microscopes_);
+  getAllDevices(system_, microscopes_, eligible_);
 }
 
 std::shared_ptr<MicroscopeInfo> MicroscopeCatalogue::onMicroscopeConnected() {
   MicroscopeList present;
-  getAllDevices(system_, present);
+  getAllDevices(system_, present, eligible_);
   std::shared_ptr<MicroscopeInfo> connected;
   for (const auto& info : present) {
     if (std::ranges::any_of(microscopes_, hasUniqueIDOf(*info))) continue;
@@ -32,7 +30,7 @@ std::shared_ptr<MicroscopeInfo> MicroscopeCatalogue::onMicroscopeConnected() {
 
 std::shared_ptr<MicroscopeInfo> MicroscopeCatalogue::onMicroscopeDisconnected() {
   MicroscopeList present;
-  getAllDevices(system_, present);
+  getAllDevices(system_, present, eligible_);
   std::shared_ptr<MicroscopeInfo> disconnected;
   for (size_t i = microscopes_.size(); i-- > 0;) {
     const auto info = microscopes_[i];

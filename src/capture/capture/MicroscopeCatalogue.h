@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "capture/MicroscopeInfo.h"
+#include "capture/MicroscopeRules.h"
 #include "platform/CaptureSystem.h"
 
 namespace tessary {
@@ -12,8 +13,9 @@ namespace tessary {
 class MicroscopeCatalogue {
  public:
   /// Both must outlive the catalogue.
-  MicroscopeCatalogue(CaptureSystem& system, MicroscopeList& microscopes)
-      : system_(system), microscopes_(microscopes) {}
+  MicroscopeCatalogue(CaptureSystem& system, MicroscopeList& microscopes,
+                      Eligible eligible = Eligible::Microscopes)
+      : system_(system), microscopes_(microscopes), eligible_(eligible) {}
 
   const MicroscopeList& microscopes() const { return microscopes_; }
 
@@ -28,6 +30,7 @@ class MicroscopeCatalogue {
  private:
   CaptureSystem& system_;
   MicroscopeList& microscopes_;
+  const Eligible eligible_;
 };
 
 }  // namespace tessary

@@ -39,19 +39,34 @@ bool isMicroscope(const CaptureDevice& device, MicroscopeInfo& info) {
          parseModelID(device.modelID(), info.vid, info.pid) && isVidPidValid(info.vid, info.pid);
 }
 
+bool isCamera(const CaptureDevice& device) {
+  return device.hasVideo() && (!device.formatsAreKnown() || !device.formats().empty());
+}
+
+void addNewResolution(ResolutionList& array, const Resolution& added) {
+  // Formats that differ only in frame rate collapse.
+  if (std::ranges::any_of(array, [&](const auto& present) { return *present == added; })) return;
+  array.push_back(std::make_shared<Resolution>(added));
+}
+
 }  // namespace
 
-void getAllDevices(CaptureSystem& system, MicroscopeList& array) {
+void getAllDevices(CaptureSystem& system, MicroscopeList& array, Eligible eligible) {
   for (const auto& device : system.devices()) {
     log("modelID:{}", device->modelID());
     log("uniqueID:{}", device->uniqueID());
     log("localizedName:{}", device->localizedName());
     log("manufacturer:{}", device->manufacturer());
     const auto info = std::make_shared<MicroscopeInfo>();
-    if (!isMicroscope(*device, *info)) continue;
+    // Asked either way: it fills in the numbers.
+    const bool counts =
+        isMicroscope(*device, *info) || (eligible == Eligible::AnyCamera && isCamera(*device));
+    if (!counts) continue;
     info->uniqueID = device->uniqueID();
     info->name = device->localizedName();
     getDeviceResolutions(*device, info->resolutions);
+    if (eligible == Eligible::AnyCamera && info->resolutions.empty())
+      getAllResolutions(*device, info->resolutions);
     info->defResolution = getDefResolution(info->resolutions);
     array.push_back(info);
   }
@@ -84,12 +99,19 @@ void getDeviceResolutions(const CaptureDevice& device, ResolutionList& array) {
   cleanUpDeviceResolutions(array);
 }
 
+void getAllResolutions(const CaptureDevice& device, ResolutionList& array) {
+  array.clear();
+  for (const CaptureFormat& format : device.formats())
+    addNewResolution(array, {format.mediaSubType, format.width, format.height});
+  sortDeviceResolutions(array);
+  std::erase_if(array, [kept = array.empty() ? 0 : array.front()->type](const auto& resolution) {
+    return resolution->type != kept;
+  });
+}
+
 void addDeviceResolution(ResolutionList& array, uint32_t type, int32_t width, int32_t height) {
   if (width < kMinWidth || height < kMinHeight) return;
-  // Formats that differ only in frame rate collapse.
-  const Resolution added{type, width, height};
-  if (std::ranges::any_of(array, [&](const auto& present) { return *present == added; })) return;
-  array.push_back(std::make_shared<Resolution>(added));
+  addNewResolution(array, {type, width, height});
 }
 
 void sortDeviceResolutions(ResolutionList& array) {

@@ -46,6 +46,8 @@ class CaptureDevice {
   virtual uint32_t transportType() const = 0;
   virtual bool hasVideo() const = 0;
   virtual const std::vector<CaptureFormat>& formats() const = 0;
+  /// False for a camera that this user may not ask: formats() is then empty, whatever it offers.
+  virtual bool formatsAreKnown() const = 0;
 
   /// Between lock and unlock, changes are collected; unlocking puts them into force at once. A
   /// stream that is about to start starts with them, one that is running is reconfigured.

@@ -265,6 +265,7 @@ TEST_F(CaptureSystemTest, ACameraThatMayNotBeOpenedIsListedSoThatOpeningItTellsW
   start({microscope(0, "port1")});
   ASSERT_EQ(system->devices().size(), 1u);
   EXPECT_THAT(system->devices()[0]->formats(), IsEmpty());
+  EXPECT_FALSE(system->devices()[0]->formatsAreKnown());
   EXPECT_THAT(system->makeDeviceInput(system->devices()[0]).error(),
               HasSubstr("You have no permission to use /dev/video0"));
 }
@@ -279,6 +280,7 @@ TEST_F(CaptureSystemTest, PermissionThatComesLaterMakesItANewCamera) {
   mainQueue.runAll();
   EXPECT_THAT(events, ElementsAre("connected, port1 ", "disconnected, ", "connected, port1 "));
   EXPECT_EQ(system->devices()[0]->formats().size(), 3u);
+  EXPECT_TRUE(system->devices()[0]->formatsAreKnown());
 }
 
 TEST_F(CaptureSystemTest, ANodeThatMayNotBeOpenedAndIsNoCameraIsNotListed) {

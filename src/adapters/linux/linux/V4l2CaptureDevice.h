@@ -31,6 +31,7 @@ class V4l2CaptureDevice final : public CaptureDevice {
     uint32_t transportType = 0;
     std::string devNode;
     std::vector<VideoFormat> formats;
+    bool formatsAreKnown = true;
     std::optional<VideoFormat> defaultFormat;
   };
   struct Configuration {
@@ -50,6 +51,7 @@ class V4l2CaptureDevice final : public CaptureDevice {
   uint32_t transportType() const override { return description_.transportType; }
   bool hasVideo() const override { return true; }
   const std::vector<CaptureFormat>& formats() const override { return formats_; }
+  bool formatsAreKnown() const override { return description_.formatsAreKnown; }
 
   bool lockForConfiguration() override;
   void unlockForConfiguration() override;

@@ -146,6 +146,7 @@ std::shared_ptr<V4l2CaptureDevice> V4l2CaptureSystem::makeDevice(const Entry& en
   camera.transportType = node.isUsb ? kTransportTypeUSB : 0;
   camera.devNode = node.devNode;
   camera.formats = entry.probe->formats;
+  camera.formatsAreKnown = entry.probe->state == NodeProbe::State::Camera;
   camera.defaultFormat = entry.probe->currentFormat;
   return std::make_shared<V4l2CaptureDevice>(std::move(camera));
 }

@@ -34,6 +34,7 @@ class SimulatedMicroscope final : public CaptureDevice {
   uint32_t transportType() const override;
   bool hasVideo() const override { return true; }
   const std::vector<CaptureFormat>& formats() const override { return formats_; }
+  bool formatsAreKnown() const override { return true; }
   bool lockForConfiguration() override;
   void unlockForConfiguration() override;
   /// A format that is not among formats() is ignored.
