@@ -107,6 +107,18 @@ TEST(Stills, SpaceSavesOneAndTheNoticeNamesItForFourSeconds) {
   EXPECT_TRUE(rig.files()[0].endsWith(".jpg"));
 }
 
+TEST(Stills, TheMicroscopesOwnButtonSavesOneWhereverTheKeyboardIs) {
+  Rig rig;
+  ASSERT_TRUE(rig.program.waitForPicture());
+  key("XF86WebCam");
+  ASSERT_TRUE(rig.waitForFiles(1));
+  key("ctrl+comma");
+  ASSERT_TRUE(waitUntil(
+      [] { return gOptionsWindowController && gOptionsWindowController->isActiveWindow(); }));
+  key("XF86WebCam");
+  EXPECT_TRUE(rig.waitForFiles(2));
+}
+
 TEST(Stills, OneIsTheSameAtEveryZoomAndPan) {
   Rig rig(Start{.prepare = [](MemoryKeyValueStore& s) { s.values["imagePNG"] = int64_t(1); }});
   ASSERT_TRUE(rig.program.waitForPicture());

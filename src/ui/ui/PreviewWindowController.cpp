@@ -9,6 +9,7 @@
 #include <QtGui/QDesktopServices>
 #include <QtGui/QKeyEvent>
 #include <QtGui/QScreen>
+#include <QtGui/QShortcut>
 #include <fmt/format.h>
 
 #include "base/FileCalls.h"
@@ -50,6 +51,7 @@ PreviewWindowController::PreviewWindowController(Dependencies dependencies)
   toolbar.setupToolbar();
   toolbar.setupMenuItems();  // before the window shows, so that it does not jump
   window_.setWindowTitle(QString());
+  setupCameraKey();
   setupPreviewView();
   new FailureLine(containerView, failures_);  // owned by the container
 }
@@ -67,6 +69,16 @@ void PreviewWindowController::setupPreviewView() {
     log("OpenGL is lost: the picture is drawn without it from now on");
     previewView.contextWasLost(dependencies_.rasterCompositor);
   });
+}
+
+void PreviewWindowController::setupCameraKey() {
+  auto* cameraKey = new QShortcut(&window_);
+  cameraKey->setKeys({Qt::Key_WebCam, Qt::Key_Camera});
+  // Wherever the keyboard is: the hand that presses it is at the microscope.
+  cameraKey->setContext(Qt::ApplicationShortcut);
+  // A button that is held down wants one still.
+  cameraKey->setAutoRepeat(false);
+  connect(cameraKey, &QShortcut::activated, &saving_, &SavingFlow::getPathAndSaveImage);
 }
 
 void PreviewWindowController::showWindow() {

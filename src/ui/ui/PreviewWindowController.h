@@ -76,6 +76,8 @@ class PreviewWindowController final : public QObject,
 
  private:
   void setupPreviewView();
+  /// The key that the kernel makes of a microscope's own button does what Space does.
+  void setupCameraKey();
   void beginWork();
 
   // What happens to the window.
