@@ -30,6 +30,12 @@ TEST(CommandLine, StartsTheProgramAsItIsAskedTo) {
   }
 }
 
+TEST(CommandLine, TakesTheRendererThatIsNamed) {
+  EXPECT_EQ(readCommandLine({"tessary"}).renderer, std::nullopt);
+  EXPECT_EQ(readCommandLine({"tessary", "--renderer=opengl"}).renderer, Renderer::kOpenGl);
+  EXPECT_EQ(readCommandLine({"tessary", "--renderer", "raster"}).renderer, Renderer::kRaster);
+}
+
 TEST(CommandLine, RefusesWhatItDoesNotUnderstandInOneLine) {
   const struct {
     Words words;
@@ -41,6 +47,9 @@ TEST(CommandLine, RefusesWhatItDoesNotUnderstandInOneLine) {
       {{"tessary", "--version", "--bogus"}, "bogus"},
       {{"tessary", "picture.png"}, "\"picture.png\""},
       {{"tessary", "-platform"}, "platform"},
+      {{"tessary", "--renderer=vulkan"}, "\"vulkan\""},
+      {{"tessary", "--renderer="}, "renderer"},
+      {{"tessary", "--renderer"}, "renderer"},
       {{"tessary", ""}, "\"\""},
   };
   for (const auto& row : rows) {
@@ -64,7 +73,7 @@ TEST(CommandLine, HelpNamesEveryOptionOfOursAndNoneOfTheToolkits) {
     const CommandLine read = readCommandLine({"tessary", option});
     EXPECT_EQ(read.exitStatus, 0);
     EXPECT_THAT(read.answer, MatchesRegex("Usage: tessary \\[options\\]\n(.|\n)*"));
-    for (const char* ours : {"--help", "--version", "--any-camera"})
+    for (const char* ours : {"--help", "--version", "--any-camera", "--renderer"})
       EXPECT_THAT(read.answer, HasSubstr(ours));
     EXPECT_THAT(read.answer, Not(HasSubstr("platform")));
   }

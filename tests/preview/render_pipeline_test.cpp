@@ -87,6 +87,37 @@ TEST(RenderPipeline, ComposesAFrozenPictureAgainWhenTheOverlayChanged) {
   EXPECT_THAT(f.compositor.takeCalls(), ElementsAre("present 80,60 640x480"));
 }
 
+TEST(RenderPipeline, HandsEachFrameOverOnceHoweverOftenTheOverlayChanges) {
+  Fixture f;
+  f.frame({640, 480}, 1);
+  f.fitTo({640, 480});
+  for (uint64_t revision = 1; revision < 5; ++revision) {
+    f.overlay.revision = revision;
+    f.draw();
+  }
+  EXPECT_EQ(f.compositor.frames, 1U);
+  EXPECT_EQ(f.compositor.composed.size(), 4U);
+  f.frame({640, 480}, 2);
+  f.draw();
+  EXPECT_EQ(f.compositor.frames, 2U);
+  EXPECT_EQ(f.compositor.composed.size(), 5U);
+}
+
+TEST(RenderPipeline, AfterALostContextTheNextCompositorShowsTheSame) {
+  Fixture f;
+  f.frame({640, 480}, 1);
+  f.fitTo({640, 480});
+  f.draw();
+  f.compositor.calls.clear();
+  FakeCompositor next;
+  f.pipeline.contextWasLost(next);
+  EXPECT_THAT(f.compositor.calls, ElementsAre("lost"));
+  EXPECT_TRUE(f.draw());
+  EXPECT_THAT(f.compositor.calls, ElementsAre("lost")) << "it is asked for nothing more";
+  EXPECT_THAT(next.takeCalls(), ElementsAre("clear", "init 640x480", "compose 1 lines 0 points 0",
+                                            "present 80,60 640x480"));
+}
+
 TEST(RenderPipeline, ZoomAndPanOnlyChangeWhereThePictureIsPresented) {
   Fixture f;
   f.frame({1280, 720}, 1);

@@ -177,6 +177,7 @@ Program::Program(Start start) : platform(std::make_unique<Platform>()) {
   if (start.prepare) start.prepare(*memory);
   platform->store = std::move(memory);
   platform->captureSystem = std::move(simulated);
+  if (qgetenv("TESSARY_TEST_RENDERER") == "opengl") platform->renderer = Renderer::kOpenGl;
   if (start.furnish) start.furnish(*platform);
   delegate = std::make_unique<AppDelegate>(*platform);
   delegate->applicationDidFinishLaunching();

@@ -50,7 +50,7 @@ Application::Application(int& argc, char** argv, const std::string& name,
     : application_(makeApplication(argc, argv, name)),
       platform_(name),
       eligible_(commandLine.eligible) {
-  platform_.renderer = chooseRenderer(std::nullopt);
+  platform_.renderer = chooseRenderer(commandLine.renderer);
 }
 
 Application::~Application() = default;

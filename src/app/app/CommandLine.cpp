@@ -26,6 +26,12 @@ void addToolkitOptions(QCommandLineParser& parser) {
   for (const char* name : kToolkitFlags) add(name, "");
 }
 
+std::optional<Renderer> rendererNamed(const QString& name) {
+  if (name == QLatin1String("opengl")) return Renderer::kOpenGl;
+  if (name == QLatin1String("raster")) return Renderer::kRaster;
+  return std::nullopt;
+}
+
 CommandLine answered(int exitStatus, const QString& answer) {
   return {.exitStatus = exitStatus, .answer = answer.toStdString()};
 }
@@ -43,12 +49,17 @@ CommandLine readCommandLine(const std::vector<std::string>& words) {
   const QCommandLineOption version({"v", "version"}, "Tells the version.");
   const QCommandLineOption anyCamera(
       "any-camera", "Lists every camera whose pictures can be shown, not microscopes alone.");
+  const QCommandLineOption renderer(
+      "renderer",
+      "What draws the picture: opengl for the graphics card, raster for the program itself. Left "
+      "out, the graphics card if there is one.",
+      "opengl|raster");
   QCommandLineParser parser;
   // The toolkit's words have a single dash.
   parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
   parser.setApplicationDescription(
       "Shows the live picture of a USB microscope, measures on it, saves stills and movies.");
-  parser.addOptions({help, version, anyCamera});
+  parser.addOptions({help, version, anyCamera, renderer});
   addToolkitOptions(parser);
 
   const auto refused = [&program](const QString& what) {
@@ -60,12 +71,16 @@ CommandLine readCommandLine(const std::vector<std::string>& words) {
   if (!parser.positionalArguments().isEmpty())
     return refused(
         QStringLiteral("\"%1\" is not an option.").arg(parser.positionalArguments().first()));
+  const auto named = rendererNamed(parser.value(renderer));
+  if (parser.isSet(renderer) && !named)
+    return refused(QStringLiteral("\"%1\" is no renderer.").arg(parser.value(renderer)));
   // The parser knows the program's name from the toolkit's object only, which there is not yet.
   if (parser.isSet(help))
     return answered(0, parser.helpText().replace(QStringLiteral("<executable_name>"), program));
   if (parser.isSet(version))
     return answered(0, QStringLiteral("%1 %2\n").arg(program, QStringLiteral(TESSARY_VERSION)));
-  return {.eligible = parser.isSet(anyCamera) ? Eligible::AnyCamera : Eligible::Microscopes};
+  return {.eligible = parser.isSet(anyCamera) ? Eligible::AnyCamera : Eligible::Microscopes,
+          .renderer = named};
 }
 
 int CommandLine::tell() const {

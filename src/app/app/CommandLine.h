@@ -5,12 +5,14 @@
 #include <vector>
 
 #include "capture/MicroscopeRules.h"
+#include "platform/Renderer.h"
 
 namespace tessary {
 
 /// What the words behind the program's name ask for.
 struct CommandLine {
   Eligible eligible = Eligible::Microscopes;
+  std::optional<Renderer> renderer;  ///< Nothing to leave it to the program.
   /// Set when the program is not to start: what `main` returns, 0 after a question that `answer`
   /// answers and 2 for words that are not understood, which `answer` says in one line.
   std::optional<int> exitStatus;

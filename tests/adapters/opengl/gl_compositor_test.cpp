@@ -133,6 +133,16 @@ TEST_F(GlCompositorTest, DrawsItsOwnWayWhateverAPainterLeft) {
   EXPECT_EQ(pixelAt(result, 7, 5), (Pixel{{200, 200, 200, 255}}));
 }
 
+TEST_F(GlCompositorTest, OfALostContextNothingIsDeleted) {
+  const PixelBuffer frame = gradientFrame({640, 480});
+  composed(frame, {vertexAt({640, 480}, 9, 9)});
+  const std::vector<GLuint> made = programs();
+  compositor.contextWasLost();
+  EXPECT_FALSE(compositor.hasBufferResources());
+  EXPECT_FALSE(made.empty());
+  EXPECT_EQ(programs(), made) << "no call went to the context";
+}
+
 TEST_F(GlCompositorTest, ALostContextIsFollowedByTheSamePictureInTheNext) {
   const PixelBuffer frame = gradientFrame({640, 480});
   EXPECT_TRUE(isSame(composed(frame, {vertexAt({640, 480}, 9, 9)}),
