@@ -12,6 +12,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "FakeViewHost.h"
 #include "MemoryKeyValueStore.h"
 #include "NoGrants.h"
 #include "base/Log.h"
@@ -40,21 +41,12 @@ class BlockRasterizer final : public TextRasterizer {
   }
 };
 
-class NoWindow final : public ViewHost {
- public:
-  Size superviewFrameSize() const override { return {1920, 1080}; }
-  ScreenRect windowFrame() const override { return {}; }
-  Size screenSize() const override { return {}; }
-  double desktopBottom() const override { return 0; }
-  void setContentSize(Size) override {}
-  void setFrameOrigin(ScreenPoint) override {}
-};
-
 /// The overlay under a calibration, with so many labelled lines, the first one at (50, 60).
 struct Desk {
   explicit Desk(benchmark::State& state) : isReal(state.range(1) != 0) {
     preferences.lineColor = preferences.textColor = {0.0, 0.9, 0.9, 1.0};
     preferences.font = {26};
+    host.container = {1920, 1080};
     geometry.frameSizeDidChange(texture);
     geometry.zoomTo(-1);
     overlay.setCalibration(3.7f, kUnitMillimetre);
@@ -76,7 +68,7 @@ struct Desk {
   test::NoGrants grants;
   Preferences preferences{defaults, grants};
   TextureSize texture = kFrame;
-  NoWindow host;
+  test::FakeViewHost host;
   ViewGeometry geometry{host, texture};
   BlockRasterizer blocks;
   QtTextRasterizer letters;

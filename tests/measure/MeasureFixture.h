@@ -13,6 +13,7 @@
 
 #include <gmock/gmock.h>
 
+#include "FakeRasterizer.h"
 #include "FakeViewHost.h"
 #include "MemoryKeyValueStore.h"
 #include "NoGrants.h"
@@ -44,10 +45,7 @@ class DottedRasterizer final : public TextRasterizer {
       pixel[3] = 255;
     }
   }
-  static int letters(const std::string& text) {
-    return static_cast<int>(
-        std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
-  }
+  static int letters(const std::string& text) { return FakeRasterizer::letters(text); }
   /// What was drawn since the last call.
   std::vector<std::string> take() { return std::exchange(drawn, {}); }
 
@@ -126,6 +124,7 @@ struct Desk {
     s.pt2 = pt2;
     s.pt3 = pt3;
     rasterizer.take();
+    preferences.textColor.alpha -= 1e-9;  // so that no label is known already
     shapes.redrawSelectedShape(index);
     return rasterizer.take();
   }

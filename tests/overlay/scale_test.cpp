@@ -443,9 +443,9 @@ TEST_F(ScaleTest, LabelsStandAtTheFirstMarkOrBeforeIt) {
   };
   size = {1280, 720};
   calibrate(1000.0f);
+  rasterizer.drawn.clear();
   for (const auto& [type, left] :
        {Row{1, (1280 - 58) / 2 + 100 + 4}, Row{2, (1380 - 58) / 2 + 4}}) {
-    rasterizer.drawn.clear();
     draw(type);
     EXPECT_THAT(rasterizer.drawn, ElementsAre("0.1mm"));
     EXPECT_EQ(boxOf(_totalPoints, size), (Box{left, 367, left + 49, 386}));

@@ -115,6 +115,7 @@ TEST_F(TextPrimitivesTest, EveryLineIsScannedAsIfTheBitmapWereClean) {
   std::mt19937 random(3);
   const double widths[] = {0,       30,  0.99,   200.5,  1899.9, 1900, 30,     1901, 1920, 1,
                            5000.25, 100, 491499, 491500, 1e6,    12,   3839.5, 1899, 7};
+  int line = 0;
   for (const double width : widths) {
     std::vector<uint8_t> clean(size_t(kW) * kH * 4);
     std::vector<std::pair<size_t, uint32_t>> dots;
@@ -138,10 +139,10 @@ TEST_F(TextPrimitivesTest, EveryLineIsScannedAsIfTheBitmapWereClean) {
       ASSERT_EQ(bitmap.bytesPerRow, kW * 4);
       paint(bitmap.data);
     };
-    const std::string none;
+    const std::string another = std::to_string(++line);
     const ImagePoint point{123.456, 78.9};
     target.count = 0;
-    text.addTextLineToPointVector(target, {none, {}, kWhite}, point, {width, 20});
+    text.addTextLineToPointVector(target, {another, {}, kWhite}, point, {width, 20});
     SCOPED_TRACE(width);
     expectVertices(target, plainScan(clean, width, point, size));
     ASSERT_FALSE(HasFatalFailure());
@@ -183,6 +184,50 @@ TEST_F(TextPrimitivesTest, ASecondRedrawAllocatesNothing) {
   }
   EXPECT_EQ(target.data, block);
   EXPECT_EQ(target.size, room);
+}
+
+TEST_F(TextPrimitivesTest, ALabelIsRasterisedOnceForAllItsPlaces) {
+  place({100, 100});
+  place({100, 100});
+  const Box moved = place({333.25, 7});
+  EXPECT_THAT(rasterizer.drawn, ElementsAre("abc"));
+  EXPECT_THAT(rasterizer.measured, ElementsAre("abc"));
+  EXPECT_EQ(moved.left, 333 + 4);
+}
+
+TEST_F(TextPrimitivesTest, AnotherFontColourOrWidthIsAnotherLabel) {
+  place({100, 100});
+  preferences.font.pixelSize = 40;
+  place({100, 100});
+  EXPECT_THAT(rasterizer.drawn, ElementsAre("abc", "abc"));
+  EXPECT_EQ(rasterizer.lastFont.pixelSize, 40);
+
+  target.count = 0;
+  text.addTextToPointVector(target, "abc", {100, 100}, false, {0.5, 0, 0, 1});
+  EXPECT_EQ(rasterizer.drawn.size(), 3U);
+  EXPECT_EQ(target.data[0].color[0], 128.0f / 256.0f);
+  EXPECT_EQ(target.data[0].color[1], 0.0f);
+
+  const std::string abc = "abc";
+  target.count = 0;
+  text.addTextLineToPointVector(target, {abc, preferences.font, kWhite}, {100, 100}, {0, 20});
+  EXPECT_EQ(rasterizer.drawn.size(), 4U);
+  EXPECT_EQ(target.count, 18 * 20) << "of another width: only 20 columns are scanned";
+}
+
+TEST_F(TextPrimitivesTest, LabelsThatWereNotUsedForLongAreForgottenAndThoseInUseAreNot) {
+  const auto use = [this](const std::string& label) {
+    target.count = 0;
+    text.addTextToPointVector(target, label, {0, 0}, false, kWhite);
+  };
+  use("once");
+  for (int i = 0; i < 5000; ++i) {
+    use("always");
+    use(std::to_string(i));
+  }
+  EXPECT_EQ(std::count(rasterizer.drawn.begin(), rasterizer.drawn.end(), "always"), 1);
+  use("once");
+  EXPECT_EQ(std::count(rasterizer.drawn.begin(), rasterizer.drawn.end(), "once"), 2);
 }
 
 // The pixels of "abc" at (x, y) lie from x + 2 to x + 31 and from y - 25 to y - 6.

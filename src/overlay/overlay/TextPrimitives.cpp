@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "base/Truncate.h"
 #include "overlay/ClipSpace.h"
@@ -12,6 +13,11 @@ namespace tessary {
 namespace {
 
 constexpr int32_t kBitmapPixels = TextPrimitives::kBitmapWidth * TextPrimitives::kBitmapHeight;
+// For the labels of some thousand shapes; twice as much is kept at the most.
+constexpr size_t kKeptSizes = 4096;
+constexpr size_t kKeptPixels = 1 << 18;
+constexpr size_t kPixelsOfALabel = 16;  // what a label takes beside its pixels
+
 constexpr double kTextX = 2.0;
 constexpr double kBaseline = 5.0;  // above the bitmap's bottom edge
 
@@ -47,17 +53,18 @@ TextPrimitives::TextPrimitives(TextRasterizer& rasterizer, const Preferences& pr
     : rasterizer_(rasterizer),
       preferences_(preferences),
       cvTextureSize_(cvTextureSize),
-      _textBmpData(std::make_unique<uint8_t[]>(size_t{kBytesPerRow} * kBitmapHeight)) {}
+      _textBmpData(std::make_unique<uint8_t[]>(size_t{kBytesPerRow} * kBitmapHeight)),
+      sizes_(kKeptSizes),
+      litPixels_(kKeptPixels) {}
 
 Size TextPrimitives::measure(const TextLine& line) {
-  return rasterizer_.imageBounds(line.text, line.font);
+  // In any colour.
+  if (const Size* size = sizes_.find(LineView{line.text, line.font, {}, 0})) return *size;
+  return sizes_.add({line.text, line.font, {}, 0}, rasterizer_.imageBounds(line.text, line.font),
+                    1);
 }
 
-void TextPrimitives::addTextLineToPointVector(MyDataArray<PointVertex>& target,
-                                              const TextLine& line, ImagePoint point, Size size) {
-  const int32_t columns = scannedColumns(size.width);
-  if (columns <= 0) return;
-
+TextPrimitives::LitPixels TextPrimitives::scan(const TextLine& line, int32_t columns) {
   // Only what is scanned below need be cleared, however far the text of before reached.
   if (columns >= kBitmapWidth) {
     std::memset(_textBmpData.get(), 0, size_t{kBytesPerRow} * kBitmapHeight);
@@ -69,24 +76,51 @@ void TextPrimitives::addTextLineToPointVector(MyDataArray<PointVertex>& target,
   rasterizer_.drawLine(line.text, line.font, line.color, kTextX, kBaseline,
                        {_textBmpData.get(), kBitmapWidth, kBitmapHeight, kBytesPerRow});
 
-  const auto [width, height] = cvTextureSize_;
+  LitPixels lit;
   for (int32_t r = 0; r < kBitmapHeight; ++r) {
     const uint8_t* const row = rowOf(r);
     // A line wider than the bitmap is meant to read on into the rows below, to the end of the
     // block.
     const int32_t count = std::min(columns, kBitmapPixels - r * kBitmapWidth);
     if (!anyLit(row, count)) continue;
-    const float y = clipCoordinate(-point.y - r + 256.0 + height / 2, height);
     for (int32_t c = 0; c < count; ++c) {
       const uint8_t* const pixel = row + size_t(c) * 4;
-      if (!isLit(pixel)) continue;
-      const float x = clipCoordinate(point.x + c - width / 2, width);
-      // Divided by 256, not 255, and premultiplied as they stand.
-      const PointVertex vertex = {
-          {x, y, 0.0f, 1.0f},
-          {channel(pixel[0]), channel(pixel[1]), channel(pixel[2]), channel(pixel[3])}};
-      target.push_back(&vertex, 1);
+      if (isLit(pixel)) lit.push_back({c, r, {pixel[0], pixel[1], pixel[2], pixel[3]}});
     }
+  }
+  return lit;
+}
+
+const TextPrimitives::LitPixels& TextPrimitives::litPixels(const TextLine& line, int32_t columns) {
+  if (const LitPixels* lit = litPixels_.find(LineView{line.text, line.font, line.color, columns}))
+    return *lit;
+  LitPixels lit = scan(line, columns);
+  lit.shrink_to_fit();
+  const size_t weight = lit.size() + kPixelsOfALabel;
+  return litPixels_.add({line.text, line.font, line.color, columns}, std::move(lit), weight);
+}
+
+void TextPrimitives::addTextLineToPointVector(MyDataArray<PointVertex>& target,
+                                              const TextLine& line, ImagePoint point, Size size) {
+  const int32_t columns = scannedColumns(size.width);
+  if (columns <= 0) return;
+  const auto [width, height] = cvTextureSize_;
+  const LitPixels& lit = litPixels(line, columns);
+  const auto count = static_cast<int32_t>(lit.size());
+  target.insert(target.count, count);
+  PointVertex* vertex = target.data + target.count - count;
+  int32_t row = -1;
+  float y = 0.0f;
+  for (const LitPixel& pixel : lit) {
+    if (pixel.row != row) {
+      row = pixel.row;
+      y = clipCoordinate(-point.y - row + 256.0 + height / 2, height);
+    }
+    const float x = clipCoordinate(point.x + pixel.column - width / 2, width);
+    // Divided by 256, not 255, and premultiplied as they stand.
+    *vertex++ = {{x, y, 0.0f, 1.0f},
+                 {channel(pixel.color[0]), channel(pixel.color[1]), channel(pixel.color[2]),
+                  channel(pixel.color[3])}};
   }
 }
 
