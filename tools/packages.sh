@@ -11,7 +11,7 @@ test=(xvfb xauth openbox xdotool imagemagick x11-utils libumockdev-dev umockdev 
   clang-format python3 desktop-file-utils strace locales)
 abuse=(fuse3 libfuse3-dev)
 tidy=(clang-tidy)
-usb=(qemu-system-x86 busybox-static kmod cpio v4l-utils udev python3)
+usb=(qemu-system-x86 busybox-static kmod cpio v4l-utils udev python3 ffmpeg guvcview)
 
 wanted=()
 for group in "${@:-build}"; do

@@ -4,6 +4,8 @@
 //       "NUMBER LEFT BOTTOM" of the microscope's picture; 1: there is none
 //   screen moving FILE COUNT SECONDS
 //       waits for COUNT different pictures, prints them; 1: too few
+//   screen shown FILE SECONDS
+//       how many different pictures there were in that time; 1: none
 //   screen gone FILE SECONDS
 //       waits until there is no picture; 1: it stays
 //   screen plain FILE LEFT TOP WIDTH HEIGHT
@@ -70,6 +72,16 @@ bool moving(const FrameBuffer& screen, int count, int seconds) {
   return enough;
 }
 
+bool shown(const FrameBuffer& screen, int seconds) {
+  std::set<int> seen;
+  waitUntil(seconds, [&] {
+    if (const auto picture = findPicture(screen)) seen.insert(picture->number);
+    return false;
+  });
+  fmt::print("{}\n", seen.size());
+  return !seen.empty();
+}
+
 bool gone(const FrameBuffer& screen, int seconds) {
   // One look without a picture may have met the screen in the middle of a change.
   auto lastSeen = Clock::now();
@@ -100,6 +112,7 @@ bool run(const std::vector<std::string>& words) {
   const FrameBuffer screen(words[1]);
   if (is("number", 2)) return number(screen);
   if (is("moving", 4)) return moving(screen, numberArgument(words[2]), numberArgument(words[3]));
+  if (is("shown", 3)) return shown(screen, numberArgument(words[2]));
   if (is("gone", 3)) return gone(screen, numberArgument(words[2]));
   if (is("plain", 6))
     return plain(screen, numberArgument(words[2]), numberArgument(words[3]),

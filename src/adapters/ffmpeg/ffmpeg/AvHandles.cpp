@@ -1,9 +1,5 @@
 #include "ffmpeg/AvHandles.h"
 
-extern "C" {
-#include <libavutil/log.h>
-}
-
 #include <array>
 #include <mutex>
 #include <string_view>
@@ -26,7 +22,8 @@ void logAvError(void* object, int level, const char* format, va_list arguments) 
   if (level > AV_LOG_ERROR || isMuxer(object)) return;
   std::array<char, 512> text{};
   int atLineStart = 1;
-  av_log_format_line(object, level, format, arguments, text.data(), int(text.size()), &atLineStart);
+  ffmpeg().av_log_format_line(object, level, format, arguments, text.data(), int(text.size()),
+                              &atLineStart);
   std::string_view line(text.data());
   while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.remove_suffix(1);
   if (!line.empty()) log("FFmpeg: {}", line);
@@ -36,13 +33,13 @@ void logAvError(void* object, int level, const char* format, va_list arguments) 
 
 std::string avErrorText(int code) {
   std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
-  av_strerror(code, text.data(), text.size());
+  ffmpeg().av_strerror(code, text.data(), text.size());
   return text.data();
 }
 
 void routeAvLog() {
   static std::once_flag s_once;
-  std::call_once(s_once, [] { av_log_set_callback(logAvError); });
+  std::call_once(s_once, [] { ffmpeg().av_log_set_callback(logAvError); });
 }
 
 }  // namespace tessary

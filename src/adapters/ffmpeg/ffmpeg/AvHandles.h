@@ -1,29 +1,30 @@
 #pragma once
 // What libavcodec and libavformat hand out, each wrapped once.
 
-extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
-}
-
 #include <memory>
 #include <new>
 #include <string>
 
+#include "ffmpeg/Ffmpeg.h"
+
 namespace tessary {
 
 struct FreeAv {
-  void operator()(AVCodecContext* context) const noexcept { avcodec_free_context(&context); }
-  void operator()(AVFormatContext* context) const noexcept { avformat_free_context(context); }
-  void operator()(AVCodecParameters* parameters) const noexcept {
-    avcodec_parameters_free(&parameters);
+  void operator()(AVCodecContext* context) const noexcept {
+    ffmpeg().avcodec_free_context(&context);
   }
-  void operator()(AVFrame* frame) const noexcept { av_frame_free(&frame); }
-  void operator()(AVPacket* packet) const noexcept { av_packet_free(&packet); }
+  void operator()(AVFormatContext* context) const noexcept {
+    ffmpeg().avformat_free_context(context);
+  }
+  void operator()(AVCodecParameters* parameters) const noexcept {
+    ffmpeg().avcodec_parameters_free(&parameters);
+  }
+  void operator()(AVFrame* frame) const noexcept { ffmpeg().av_frame_free(&frame); }
+  void operator()(AVPacket* packet) const noexcept { ffmpeg().av_packet_free(&packet); }
   void operator()(AVIOContext* io) const noexcept {
     if (!io) return;
-    av_freep(&io->buffer);
-    avio_context_free(&io);
+    ffmpeg().av_freep(&io->buffer);
+    ffmpeg().avio_context_free(&io);
   }
 };
 
@@ -41,12 +42,12 @@ AvHandle<T> takeAv(T* allocated) {
 class AvOptions {
  public:
   AvOptions() = default;
-  ~AvOptions() { av_dict_free(&options_); }
+  ~AvOptions() { ffmpeg().av_dict_free(&options_); }
   AvOptions(const AvOptions&) = delete;
   AvOptions& operator=(const AvOptions&) = delete;
 
   void set(const char* key, const std::string& value) {
-    av_dict_set(&options_, key, value.c_str(), 0);
+    ffmpeg().av_dict_set(&options_, key, value.c_str(), 0);
   }
   AVDictionary** get() noexcept { return &options_; }
 

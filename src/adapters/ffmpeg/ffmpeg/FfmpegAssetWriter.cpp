@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "ffmpeg/Ffmpeg.h"
 #include "ffmpeg/MovieEncoder.h"
 #include "ffmpeg/MovieFile.h"
 #include "ffmpeg/MovieRecorder.h"
@@ -133,6 +134,11 @@ AssetWriterFactory makeFfmpegAssetWriterFactory() {
   return [](const std::string& path) -> Result<std::unique_ptr<AssetWriter>> {
     if (!std::filesystem::path(path).is_absolute())
       return Error{fmt::format("\"{}\" is not the whole path of a movie.", path)};
+    try {
+      ffmpeg();
+    } catch (const std::exception& error) {
+      return Error{fmt::format("Movies can't be made here: {}.", error.what())};
+    }
     return std::make_unique<FfmpegAssetWriter>(path);
   };
 }

@@ -12,23 +12,23 @@ constexpr int kBufferSize = 64 * 1024;
 }  // namespace
 
 MemoryIo::MemoryIo() {
-  auto* buffer = static_cast<unsigned char*>(av_malloc(kBufferSize));
+  auto* buffer = static_cast<unsigned char*>(ffmpeg().av_malloc(kBufferSize));
   if (!buffer) throw std::bad_alloc();
-  io_.reset(avio_alloc_context(buffer, kBufferSize, 1, this, nullptr, &write, &seek));
+  io_.reset(ffmpeg().avio_alloc_context(buffer, kBufferSize, 1, this, nullptr, &write, &seek));
   if (!io_) {
-    av_free(buffer);
+    ffmpeg().av_free(buffer);
     throw std::bad_alloc();
   }
 }
 
 void MemoryIo::keepFrom(int64_t position) {
-  avio_flush(io_.get());
+  ffmpeg().avio_flush(io_.get());
   keptFrom_ = position;
   kept_.clear();
 }
 
 std::vector<uint8_t> MemoryIo::take() {
-  avio_flush(io_.get());
+  ffmpeg().avio_flush(io_.get());
   keptFrom_ = position_;
   return std::exchange(kept_, {});
 }

@@ -28,7 +28,7 @@ constexpr int32_t kLargestSide = 16384;
 
 const AVCodec* findEncoder() {
   routeAvLog();
-  return avcodec_find_encoder_by_name("libx264");
+  return ffmpeg().avcodec_find_encoder_by_name("libx264");
 }
 
 }  // namespace
@@ -57,7 +57,7 @@ Result<std::unique_ptr<MovieEncoder>> MovieEncoder::make(const MovieSettings& se
   if (!opened) return Error{opened.error()};
   encoder->context_ = *std::move(opened);
   const AVCodecContext& context = *encoder->context_;
-  avcodec_parameters_from_context(encoder->parameters_.get(), &context);
+  ffmpeg().avcodec_parameters_from_context(encoder->parameters_.get(), &context);
 
   AVFrame& frame = *encoder->frame_;
   frame.format = context.pix_fmt;
@@ -68,15 +68,15 @@ Result<std::unique_ptr<MovieEncoder>> MovieEncoder::make(const MovieSettings& se
   frame.color_primaries = context.color_primaries;
   frame.color_trc = context.color_trc;
   frame.sample_aspect_ratio = context.sample_aspect_ratio;
-  if (av_frame_get_buffer(&frame, 0) < 0) throw std::bad_alloc();
+  if (ffmpeg().av_frame_get_buffer(&frame, 0) < 0) throw std::bad_alloc();
   return encoder;
 }
 
 MovieEncoder::MovieEncoder(const MovieSettings& settings, const EffortLadder& ladder)
     : settings_(settings),
       ladder_(ladder),
-      parameters_(takeAv(avcodec_parameters_alloc())),
-      frame_(takeAv(av_frame_alloc())),
+      parameters_(takeAv(ffmpeg().avcodec_parameters_alloc())),
+      frame_(takeAv(ffmpeg().av_frame_alloc())),
       meanInterval_(1e6 / settings.expectedSourceFrameRate) {}
 
 MovieEncoder::~MovieEncoder() {
@@ -87,7 +87,7 @@ MovieEncoder::~MovieEncoder() {
 
 Result<AvHandle<AVCodecContext>> MovieEncoder::open() const {
   const AVCodec* codec = findEncoder();
-  auto context = takeAv(avcodec_alloc_context3(codec));
+  auto context = takeAv(ffmpeg().avcodec_alloc_context3(codec));
   context->width = settings_.width;
   context->height = settings_.height;
   context->sample_aspect_ratio = {1, 1};
@@ -115,7 +115,7 @@ Result<AvHandle<AVCodecContext>> MovieEncoder::open() const {
   options.set("preset", ladder_.effort().preset);
   options.set("tune", "zerolatency");
   options.set("x264-params", ladder_.streamFeatures());
-  const int result = avcodec_open2(context.get(), codec, options.get());
+  const int result = ffmpeg().avcodec_open2(context.get(), codec, options.get());
   if (result < 0)
     return Error{fmt::format("The H.264 encoder can't be opened: {}.", avErrorText(result))};
   return context;
@@ -123,7 +123,7 @@ Result<AvHandle<AVCodecContext>> MovieEncoder::open() const {
 
 Result<void> MovieEncoder::encode(const PixelBuffer& picture, int64_t time, Packets& packets) {
   const auto begin = SteadyClock::now();
-  if (av_frame_make_writable(frame_.get()) < 0) throw std::bad_alloc();
+  if (ffmpeg().av_frame_make_writable(frame_.get()) < 0) throw std::bad_alloc();
   libyuv::ARGBToJ420(picture.data(), int(picture.bytesPerRow()), frame_->data[0],
                      frame_->linesize[0], frame_->data[1], frame_->linesize[1], frame_->data[2],
                      frame_->linesize[2], frame_->width, frame_->height);
@@ -194,10 +194,10 @@ Result<void> MovieEncoder::prepareKeyFrame(int64_t time, Packets& packets) {
 Result<void> MovieEncoder::drain(Packets& packets) { return send(nullptr, packets); }
 
 Result<void> MovieEncoder::send(const AVFrame* frame, Packets& packets) {
-  int result = avcodec_send_frame(context_.get(), frame);
+  int result = ffmpeg().avcodec_send_frame(context_.get(), frame);
   while (result >= 0) {
-    auto packet = takeAv(av_packet_alloc());
-    result = avcodec_receive_packet(context_.get(), packet.get());
+    auto packet = takeAv(ffmpeg().av_packet_alloc());
+    result = ffmpeg().avcodec_receive_packet(context_.get(), packet.get());
     if (result >= 0) packets.push_back(std::move(packet));
   }
   if (result == AVERROR(EAGAIN) || result == AVERROR_EOF) return {};

@@ -1,9 +1,5 @@
 #include "ffmpeg/MovieMuxer.h"
 
-extern "C" {
-#include <libavutil/opt.h>
-}
-
 #include <limits>
 #include <utility>
 
@@ -34,11 +30,12 @@ Result<std::unique_ptr<MovieMuxer>> MovieMuxer::make(const AVCodecParameters& pa
 }
 
 Result<void> MovieMuxer::openFragments(const AVCodecParameters& parameters, int32_t gap) {
-  if (auto copied = check(avcodec_parameters_copy(parameters_.get(), &parameters)); !copied)
+  if (auto copied = check(ffmpeg().avcodec_parameters_copy(parameters_.get(), &parameters));
+      !copied)
     return copied;
   // The muxer notes positions as it sees them; the gap moves them to where they are.
   const std::vector<uint8_t> filler(size_t(gap), 0);
-  avio_write(fragmentsIo_.io(), filler.data(), gap);
+  ffmpeg().avio_write(fragmentsIo_.io(), filler.data(), gap);
   fragmentsIo_.keepFrom(gap);
   fragmentsIo_.io()->seekable = 0;
 
@@ -57,22 +54,22 @@ std::vector<uint8_t> MovieMuxer::head() { return std::exchange(head_, {}); }
 
 Result<AvHandle<AVFormatContext>> MovieMuxer::open(MemoryIo& io, AvOptions& options) {
   AVFormatContext* allocated = nullptr;
-  int result = avformat_alloc_output_context2(&allocated, nullptr, "mov", nullptr);
+  int result = ffmpeg().avformat_alloc_output_context2(&allocated, nullptr, "mov", nullptr);
   AvHandle<AVFormatContext> format(allocated);
   if (auto made = check(result); !made) return Error{made.error()};
   format->pb = io.io();
   format->flags |= AVFMT_FLAG_CUSTOM_IO;
   format->avoid_negative_ts = AVFMT_AVOID_NEG_TS_DISABLED;  // it would move the first frame to 0
-  av_dict_set(&format->metadata, "creation_time", creationTime_.c_str(), 0);
+  ffmpeg().av_dict_set(&format->metadata, "creation_time", creationTime_.c_str(), 0);
 
-  AVStream* stream = avformat_new_stream(format.get(), nullptr);
+  AVStream* stream = ffmpeg().avformat_new_stream(format.get(), nullptr);
   if (!stream) throw std::bad_alloc();
-  result = avcodec_parameters_copy(stream->codecpar, parameters_.get());
+  result = ffmpeg().avcodec_parameters_copy(stream->codecpar, parameters_.get());
   stream->time_base = MovieEncoder::kTimeBase;
   stream->sample_aspect_ratio = parameters_->sample_aspect_ratio;
   options.set("video_track_timescale", "1000000");
   options.set("movie_timescale", "1000000");
-  if (result >= 0) result = avformat_write_header(format.get(), options.get());
+  if (result >= 0) result = ffmpeg().avformat_write_header(format.get(), options.get());
   if (auto begun = check(result); !begun) return Error{begun.error()};
   return format;
 }
@@ -91,11 +88,11 @@ Result<void> MovieMuxer::openContents(int64_t firstTime) {
 Result<std::vector<uint8_t>> MovieMuxer::fragment(Packets packets, int64_t lastDuration) {
   // Each fragment is to begin at its first frame's own time. By itself the muxer would let it begin
   // where the last one's durations end.
-  int result = av_opt_set(fragments_->priv_data, "movflags", "+frag_discont", 0);
+  int result = ffmpeg().av_opt_set(fragments_->priv_data, "movflags", "+frag_discont", 0);
   packets.back()->duration = lastDuration;
   for (size_t i = 0; result >= 0 && i < packets.size(); ++i)
-    result = av_write_frame(fragments_.get(), packets[i].get());
-  if (result >= 0) result = av_write_frame(fragments_.get(), nullptr);
+    result = ffmpeg().av_write_frame(fragments_.get(), packets[i].get());
+  if (result >= 0) result = ffmpeg().av_write_frame(fragments_.get(), nullptr);
   std::vector<uint8_t> bytes = fragmentsIo_.take();
   if (result >= 0) result = fragmentsIo_.io()->error;
   if (auto written = check(result); !written) return Error{written.error()};
@@ -117,7 +114,7 @@ Result<void> MovieMuxer::place(Packets packets) {
   placedEnd_ = end_;
   for (const auto& packet : packets) {
     if (auto placed = placeHeld(); !placed) return placed;
-    held_ = takeAv(av_packet_clone(packet.get()));
+    held_ = takeAv(ffmpeg().av_packet_clone(packet.get()));
   }
   return {};
 }
@@ -125,9 +122,9 @@ Result<void> MovieMuxer::place(Packets packets) {
 /// The frames of a fragment lie one behind the other; how large each became is the muxers' matter.
 Result<void> MovieMuxer::placeHeld() {
   if (!held_) return {};
-  avio_seek(contentsIo_.io(), heldAt_, SEEK_SET);
-  auto written = check(av_write_frame(contents_.get(), held_.get()));
-  heldAt_ = avio_tell(contentsIo_.io());
+  ffmpeg().avio_seek(contentsIo_.io(), heldAt_, SEEK_SET);
+  auto written = check(ffmpeg().av_write_frame(contents_.get(), held_.get()));
+  heldAt_ = ffmpeg().avio_seek(contentsIo_.io(), 0, SEEK_CUR);
   held_.reset();
   return written;
 }
@@ -137,7 +134,7 @@ Result<std::vector<uint8_t>> MovieMuxer::contents(int64_t lastDuration) {
   held_->duration = lastDuration;
   if (auto placed = placeHeld(); !placed) return Error{placed.error()};
   contentsIo_.keepFrom(heldAt_);
-  int result = av_write_trailer(contents_.get());
+  int result = ffmpeg().av_write_trailer(contents_.get());
   if (result >= 0) result = contentsIo_.io()->error;
   if (auto written = check(result); !written) return Error{written.error()};
   return contentsIo_.take();

@@ -51,7 +51,7 @@ class MovieMuxer {
   Result<AvHandle<AVFormatContext>> open(MemoryIo& io, AvOptions& options);
   Result<void> placeHeld();
 
-  const AvHandle<AVCodecParameters> parameters_ = takeAv(avcodec_parameters_alloc());
+  const AvHandle<AVCodecParameters> parameters_ = takeAv(ffmpeg().avcodec_parameters_alloc());
   const std::string creationTime_;
   MemoryIo fragmentsIo_;
   AvHandle<AVFormatContext> fragments_;
