@@ -1,12 +1,9 @@
-# Everything this project stands on, all from the distribution (the list that installs them is
-# tools/packages.sh).
+# Everything this project stands on, all from the distribution (tools/packages.sh installs it).
 find_package(Threads REQUIRED)
 find_package(PkgConfig REQUIRED)
 find_package(fmt REQUIRED)
-find_package(GTest REQUIRED)
 find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Widgets OpenGL OpenGLWidgets)
 pkg_check_modules(epoxy REQUIRED IMPORTED_TARGET epoxy)
-pkg_check_modules(egl REQUIRED IMPORTED_TARGET egl)
 pkg_check_modules(turbojpeg REQUIRED IMPORTED_TARGET libturbojpeg)
 pkg_check_modules(png REQUIRED IMPORTED_TARGET libpng)
 find_package(ZLIB REQUIRED)
@@ -17,4 +14,9 @@ find_path(YUV_INCLUDE_DIR libyuv.h REQUIRED)
 add_library(tessary_libyuv INTERFACE)
 target_include_directories(tessary_libyuv SYSTEM INTERFACE ${YUV_INCLUDE_DIR})
 target_link_libraries(tessary_libyuv INTERFACE ${YUV_LIBRARY})
-include(GoogleTest)
+
+if(TESSARY_TESTS OR TESSARY_BENCH)
+  find_package(GTest REQUIRED)
+  pkg_check_modules(egl REQUIRED IMPORTED_TARGET egl)
+  include(GoogleTest)
+endif()

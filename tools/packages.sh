@@ -1,16 +1,20 @@
 #!/usr/bin/env bash
 # Installs what is missing of the packages that this project needs, as root or with sudo.
-#   tools/packages.sh [build] [test] [abuse] [tidy] [usb]     default: build
+#   tools/packages.sh [build] [test] [abuse] [tidy] [usb] [package] [package-test]
+#          default: build
 set -euo pipefail
 
-build=(g++ cmake ninja-build pkg-config qt6-base-dev libqt6opengl6-dev libgl-dev libegl-dev
-  libxcb1-dev libepoxy-dev libturbojpeg0-dev libyuv-dev libpng-dev libavcodec-dev libavformat-dev
-  libavutil-dev libudev-dev libfmt-dev libgtest-dev libgmock-dev libbenchmark-dev
+# What the programs are built with is said once, in debian/control.
+mapfile -t sources < <(sed -n '/^Build-Depends:/,/^[^ ]/s/^ \([a-z0-9.+-]*\).*/\1/p' \
+  "$(dirname "$0")/../debian/control" | grep -vx debhelper-compat)
+build=(g++ "${sources[@]}" libegl-dev libxcb1-dev libgtest-dev libgmock-dev libbenchmark-dev
   fonts-open-sans libqt6svg6 libgl1-mesa-dri libegl-mesa0)
 test=(xvfb xauth openbox xdotool imagemagick x11-utils libumockdev-dev umockdev dbus-x11 ffmpeg
   clang-format python3 desktop-file-utils strace locales)
 abuse=(fuse3 libfuse3-dev)
 tidy=(clang-tidy)
+package=(build-essential "${sources[@]}" debhelper lintian)
+package_test=(autopkgtest mmdebstrap)
 usb=(qemu-system-x86 busybox-static kmod cpio v4l-utils udev python3 ffmpeg guvcview)
 
 wanted=()
@@ -21,7 +25,9 @@ for group in "${@:-build}"; do
     abuse) wanted+=("${abuse[@]}") ;;
     tidy) wanted+=("${tidy[@]}") ;;
     usb) wanted+=("${usb[@]}") ;;
-    *) echo "tools/packages.sh: no group '$group' (build, test, abuse, tidy, usb)" >&2; exit 2 ;;
+    package) wanted+=("${package[@]}") ;;
+    package-test) wanted+=("${package_test[@]}") ;;
+    *) echo "tools/packages.sh: no group '$group' (build, test, abuse, tidy, usb, package, package-test)" >&2; exit 2 ;;
   esac
 done
 

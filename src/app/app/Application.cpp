@@ -8,6 +8,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/RendererChoice.h"
+#include "base/Version.h"
 
 /// Icons and help lie in a library, so the linker has to be told that they are wanted. Outside any
 /// namespace, as the macro demands.
@@ -37,7 +38,8 @@ std::unique_ptr<QApplication> makeApplication(int& argc, char** argv, const std:
   QPixmapCache::setCacheLimit(kScaledIcons);
   initResources();
   QApplication::setApplicationName(QString::fromStdString(name));
-  QApplication::setApplicationVersion(QStringLiteral(TESSARY_VERSION));
+  QApplication::setApplicationVersion(
+      QString::fromUtf8(version().data(), qsizetype(version().size())));
   // What the user reads is one name; settings and desktop file go by the program's own.
   QApplication::setApplicationDisplayName(QStringLiteral("Tessary"));
   QApplication::setDesktopFileName(QString::fromStdString(name));
