@@ -10,7 +10,8 @@ mapfile -t sources < <(sed -n '/^Build-Depends:/,/^[^ ]/s/^ \([a-z0-9.+-]*\).*/\
 build=(g++ "${sources[@]}" libegl-dev libxcb1-dev libgtest-dev libgmock-dev libbenchmark-dev
   fonts-open-sans libqt6svg6 libgl1-mesa-dri libegl-mesa0)
 test=(xvfb xauth openbox xdotool imagemagick x11-utils libumockdev-dev umockdev dbus-x11 ffmpeg
-  clang-format python3 desktop-file-utils strace locales)
+  clang-format python3 desktop-file-utils strace locales appstream bash-completion groff-base
+  librsvg2-bin)
 abuse=(fuse3 libfuse3-dev)
 tidy=(clang-tidy)
 package=(build-essential "${sources[@]}" debhelper lintian)

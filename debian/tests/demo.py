@@ -26,8 +26,7 @@ def stream(path):
     return only
 
 
-def main():
-    home = tempfile.mkdtemp()
+def use(home):
     os.environ['HOME'] = home
     folder = os.path.join(home, 'Pictures', 'Samples')
     os.makedirs(folder)
@@ -38,8 +37,8 @@ def main():
     program = Program('tessary-demo', os.path.join(home, 'log'))
     try:
         program.wait_for_picture(WIDTH, HEIGHT)
-        colours = len({program.picture().at(x, y) for x in range(0, WIDTH, 4)
-                       for y in range(0, HEIGHT, 4)})
+        picture = program.picture()
+        colours = len({picture.at(x, y) for x in range(0, WIDTH, 4) for y in range(0, HEIGHT, 4)})
         check(colours > 1000, f'{colours} colours are no picture')
         print(f'a picture of {colours} colours')
 
@@ -56,19 +55,21 @@ def main():
         program.dialog('Record')
         key('Return')
         movie, = wait_for('the movie to begin', lambda: saved('mp4'))
-        wait_for('a second of it', lambda: os.path.getsize(movie) > 200_000)
+        wait_for('a megabyte of it', lambda: os.path.getsize(movie) > 1_000_000)
         key('Return')
         program.no_dialog('Record')
-        frames = int(stream(movie)['nb_read_frames'])
-        check(frames > 5, f'{frames} frames are no movie')
-        print(f'a movie of {frames} frames')
 
         key('ctrl+q')
         check(program.wait_for_end() == 0, 'it ended badly')
+
+        frames = int(stream(movie)['nb_read_frames'])
+        check(frames > 5, f'{frames} frames are no movie')
+        print(f'a movie of {frames} frames')
     finally:
         program.end()
         with open(program.log.name, encoding='utf-8') as log:
             print(log.read(), file=sys.stderr)
 
 
-main()
+with tempfile.TemporaryDirectory() as new_home:
+    use(new_home)
