@@ -100,6 +100,30 @@ TEST_F(CalibrationList, OpensOnTheGivenRow) {
   }
 }
 
+TEST_F(CalibrationList, F2RenamesFromEveryCellOfTheRow) {
+  for (const int column : {0, 1, 4}) {
+    SCOPED_TRACE(column);
+    show(0);
+    clickCell(3, column);
+    ASSERT_TRUE(waitUntil([&] { return table().currentIndex().column() == column; }));
+    key("F2");
+    ASSERT_TRUE(waitForNameField());
+    EXPECT_EQ(nameField()->text(), "4x");
+    key("Escape");
+    ASSERT_TRUE(waitUntil([&] { return !nameField(); }));
+    dialog->close();
+  }
+}
+
+TEST_F(CalibrationList, ALetterDoesNotChangeWhatReturnApplies) {
+  show(3);
+  table().setCurrentIndex(table().model()->index(3, 1));
+  xdotool({"type", "la"});  // "lens" and "last" begin so
+  key("Return");
+  EXPECT_TRUE(ended());
+  EXPECT_EQ(completed, Completed({{3, false}}));
+}
+
 TEST_F(CalibrationList, TheRowInWorkFollowsTheSelection) {
   show(0);
   clickCell(4, 2);

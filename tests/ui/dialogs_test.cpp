@@ -247,7 +247,7 @@ TEST(Commands, WithoutASessionFourAreAvailableOnTheToolbarAndInTheMenuAlike) {
        {"Help Item Identifier", kOptions, kMicroscope, "Folder Item Identifier"})
     EXPECT_TRUE(program.isEnabled(identifier)) << identifier;
   const auto menus = program.window().menuBar()->actions();
-  ASSERT_EQ(menus.size(), 4);
+  ASSERT_EQ(menus.size(), 5);
   for (const MenuEntry& entry : menuItems()) {
     const QAction* action = menus[entry.menu]->menu()->actions()[entry.position];
     EXPECT_EQ(action->objectName(), identifierOf(entry.command));
@@ -338,7 +338,7 @@ TEST(Commands, TheToolbarHasItsTwentyFourEntriesInTheirOrder) {
 TEST(Commands, TheMenuHasEighteenOfThemAtTheirPlaces) {
   Program program(Start{.plugged = false});
   const auto menus = program.window().menuBar()->actions();
-  ASSERT_EQ(menus.size(), 4);
+  ASSERT_EQ(menus.size(), 5);
   const char* const microscope[] = {"Microscope Item Identifier", "Folder Item Identifier", nullptr,
                                     "Shutter Item Identifier", "Record Item Identifier"};
   const char* const measure[] = {"Calibration Item Identifier",

@@ -25,13 +25,13 @@ TEST(TabOrder, FollowsTheEye) {
     const char* title;
     std::vector<std::string> order;
   } rows[] = {
-      {{"ctrl+m"}, "Microscope", {"OK", "Cancel", "microscopeFld", "resolutionFld"}},
+      {{"ctrl+m"}, "Microscope", {"microscopeFld", "resolutionFld", "OK", "Cancel"}},
       {{"ctrl+comma"},
        "Options",
-       {"OK", "Cancel", "gridColorFld", "lineColorFld", "textColorFld", "textSizeFld", "folderFld",
-        "photoFormatFld"}},
+       {"gridColorFld", "lineColorFld", "textColorFld", "textSizeFld", "folderFld",
+        "photoFormatFld", "OK", "Cancel"}},
       {{"ctrl+t"}, "Text", {"textFld", "OK", "Cancel"}},
-      {{"ctrl+r"}, "Record", {"startBtn", "closeBtn", "limitFld"}},
+      {{"ctrl+r"}, "Record", {"limitFld", "startBtn", "closeBtn"}},
       {{"ctrl+k"},
        "Calibrations",
        {"calibrations", "renameBtn", "deleteBtn", "calibrateBtn", "applyBtn", "closeBtn"}},

@@ -1,5 +1,6 @@
 #include "ui/CalibrationListWindowController.h"
 
+#include <QtGui/QKeyEvent>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QLineEdit>
 
@@ -35,6 +36,7 @@ CalibrationListWindowController::~CalibrationListWindowController() = default;
 
 void CalibrationListWindowController::layOutTable() {
   QTableView& table = *ui_->calibrations;
+  table.installEventFilter(this);
   QHeaderView& header = *table.horizontalHeader();
   table.setModel(model_);
   table.resizeColumnsToContents();
@@ -46,6 +48,19 @@ void CalibrationListWindowController::layOutTable() {
   table.setMinimumHeight(header.sizeHint().height() +
                          model_->rowCount() * table.verticalHeader()->defaultSectionSize() +
                          2 * table.frameWidth());
+}
+
+bool CalibrationListWindowController::eventFilter(QObject* watched, QEvent* event) {
+  if (watched != ui_->calibrations || event->type() != QEvent::KeyPress)
+    return Dialog::eventFilter(watched, event);
+  const auto& key = static_cast<const QKeyEvent&>(*event);
+  if (key.key() == Qt::Key_F2) {
+    renameClicked();
+    return true;
+  }
+  // The table would look for a name that begins so, and select its row: what Enter applies.
+  const bool typed = !key.text().isEmpty() && key.text().front().isPrint();
+  return typed && !(key.modifiers() & (Qt::ControlModifier | Qt::AltModifier));
 }
 
 void CalibrationListWindowController::setEditingItem(int32_t row) {

@@ -40,6 +40,10 @@ class CalibrationListWindowController final : public Dialog {
 
   void reject() override { closeClicked(); }
 
+ protected:
+  /// The table's keys: F2 renames from every cell of a row, and letters select nothing.
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
  private:
   void layOutTable();
   void renameClicked();

@@ -29,6 +29,7 @@ QPixmap swatchOf(const QColor& color) {
 }  // namespace
 
 ColorWell::ColorWell(QWidget* parent) : QPushButton(parent) {
+  setAutoDefault(false);  // Return is for the dialog that it is in
   connect(this, &QPushButton::clicked, this, &ColorWell::chooseColor);
 }
 
@@ -41,6 +42,7 @@ void ColorWell::setColor(const Color& color) {
 void ColorWell::chooseColor() {
   auto* dialog = new QColorDialog(displayColor(color_), this);
   dialog->setAttribute(Qt::WA_DeleteOnClose);
+  dialog->setWindowTitle(accessibleName());
   connect(dialog, &QColorDialog::colorSelected, this, [this](const QColor& chosen) {
     setColor({chosen.redF(), chosen.greenF(), chosen.blueF(), 1.0});
   });

@@ -35,6 +35,7 @@ struct CommandInfo {
   const char* label;
   const char* paletteLabel;
   const char* toolTip;
+  const char* menuTitle;  ///< An "&" before the letter of its key; dots where a dialog opens.
   const char* imageName;
 };
 

@@ -17,7 +17,7 @@ MicroscopeWindowController::MicroscopeWindowController(QWidget* parent)
   connect(ui_->buttonBox, &QDialogButtonBox::rejected, this,
           &MicroscopeWindowController::cancelClicked);
   refreshMicroscopes();
-  ui_->buttonBox->button(QDialogButtonBox::Ok)->setFocus();
+  ui_->microscopeFld->setFocus();
 }
 
 MicroscopeWindowController::~MicroscopeWindowController() = default;

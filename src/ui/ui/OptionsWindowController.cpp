@@ -1,5 +1,6 @@
 #include "ui/OptionsWindowController.h"
 
+#include <QtGui/QShortcut>
 #include <QtWidgets/QFileDialog>
 
 #include "ui/FloatingLevel.h"
@@ -30,6 +31,9 @@ OptionsWindowController::~OptionsWindowController() = default;
 
 void OptionsWindowController::windowDidLoad() {
   new FloatingLevel(*this);
+  connect(new QShortcut(Qt::CTRL | Qt::Key_W, this), &QShortcut::activated, this,
+          &OptionsWindowController::cancelClicked);
+  ui_->gridColorFld->setFocus();
   ui_->gridColorFld->setColor(preferences_.gridColor);
   ui_->lineColorFld->setColor(preferences_.lineColor);
   ui_->textColorFld->setColor(preferences_.textColor);

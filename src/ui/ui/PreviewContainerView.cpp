@@ -1,5 +1,7 @@
 #include "ui/PreviewContainerView.h"
 
+#include <QtGui/QWheelEvent>
+
 namespace tessary {
 
 PreviewContainerView::PreviewContainerView() {
@@ -13,6 +15,13 @@ PreviewContainerView::PreviewContainerView() {
 void PreviewContainerView::resizeEvent(QResizeEvent* event) {
   QWidget::resizeEvent(event);
   emit frameDidChange();
+}
+
+void PreviewContainerView::wheelEvent(QWheelEvent* event) {
+  wheelAngle_ += event->angleDelta().y();
+  const int steps = wheelAngle_ / QWheelEvent::DefaultDeltasPerStep;
+  wheelAngle_ %= QWheelEvent::DefaultDeltasPerStep;
+  if (steps != 0) emit wheelDidTurn(steps);
 }
 
 }  // namespace tessary

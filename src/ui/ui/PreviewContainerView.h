@@ -13,9 +13,15 @@ class PreviewContainerView final : public QWidget {
  signals:
   /// Its size has changed.
   void frameDidChange();
+  /// The wheel was turned over the picture, forwards if positive.
+  void wheelDidTurn(int steps);
 
  protected:
   void resizeEvent(QResizeEvent* event) override;
+  void wheelEvent(QWheelEvent* event) override;
+
+ private:
+  int wheelAngle_ = 0;  ///< Eighths of a degree that make no step yet.
 };
 
 }  // namespace tessary

@@ -95,6 +95,14 @@ void PreviewControls::zoomSliderAct() {
   showZoom();
 }
 
+void PreviewControls::stepZoomSlider(int steps) { setZoomSlider(zoomSlider->value() + steps); }
+
+void PreviewControls::setZoomSlider(int step) {
+  const int before = zoomSlider->value();
+  zoomSlider->setValue(step);
+  if (zoomSlider->value() == before) zoomSliderAct();  // as a click on the knob
+}
+
 void PreviewControls::previewViewLocationDidChange(ViewPoint location) {
   setQuietly(*horizontalSlider, int(location.x));
   setQuietly(*verticalSlider, int(verticalSlider->maximum() - location.y));

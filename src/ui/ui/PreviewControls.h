@@ -23,6 +23,10 @@ class PreviewControls final : public QObject {
   void previewViewZoomDidChange();
   void containerViewFrameDidChange();
 
+  /// Moves the zoom slider, as a hand would.
+  void stepZoomSlider(int steps);
+  void setZoomSlider(int step);
+
   /// "640x480  fps:30"; `videoFrameRate` in frames a second is rounded, halves away from zero.
   void showStatus(const Resolution& resolution, float videoFrameRate);
   /// Blanks both texts.

@@ -48,6 +48,11 @@ PreviewWindowController::PreviewWindowController(Dependencies dependencies)
   connect(&window_, &MainWindow::didResize, this, &PreviewWindowController::windowDidResize);
   connect(&window_, &MainWindow::keyDown, this, [this](QKeyEvent* event) { keyDown(*event); });
   connect(&toolbar, &Toolbar::commandDidClick, this, &PreviewWindowController::perform);
+  connect(&toolbar, &Toolbar::zoomDidStep, &controls_, &PreviewControls::stepZoomSlider);
+  connect(&toolbar, &Toolbar::zoomDidReset, &controls_,
+          [this] { controls_.setZoomSlider(kZoom100); });
+  connect(&containerView, &PreviewContainerView::wheelDidTurn, &controls_,
+          &PreviewControls::stepZoomSlider);
   toolbar.setupToolbar();
   toolbar.setupMenuItems();  // before the window shows, so that it does not jump
   window_.setWindowTitle(QString());

@@ -34,7 +34,7 @@ void RecordWindowController::windowDidLoad() {
     ui_->limitFld->addItem(QString::fromUtf8(title.data(), qsizetype(title.size())));
   // A stored limit that is not in the table stays in force until the user chooses one.
   ui_->limitFld->setCurrentIndex(int(recordLimitIndex(preferences_.maxRecord)));
-  ui_->startBtn->setFocus();
+  ui_->limitFld->setFocus();
   // At the top, as a sheet: the middle of the picture is what is being recorded.
   placeBelowTitle(*this, *parentWidget());
 }

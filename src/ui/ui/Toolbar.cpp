@@ -1,6 +1,8 @@
 #include "ui/Toolbar.h"
 
 #include <QtGui/QAction>
+#include <QtGui/QKeyEvent>
+#include <QtGui/QShortcut>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QMainWindow>
 #include <QtWidgets/QMenu>
@@ -14,6 +16,7 @@ namespace {
 
 constexpr int kIconSize = 24;
 constexpr int kAboutIconSize = 64;
+const QKeySequence kQuitKey(Qt::CTRL | Qt::Key_Q);
 
 /// Keys that take nothing from the picture's own (Space, Delete and Backspace).
 QKeySequence shortcut(Command command) {
@@ -28,11 +31,18 @@ QKeySequence shortcut(Command command) {
     case Command::Crosshair: return QKeySequence(Qt::CTRL | Qt::Key_1);
     case Command::Grid: return QKeySequence(Qt::CTRL | Qt::Key_2);
     case Command::Concentric: return QKeySequence(Qt::CTRL | Qt::Key_3);
+    case Command::Line: return QKeySequence(Qt::CTRL | Qt::Key_4);
+    case Command::Line2: return QKeySequence(Qt::CTRL | Qt::Key_5);
+    case Command::Circle: return QKeySequence(Qt::CTRL | Qt::Key_6);
+    case Command::Rectangle: return QKeySequence(Qt::CTRL | Qt::Key_7);
+    case Command::Angle: return QKeySequence(Qt::CTRL | Qt::Key_8);
+    case Command::Pencil: return QKeySequence(Qt::CTRL | Qt::Key_9);
     case Command::Text: return QKeySequence(Qt::CTRL | Qt::Key_T);
     case Command::Drag: return QKeySequence(Qt::Key_Escape);
     case Command::DeleteLast: return QKeySequence(Qt::CTRL | Qt::Key_Z);
-    default: return {};
+    case Command::DeleteAll: return QKeySequence(Qt::CTRL | Qt::Key_D);
   }
+  return {};
 }
 
 QWidget* makeFlexibleSpace(QWidget* parent) {
@@ -45,7 +55,8 @@ QWidget* makeFlexibleSpace(QWidget* parent) {
 
 Toolbar::Toolbar(QMainWindow& window) : window_(window) {
   for (const CommandInfo& info : allCommands()) {
-    auto* action = new QAction(tr(info.label), this);
+    auto* action = new QAction(tr(info.menuTitle), this);
+    action->setIconText(tr(info.label));
     action->setObjectName(QString::fromLatin1(info.identifier));
     action->setToolTip(tr(info.toolTip));
     action->setIcon(QIcon(QStringLiteral(":/icons/%1.svg").arg(QLatin1String(info.imageName))));
@@ -87,11 +98,38 @@ void Toolbar::setupMenuItems() {
   application->addAction(&action(Command::Options));
   application->addSeparator();
   // All of them: a help or options window would keep the program running.
-  application->addAction(tr("&Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q), qApp,
-                         &QApplication::closeAllWindows);
+  application->addAction(tr("&Quit"), kQuitKey, qApp, &QApplication::closeAllWindows);
+  qApp->installEventFilter(this);
   fillMenu(1, *bar.addMenu(tr("&Microscope")));
   fillMenu(2, *bar.addMenu(tr("M&easure")));
+  fillViewMenu(*bar.addMenu(tr("&View")));
   bar.addMenu(tr("&Help"))->addAction(&action(Command::Help));
+}
+
+void Toolbar::fillViewMenu(QMenu& menu) {
+  const auto add = [&](const QString& title, const QList<QKeySequence>& keys,
+                       std::function<void()> perform) {
+    menu.addAction(title, this, std::move(perform))->setShortcuts(keys);
+  };
+  // On most keyboards the plus is typed with Shift, above the equals sign.
+  add(tr("Zoom &In"), {QKeySequence::ZoomIn, Qt::CTRL | Qt::Key_Equal},
+      [this] { emit zoomDidStep(1); });
+  add(tr("Zoom &Out"), {QKeySequence::ZoomOut}, [this] { emit zoomDidStep(-1); });
+  add(tr("&100 Percent"), {Qt::CTRL | Qt::Key_0}, [this] { emit zoomDidReset(); });
+  menu.addSeparator();
+  add(tr("&Full Screen"), {Qt::Key_F11},
+      [this] { window_.setWindowState(window_.windowState() ^ Qt::WindowFullScreen); });
+  auto* openMenu = new QShortcut(Qt::Key_F10, &window_);
+  connect(openMenu, &QShortcut::activated, this,
+          [&bar = *window_.menuBar()] { bar.setActiveAction(bar.actions().constFirst()); });
+}
+
+bool Toolbar::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() != QEvent::KeyPress || !watched->isWindowType()) return false;
+  const auto& key = static_cast<const QKeyEvent&>(*event);
+  if (QKeySequence(key.keyCombination()) != kQuitKey) return false;
+  QMetaObject::invokeMethod(qApp, &QApplication::closeAllWindows, Qt::QueuedConnection);
+  return true;
 }
 
 void Toolbar::showAbout() {

@@ -22,7 +22,8 @@ class Toolbar final : public QObject {
 
   /// Puts the toolbar's twenty-four entries into the window.
   void setupToolbar();
-  /// Builds the main menu: application, microscope, measuring, help.
+  /// Builds the main menu: application, microscope, measuring, view, help. The key that quits then
+  /// does so in every window, also in one that keeps the others from their keys.
   void setupMenuItems();
   /// Works out anew which commands are available; `validate` is the one rule of that.
   void validateItems(const std::function<bool(Command)>& validate);
@@ -31,9 +32,16 @@ class Toolbar final : public QObject {
  signals:
   /// The user chose a command, by button, menu or key.
   void commandDidClick(Command command);
+  /// The user wants the zoom so many steps larger, or 100 percent.
+  void zoomDidStep(int steps);
+  void zoomDidReset();
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
   void fillMenu(int menu, QMenu& target);
+  void fillViewMenu(QMenu& menu);
   void showAbout();
 
   QMainWindow& window_;
