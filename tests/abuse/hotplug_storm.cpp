@@ -330,9 +330,11 @@ class Storm {
   MicroscopeList microscopes_;
   std::shared_ptr<MicroscopeInfo> currMicroscope_;
   MicroscopeCatalogue catalogue_{*system_, microscopes_};
+  RememberedControls remembered_{defaults_};
+  CameraControlBoard controls_{*system_, remembered_};
   std::unique_ptr<CaptureController> controller_ = std::make_unique<CaptureController>(
       CaptureController::Dependencies{*system_, catalogue_, currMicroscope_, preferences_,
-                                      mainQueue_, host_, host_, failureListener_});
+                                      mainQueue_, host_, host_, failureListener_, controls_});
 
   std::unique_ptr<V4l2CaptureSystem> makeSystem() {
     auto nodes = std::make_unique<Nodes>();

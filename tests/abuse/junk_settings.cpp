@@ -22,6 +22,7 @@
 #include "qt/QtKeyValueStore.h"
 #include "settings/PathGrants.h"
 #include "settings/Preferences.h"
+#include "settings/RememberedControls.h"
 #include "settings/UserDefaults.h"
 
 namespace tessary {
@@ -33,10 +34,10 @@ constexpr int64_t kMemoryAllowed = 1'000'000'000;  // what was freed is kept for
 constexpr int64_t kMemoryAllowed = 32'000'000;
 #endif
 
-constexpr const char* kKeys[] = {"gridColor", "lineColor",   "textColor",   "textSize",
-                                 "imagePNG",  "maxRecord",   "uniqueID",    "videoType",
-                                 "width",     "height",      "imagePath",   "General",
-                                 "%",         "calibration", "calibrations"};
+constexpr const char* kKeys[] = {"gridColor", "lineColor",   "textColor",    "textSize",
+                                 "imagePNG",  "maxRecord",   "uniqueID",     "videoType",
+                                 "width",     "height",      "imagePath",    "General",
+                                 "%",         "calibration", "calibrations", "cameraControls"};
 
 /// In memory, where there is such a folder.
 std::filesystem::path temporaryFolder() {
@@ -209,7 +210,7 @@ int run(const Trial& trial) {
   const PathGrants grants;
   std::string text;
   bool inFile = true;
-  const auto load = [&](const std::function<void(Preferences&)>& use) {
+  const auto load = [&](const std::function<void(Preferences&, RememberedControls&)>& use) {
     std::unique_ptr<KeyValueStore> store;
     if (inFile) {
       store = std::make_unique<QtKeyValueStore>(path);
@@ -219,10 +220,13 @@ int run(const Trial& trial) {
     UserDefaults defaults(*store);
     Preferences::registerDefaults(defaults);
     Preferences preferences(defaults, grants);
-    use(preferences);
+    RememberedControls remembered(defaults);
+    use(preferences, remembered);
   };
 
-  load([](Preferences& preferences) {
+  const ControlValues values{{9963776, -12}};
+  load([&](Preferences& preferences, RememberedControls& remembered) {
+    remembered.setValues("A camera", values);
     preferences.calibrations[0] = {"Objective 4x", 0, 426, 1.5, 640 + 480 * 65536, 20260101, 284.0};
     preferences.save();
   });
@@ -246,9 +250,11 @@ int run(const Trial& trial) {
     inFile = i % 50 == 0;
     if (inFile) std::ofstream(path, std::ios::trunc | std::ios::binary) << text;
     std::string first;
-    load([&](Preferences& preferences) {
+    load([&](Preferences& preferences, RememberedControls& remembered) {
       expect(i, complaint(preferences));
+      remembered.values("A camera");
       if (i % 10 != 0) return;
+      remembered.setValues("A camera", values);
       preferences.CalibrationsFromString(junk.calibrations());
       expect(i, complaint(preferences));
       first = preferences.CalibrationsToString();
@@ -257,8 +263,9 @@ int run(const Trial& trial) {
     });
     if (i % 10 != 0) continue;
     for (int times = 0; times < 2; ++times)
-      load([&](Preferences& preferences) {
+      load([&](Preferences& preferences, RememberedControls& remembered) {
         expect(i, complaint(preferences));
+        if (remembered.values("A camera") != values) expect(i, "a camera's controls were lost");
         if (preferences.CalibrationsToString() != first)
           expect(i, "what was saved came back changed");
         preferences.save();

@@ -100,9 +100,11 @@ class CaptureControllerFixture : public testing::Test {
   MicroscopeList microscopes;
   std::shared_ptr<MicroscopeInfo> currMicroscope;
   MicroscopeCatalogue catalogue{system, microscopes};
-  std::unique_ptr<CaptureController> controller =
-      std::make_unique<CaptureController>(CaptureController::Dependencies{
-          system, catalogue, currMicroscope, preferences, mainQueue, host, host, failures});
+  RememberedControls rememberedControls{defaults};
+  CameraControlBoard controls{system, rememberedControls};
+  std::unique_ptr<CaptureController> controller = std::make_unique<CaptureController>(
+      CaptureController::Dependencies{system, catalogue, currMicroscope, preferences, mainQueue,
+                                      host, host, failures, controls});
 };
 
 }  // namespace tessary::test

@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 #include <utility>
@@ -64,6 +65,7 @@ class FakeDevice final : public CaptureDevice {
   std::string modelID_ = "UVC Camera VendorID_1374 ProductID_41312";
   std::string id_;
   std::string name_ = "Microscope";
+  std::string serialNumber_ = "1";
   uint32_t transportType_ = kTransportTypeUSB;
   bool hasVideo_ = true;
   std::vector<CaptureFormat> formats_ = {
@@ -82,6 +84,7 @@ class FakeDevice final : public CaptureDevice {
   std::string uniqueID() const override { return id_; }
   std::string localizedName() const override { return name_; }
   std::string manufacturer() const override { return "Works"; }
+  std::string serialNumber() const override { return serialNumber_; }
   uint32_t transportType() const override { return transportType_; }
   bool hasVideo() const override { return hasVideo_; }
   const std::vector<CaptureFormat>& formats() const override { return formats_; }
@@ -168,6 +171,36 @@ class FakeInput final : public CaptureDeviceInput {
   std::thread thread_;
 };
 
+/// The controls of a camera that answers when the test says so.
+class FakeControls final : public CameraControls {
+ public:
+  /// What the test sees of the last one that was made.
+  struct Seen {
+    FakeControls* open = nullptr;
+    std::vector<std::vector<ControlValue>> requests;  ///< Of all that were ever made.
+  };
+
+  FakeControls(Seen& seen, Handler handler) : seen_(seen), handler_(std::move(handler)) {
+    seen_.open = this;
+  }
+  ~FakeControls() override { seen_.open = nullptr; }
+
+  uint64_t set(std::span<const ControlValue> values) override {
+    seen_.requests.emplace_back(values.begin(), values.end());
+    return ++request_;
+  }
+  /// As after request `upTo`, by default the last.
+  void report(std::vector<CameraControl> controls, std::vector<ControlValue> taken = {},
+              std::optional<uint64_t> upTo = {}) {
+    handler_({upTo.value_or(request_), std::move(taken), std::move(controls)});
+  }
+
+ private:
+  Seen& seen_;
+  const Handler handler_;
+  uint64_t request_ = 0;
+};
+
 /// A machine's cameras. Plugging and pulling changes what is present; the program is told when the
 /// test calls tellConnected or tellDisconnected, as by the event loop's next turn.
 class FakeCaptureSystem final : public CaptureSystem {
@@ -175,6 +208,7 @@ class FakeCaptureSystem final : public CaptureSystem {
   std::shared_ptr<CallLog> log = std::make_shared<CallLog>();
   /// Called when a device is about to be opened, as for one that is pulled at that moment.
   std::function<void()> beforeOpening;
+  FakeControls::Seen controls;
 
   std::shared_ptr<FakeDevice> plug(const std::string& id) {
     return plug(std::make_shared<FakeDevice>(log, id));
@@ -217,6 +251,11 @@ class FakeCaptureSystem final : public CaptureSystem {
     if (!fake || !fake->present_) return Error{"The camera is not connected any more."};
     if (!fake->canBeOpened_) return Error{"The camera is used by another program."};
     return std::make_unique<FakeInput>(log, fake);
+  }
+  std::unique_ptr<CameraControls> makeControls(const std::shared_ptr<CaptureDevice>& device,
+                                               CameraControls::Handler handler) override {
+    log->note(device->uniqueID() + ".makeControls");
+    return std::make_unique<FakeControls>(controls, std::move(handler));
   }
   void setHotPlugHandlers(std::function<void()> deviceWasConnected,
                           std::function<void()> deviceWasDisconnected) override {

@@ -29,5 +29,23 @@ TEST(Placement, TakesTheIntegerPartOfTheWholeSum) {
   EXPECT_EQ(placementIn({{0, -77.5}, {800, 600}}, 300, kBelowTitle).y, 0);
 }
 
+TEST(Placement, BesideTheParentIsWhereThereIsRoom) {
+  constexpr ScreenRect kScreen{{100, 30}, {1800, 1000}};
+  struct Row {
+    double parentX, parentY, parentWidth;
+    ScreenPoint place;
+  };
+  constexpr Row kRows[] = {{100, 50, 800, {900, 50}},    // right
+                           {500, 50, 1000, {1500, 50}},  // right, to the edge
+                           {501, 50, 1000, {101, 50}},   // left
+                           {500, 50, 1001, {100, 50}},   // left, to the edge
+                           {499, 50, 1002, {1500, 50}},  // neither: over the parent
+                           {100, 10, 800, {900, 30}}};   // not above the screen
+  for (const Row& row : kRows)
+    EXPECT_EQ(placementBeside({{row.parentX, row.parentY}, {row.parentWidth, 600}}, kScreen, 400),
+              row.place)
+        << row.parentX << " " << row.parentWidth;
+}
+
 }  // namespace
 }  // namespace tessary

@@ -82,7 +82,7 @@ class Program {
   /// The toolbar's button of a command.
   QWidget& button(const char* identifier);
   bool isEnabled(const char* identifier);
-  /// How many of the twenty commands can be given.
+  /// How many of the toolbar's twenty commands can be given.
   int enabledCommands();
   /// The picture area as it is on screen.
   QImage screenshot();

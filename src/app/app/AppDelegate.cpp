@@ -43,9 +43,9 @@ void AppDelegate::applicationDidFinishLaunching() {
   catalogue_.InitializeMicroscopes();
   gPreviewWindowController =
       std::make_unique<PreviewWindowController>(PreviewWindowController::Dependencies{
-          *platform_.captureSystem, catalogue_, platform_.renderer, *platform_.openGlCompositor,
-          *platform_.rasterCompositor, *platform_.textRasterizer, *gPreferences,
-          platform_.mainQueue, *platform_.jpegEncoder, *platform_.pngEncoder,
+          *platform_.captureSystem, catalogue_, rememberedControls_, platform_.renderer,
+          *platform_.openGlCompositor, *platform_.rasterCompositor, *platform_.textRasterizer,
+          *gPreferences, platform_.mainQueue, *platform_.jpegEncoder, *platform_.pngEncoder,
           platform_.makeAssetWriter, platform_.clock});
   QObject::connect(gPreviewWindowController.get(), &PreviewWindowController::howToClicked,
                    [this] { howToClicked(); });

@@ -3,6 +3,7 @@
 #include "app/Platform.h"
 #include "capture/MicroscopeCatalogue.h"
 #include "settings/PathGrants.h"
+#include "settings/RememberedControls.h"
 #include "settings/UserDefaults.h"
 
 namespace tessary {
@@ -30,6 +31,7 @@ class AppDelegate {
  private:
   Platform& platform_;
   UserDefaults defaults_;
+  RememberedControls rememberedControls_{defaults_};
   PathGrants grants_;
   MicroscopeCatalogue catalogue_;
 };

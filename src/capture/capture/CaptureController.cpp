@@ -78,6 +78,7 @@ void CaptureController::onMicroscopesInitialized() {
 
 void CaptureController::windowWillClose() {
   if (capSession && capSession->isRunning()) capSession->stopRunning();
+  dependencies_.controls.cameraDidClose();
   capSession = nullptr;
   capDevice = nullptr;
   capDeviceInput = nullptr;
@@ -124,6 +125,7 @@ void CaptureController::startCaptureSession(std::shared_ptr<MicroscopeInfo> micr
   dependencies_.picture.setCalibration(kUncalibrated, kUnitMillimetre);
   dependencies_.picture.removeAllShapes();
   rememberChoice(*microscope);
+  dependencies_.controls.cameraDidOpen(capDevice);
 }
 
 bool CaptureController::addInputAndOutput() {
@@ -157,6 +159,7 @@ void CaptureController::endCalibration() {
 void CaptureController::stopCaptureSession() {
   endCalibration();
   dependencies_.dialogs.closeInputTextWindow();
+  dependencies_.controls.cameraDidClose();
   if (capSession) {
     if (capSession->isRunning()) capSession->stopRunning();
     capSession->beginConfiguration();

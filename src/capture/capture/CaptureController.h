@@ -8,6 +8,7 @@
 #include "base/Executor.h"
 #include "base/Failures.h"
 #include "base/SerialQueue.h"
+#include "capture/CameraControlBoard.h"
 #include "capture/CaptureDialogs.h"
 #include "capture/CapturePicture.h"
 #include "capture/CaptureSession.h"
@@ -39,6 +40,7 @@ class CaptureController final : private CaptureVideoDataOutputSampleBufferDelega
     CapturePicture& picture;
     CaptureDialogs& dialogs;
     FailureListener& failures;
+    CameraControlBoard& controls;
   };
 
   explicit CaptureController(Dependencies dependencies);

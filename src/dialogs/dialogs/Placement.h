@@ -13,4 +13,10 @@ inline constexpr double kNoticeBelowTop = 67;
 /// left of and above the screen's origin it is rounded towards it.
 ScreenPoint placementIn(const ScreenRect& parent, double width, double below) noexcept;
 
+/// Upper left corner of a window of `width` that stands beside `parent`, upper edges level: to its
+/// right if there is room on `screen`, the part of it that is for windows, else to its left, else
+/// at the screen's right edge.
+ScreenPoint placementBeside(const ScreenRect& parent, const ScreenRect& screen,
+                            double width) noexcept;
+
 }  // namespace tessary

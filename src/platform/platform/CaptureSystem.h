@@ -10,6 +10,7 @@
 #include "base/Result.h"
 #include "base/SampleBuffer.h"
 #include "base/Time.h"
+#include "platform/CameraControls.h"
 
 namespace tessary {
 
@@ -42,6 +43,8 @@ class CaptureDevice {
   virtual std::string uniqueID() const = 0;
   virtual std::string localizedName() const = 0;
   virtual std::string manufacturer() const = 0;
+  /// Tells copies of one model apart; empty for a camera that has none.
+  virtual std::string serialNumber() const = 0;
   /// kTransportTypeUSB for USB cameras.
   virtual uint32_t transportType() const = 0;
   virtual bool hasVideo() const = 0;
@@ -95,6 +98,11 @@ class CaptureSystem {
   /// something to do, what to do.
   virtual Result<std::unique_ptr<CaptureDeviceInput>> makeDeviceInput(
       const std::shared_ptr<CaptureDevice>& device) = 0;
+  /// The controls of `device`, which need not be open for streaming. They are read, and reported
+  /// for the first time, after this has returned. `handler` is not called once the object has
+  /// ended, and its end waits for no camera. Null if there is no such device.
+  virtual std::unique_ptr<CameraControls> makeControls(const std::shared_ptr<CaptureDevice>& device,
+                                                       CameraControls::Handler handler) = 0;
   /// Told on the main thread of each camera that came or went, one by one: `devices` has then
   /// changed by that camera alone. One that left and came back is told to have gone first. Empty
   /// functions end it.

@@ -48,6 +48,9 @@ constexpr std::array kCommands{
     // "Delet" is how this identifier is spelt.
     CommandInfo{Command::DeleteAll, "Delet All Item Identifier", "Delete All", "Delete All",
                 "Delete all measure shapes", "D&elete All", "DelAll"},
+    CommandInfo{Command::CameraControls, "Camera Controls Item Identifier", "Camera Controls...",
+                "Camera Controls", "Exposure, colour and focus of the camera",
+                "Ca&mera Controls...", "Controls"},
 };
 
 constexpr ToolbarEntry kFlexibleSpace{true};
@@ -82,17 +85,18 @@ constexpr std::array kToolbarItems{
 static_assert(kToolbarItems.size() == 24);
 
 constexpr std::array kMenuItems{
-    MenuEntry{1, 0, Command::Microscope},  MenuEntry{1, 1, Command::Folder},
-    MenuEntry{1, 3, Command::Shutter},     MenuEntry{1, 4, Command::Record},
-    MenuEntry{2, 0, Command::Calibration}, MenuEntry{2, 2, Command::Crosshair},
-    MenuEntry{2, 3, Command::Grid},        MenuEntry{2, 4, Command::Concentric},
-    MenuEntry{2, 6, Command::Line},        MenuEntry{2, 7, Command::Line2},
-    MenuEntry{2, 8, Command::Circle},      MenuEntry{2, 9, Command::Rectangle},
-    MenuEntry{2, 10, Command::Angle},      MenuEntry{2, 11, Command::Pencil},
-    MenuEntry{2, 12, Command::Drag},       MenuEntry{2, 13, Command::Text},
-    MenuEntry{2, 15, Command::DeleteLast}, MenuEntry{2, 16, Command::DeleteAll},
+    MenuEntry{1, 0, Command::Microscope},     MenuEntry{1, 1, Command::Folder},
+    MenuEntry{1, 3, Command::Shutter},        MenuEntry{1, 4, Command::Record},
+    MenuEntry{1, 6, Command::CameraControls}, MenuEntry{2, 0, Command::Calibration},
+    MenuEntry{2, 2, Command::Crosshair},      MenuEntry{2, 3, Command::Grid},
+    MenuEntry{2, 4, Command::Concentric},     MenuEntry{2, 6, Command::Line},
+    MenuEntry{2, 7, Command::Line2},          MenuEntry{2, 8, Command::Circle},
+    MenuEntry{2, 9, Command::Rectangle},      MenuEntry{2, 10, Command::Angle},
+    MenuEntry{2, 11, Command::Pencil},        MenuEntry{2, 12, Command::Drag},
+    MenuEntry{2, 13, Command::Text},          MenuEntry{2, 15, Command::DeleteLast},
+    MenuEntry{2, 16, Command::DeleteAll},
 };
-static_assert(kMenuItems.size() == 18);
+static_assert(kMenuItems.size() == 19);
 
 }  // namespace
 

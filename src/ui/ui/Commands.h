@@ -1,11 +1,11 @@
 #pragma once
-// The twenty commands of the program as data: what the toolbar and the menus show of each.
+// The commands of the program as data: what the toolbar and the menus show of each.
 
 #include <span>
 
 namespace tessary {
 
-/// One command. Toolbar and menu share it.
+/// One command. Toolbar and menu share it, but for CameraControls, which is in the menu alone.
 enum class Command {
   Help,
   Options,
@@ -27,6 +27,7 @@ enum class Command {
   Text,
   DeleteLast,
   DeleteAll,
+  CameraControls,
 };
 
 struct CommandInfo {
@@ -39,7 +40,7 @@ struct CommandInfo {
   const char* imageName;
 };
 
-/// All twenty, each once.
+/// All twenty-one, each once.
 std::span<const CommandInfo> allCommands();
 
 /// One place in the toolbar: a command, or a flexible space.
@@ -58,7 +59,7 @@ struct MenuEntry {
   Command command;
 };
 
-/// The eighteen commands that the microscope menu (1) and the measuring menu (2) offer.
+/// The nineteen commands that the microscope menu (1) and the measuring menu (2) offer.
 std::span<const MenuEntry> menuItems();
 
 }  // namespace tessary

@@ -41,9 +41,10 @@ PreviewWindowController::PreviewWindowController(Dependencies dependencies)
                    }}),
       calibration_(window_, previewView, dependencies_.preferences, dependencies_.clock),
       saving_(window_, previewView, dependencies_.preferences, dependencies_.clock),
+      cameraControls_(dependencies_.captureSystem, dependencies_.rememberedControls),
       capture_({dependencies_.captureSystem, dependencies_.catalogue, gCurrMicroscope,
-                dependencies_.preferences, dependencies_.mainQueue, previewView, *this,
-                failures_}) {
+                dependencies_.preferences, dependencies_.mainQueue, previewView, *this, failures_,
+                cameraControls_}) {
   connect(&window_, &MainWindow::willClose, this, &PreviewWindowController::windowWillClose);
   connect(&window_, &MainWindow::didResize, this, &PreviewWindowController::windowDidResize);
   connect(&window_, &MainWindow::keyDown, this, [this](QKeyEvent* event) { keyDown(*event); });
@@ -61,7 +62,10 @@ PreviewWindowController::PreviewWindowController(Dependencies dependencies)
   new FailureLine(containerView, failures_);  // owned by the container
 }
 
-PreviewWindowController::~PreviewWindowController() { previewWidget_.setPreviewView(nullptr); }
+PreviewWindowController::~PreviewWindowController() {
+  delete cameraControlsWindow_;  // before the controls that it shows
+  previewWidget_.setPreviewView(nullptr);
+}
 
 void PreviewWindowController::setupPreviewView() {
   window_.setCentralWidget(&containerView);
@@ -118,6 +122,7 @@ void PreviewWindowController::windowWillClose() {
   fpsTimer.stop();
   closeCalibrationWindow();
   closeInputTextWindow();
+  if (cameraControlsWindow_) cameraControlsWindow_->close();
   capture_.windowWillClose();
 }
 
@@ -156,6 +161,7 @@ void PreviewWindowController::containerViewFrameDidChange() {
 
 void PreviewWindowController::fpsTimerAct() {
   capture_.watchFrames();
+  cameraControls_.keepChanges();
   if (!gCurrMicroscope) {
     controls_.clearStatus();
     return;
@@ -231,6 +237,7 @@ void PreviewWindowController::perform(Command command) {
     case Command::Shutter: saving_.getPathAndSaveImage(); break;
     case Command::Record: saving_.recordToolbarItemDidClick(); break;
     case Command::Text: textToolbarItemDidClick(); break;
+    case Command::CameraControls: showCameraControls(); break;
   }
 }
 
@@ -240,6 +247,8 @@ bool PreviewWindowController::validateUserInterfaceItem(Command command) const {
     case Command::Options:
     case Command::Folder:
     case Command::Microscope: return true;
+    // Also while a calibration is under way: it is then that the picture has to be sharp.
+    case Command::CameraControls: return bool(capture_.capDevice);
     default:
       return capture_.capDevice && !calibration_.isCalibrationWindowUp() && !inputTextWndController;
   }
@@ -275,6 +284,17 @@ void PreviewWindowController::microscopeToolbarItemDidClick() {
   auto* sheet = new MicroscopeWindowController(&window_);
   sheet->setDelegate(this);
   openSheet(*this, microscopeWndController, *sheet);
+}
+
+void PreviewWindowController::showCameraControls() {
+  if (!cameraControlsWindow_) {
+    cameraControlsWindow_ = new CameraControlsWindow(&window_, cameraControls_);
+    connect(cameraControlsWindow_, &QDialog::finished, this, [this] {
+      cameraControlsWindow_->deleteLater();
+      cameraControlsWindow_.clear();
+    });
+  }
+  cameraControlsWindow_->showWindow();
 }
 
 void PreviewWindowController::textToolbarItemDidClick() {

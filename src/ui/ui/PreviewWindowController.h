@@ -13,6 +13,7 @@
 #include "dialogs/FailureMessages.h"
 #include "platform/Renderer.h"
 #include "ui/CalibrationFlow.h"
+#include "ui/CameraControlsWindow.h"
 #include "ui/FailureLine.h"
 #include "ui/InputTextWindowController.h"
 #include "ui/MainWindow.h"
@@ -39,6 +40,7 @@ class PreviewWindowController final : public QObject,
   struct Dependencies {
     CaptureSystem& captureSystem;
     MicroscopeCatalogue& catalogue;
+    RememberedControls& rememberedControls;
     Renderer renderer;
     Compositor& openGlCompositor;
     Compositor& rasterCompositor;
@@ -114,6 +116,7 @@ class PreviewWindowController final : public QObject,
   void folderToolbarItemDidClick();
   void microscopeToolbarItemDidClick();
   void textToolbarItemDidClick();
+  void showCameraControls();
 
   Dependencies dependencies_;
   FailureMessages failures_;
@@ -126,6 +129,7 @@ class PreviewWindowController final : public QObject,
   Toolbar toolbar{window_};
   CalibrationFlow calibration_;
   SavingFlow saving_;
+  CameraControlBoard cameraControls_;
   // After what it hands frames to: it ends first.
   CaptureController capture_;
   QTimer fpsTimer;
@@ -135,6 +139,7 @@ class PreviewWindowController final : public QObject,
   // A dialog is up while its pointer is set.
   QPointer<MicroscopeWindowController> microscopeWndController;
   QPointer<InputTextWindowController> inputTextWndController;
+  QPointer<CameraControlsWindow> cameraControlsWindow_;
 };
 
 /// The one main window's controller. Made at launch, never replaced.

@@ -37,6 +37,7 @@ QKeySequence shortcut(Command command) {
     case Command::Rectangle: return QKeySequence(Qt::CTRL | Qt::Key_7);
     case Command::Angle: return QKeySequence(Qt::CTRL | Qt::Key_8);
     case Command::Pencil: return QKeySequence(Qt::CTRL | Qt::Key_9);
+    case Command::CameraControls: return QKeySequence(Qt::CTRL | Qt::Key_E);
     case Command::Text: return QKeySequence(Qt::CTRL | Qt::Key_T);
     case Command::Drag: return QKeySequence(Qt::Key_Escape);
     case Command::DeleteLast: return QKeySequence(Qt::CTRL | Qt::Key_Z);

@@ -4,6 +4,7 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QStandardPaths>
+#include <QtGui/QScreen>
 #include <QtWidgets/QFileDialog>
 
 #include "base/FileCalls.h"
@@ -11,12 +12,24 @@
 
 namespace tessary {
 
+namespace {
+
+ScreenRect screenRect(const QRect& rect) {
+  return {{double(rect.x()), double(rect.y())}, {double(rect.width()), double(rect.height())}};
+}
+
+}  // namespace
+
 void placeIn(QWidget& window, const QWidget& parent, double below) {
   window.adjustSize();
-  const QRect frame = parent.frameGeometry();
-  const ScreenPoint origin = placementIn(
-      {{double(frame.x()), double(frame.y())}, {double(frame.width()), double(frame.height())}},
-      window.width(), below);
+  const ScreenPoint origin = placementIn(screenRect(parent.frameGeometry()), window.width(), below);
+  window.move(int(origin.x), int(origin.y));
+}
+
+void placeBeside(QWidget& window, const QWidget& parent) {
+  const ScreenPoint origin =
+      placementBeside(screenRect(parent.frameGeometry()),
+                      screenRect(parent.screen()->availableGeometry()), window.width());
   window.move(int(origin.x), int(origin.y));
 }
 

@@ -14,6 +14,9 @@ void placeIn(QWidget& window, const QWidget& parent, double below);
 /// The place of the auxiliary windows: 77 below.
 void placeBelowTitle(QWidget& window, const QWidget& parent);
 
+/// Places `window`, which has its size, beside `parent`.
+void placeBeside(QWidget& window, const QWidget& parent);
+
 /// Opens an alert with an OK button as a sheet on `window`. It goes by itself; what is returned is
 /// good until then, to be made more of at once.
 QMessageBox& openAlert(QWidget& window, QMessageBox::Icon icon, const QString& message,

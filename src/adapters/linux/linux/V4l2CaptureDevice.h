@@ -28,6 +28,7 @@ class V4l2CaptureDevice final : public CaptureDevice {
     std::string uniqueID;
     std::string localizedName;
     std::string manufacturer;
+    std::string serialNumber;
     uint32_t transportType = 0;
     std::string devNode;
     std::vector<VideoFormat> formats;
@@ -48,6 +49,7 @@ class V4l2CaptureDevice final : public CaptureDevice {
   std::string uniqueID() const override { return description_.uniqueID; }
   std::string localizedName() const override { return description_.localizedName; }
   std::string manufacturer() const override { return description_.manufacturer; }
+  std::string serialNumber() const override { return description_.serialNumber; }
   uint32_t transportType() const override { return description_.transportType; }
   bool hasVideo() const override { return true; }
   const std::vector<CaptureFormat>& formats() const override { return formats_; }

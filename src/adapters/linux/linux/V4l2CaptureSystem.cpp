@@ -7,6 +7,7 @@
 #include "base/Log.h"
 #include "linux/CameraIdentity.h"
 #include "linux/UdevNodeSource.h"
+#include "linux/V4l2Controls.h"
 #include "linux/V4l2DeviceInput.h"
 
 namespace tessary {
@@ -55,6 +56,14 @@ Result<std::unique_ptr<CaptureDeviceInput>> V4l2CaptureSystem::makeDeviceInput(
   auto input = V4l2DeviceInput::open(calls_, camera, makeDecoder_, timing_);
   if (!input) return Error{input.error()};
   return *std::move(input);
+}
+
+std::unique_ptr<CameraControls> V4l2CaptureSystem::makeControls(
+    const std::shared_ptr<CaptureDevice>& device, CameraControls::Handler handler) {
+  const auto camera = std::dynamic_pointer_cast<V4l2CaptureDevice>(device);
+  if (!camera) return nullptr;
+  return std::make_unique<V4l2Controls>(calls_, camera->devNode(), camera->localizedName(),
+                                        mainQueue_, std::move(handler));
 }
 
 void V4l2CaptureSystem::setHotPlugHandlers(std::function<void()> deviceWasConnected,
@@ -143,6 +152,7 @@ std::shared_ptr<V4l2CaptureDevice> V4l2CaptureSystem::makeDevice(const Entry& en
   camera.localizedName = displayName(node, entry.probe->card);
   camera.modelID = node.isUsb ? usbModelID(node.vendorID, node.productID) : camera.localizedName;
   camera.manufacturer = printableText(node.manufacturer);
+  camera.serialNumber = printableText(node.serial);
   camera.transportType = node.isUsb ? kTransportTypeUSB : 0;
   camera.devNode = node.devNode;
   camera.formats = entry.probe->formats;

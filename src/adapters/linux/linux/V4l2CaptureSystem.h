@@ -37,6 +37,8 @@ class V4l2CaptureSystem final : public CaptureSystem {
   std::shared_ptr<CaptureDevice> deviceWithUniqueID(const std::string& uniqueID) override;
   Result<std::unique_ptr<CaptureDeviceInput>> makeDeviceInput(
       const std::shared_ptr<CaptureDevice>& device) override;
+  std::unique_ptr<CameraControls> makeControls(const std::shared_ptr<CaptureDevice>& device,
+                                               CameraControls::Handler handler) override;
   void setHotPlugHandlers(std::function<void()> deviceWasConnected,
                           std::function<void()> deviceWasDisconnected) override;
 

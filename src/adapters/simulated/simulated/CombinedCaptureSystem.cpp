@@ -24,9 +24,18 @@ std::shared_ptr<CaptureDevice> CombinedCaptureSystem::deviceWithUniqueID(
 
 Result<std::unique_ptr<CaptureDeviceInput>> CombinedCaptureSystem::makeDeviceInput(
     const std::shared_ptr<CaptureDevice>& device) {
+  return ownerOf(device).makeDeviceInput(device);
+}
+
+std::unique_ptr<CameraControls> CombinedCaptureSystem::makeControls(
+    const std::shared_ptr<CaptureDevice>& device, CameraControls::Handler handler) {
+  return ownerOf(device).makeControls(device, std::move(handler));
+}
+
+CaptureSystem& CombinedCaptureSystem::ownerOf(const std::shared_ptr<CaptureDevice>& device) const {
   // A device that neither knows any more goes to the second, which says so.
   const bool isFirsts = device && first_->deviceWithUniqueID(device->uniqueID()) == device;
-  return (isFirsts ? first_ : second_)->makeDeviceInput(device);
+  return isFirsts ? *first_ : *second_;
 }
 
 void CombinedCaptureSystem::setHotPlugHandlers(std::function<void()> deviceWasConnected,

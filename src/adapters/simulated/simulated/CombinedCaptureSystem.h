@@ -16,10 +16,14 @@ class CombinedCaptureSystem final : public CaptureSystem {
   std::shared_ptr<CaptureDevice> deviceWithUniqueID(const std::string& uniqueID) override;
   Result<std::unique_ptr<CaptureDeviceInput>> makeDeviceInput(
       const std::shared_ptr<CaptureDevice>& device) override;
+  std::unique_ptr<CameraControls> makeControls(const std::shared_ptr<CaptureDevice>& device,
+                                               CameraControls::Handler handler) override;
   void setHotPlugHandlers(std::function<void()> deviceWasConnected,
                           std::function<void()> deviceWasDisconnected) override;
 
  private:
+  CaptureSystem& ownerOf(const std::shared_ptr<CaptureDevice>& device) const;
+
   const std::unique_ptr<CaptureSystem> first_;
   const std::unique_ptr<CaptureSystem> second_;
 };

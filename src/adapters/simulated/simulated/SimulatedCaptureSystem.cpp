@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "simulated/SimulatedControls.h"
 #include "simulated/SimulatedDeviceInput.h"
 
 namespace tessary {
@@ -34,6 +35,12 @@ Result<std::unique_ptr<CaptureDeviceInput>> SimulatedCaptureSystem::makeDeviceIn
     return Error{"The microscope is no longer connected. Plug it in again."};
   if (!openFailure_.empty()) return Error{std::exchange(openFailure_, {})};
   return std::make_unique<SimulatedDeviceInput>(plugged_, makeDecoder_, encoder_);
+}
+
+std::unique_ptr<CameraControls> SimulatedCaptureSystem::makeControls(
+    const std::shared_ptr<CaptureDevice>& device, CameraControls::Handler handler) {
+  if (!device || device != plugged_) return nullptr;
+  return std::make_unique<SimulatedControls>(plugged_, mainQueue_, std::move(handler));
 }
 
 void SimulatedCaptureSystem::setHotPlugHandlers(std::function<void()> deviceWasConnected,

@@ -26,6 +26,8 @@ class SimulatedCaptureSystem final : public CaptureSystem {
   std::shared_ptr<CaptureDevice> deviceWithUniqueID(const std::string& uniqueID) override;
   Result<std::unique_ptr<CaptureDeviceInput>> makeDeviceInput(
       const std::shared_ptr<CaptureDevice>& device) override;
+  std::unique_ptr<CameraControls> makeControls(const std::shared_ptr<CaptureDevice>& device,
+                                               CameraControls::Handler handler) override;
   void setHotPlugHandlers(std::function<void()> deviceWasConnected,
                           std::function<void()> deviceWasDisconnected) override;
 
@@ -41,6 +43,10 @@ class SimulatedCaptureSystem final : public CaptureSystem {
   void freeze(std::chrono::milliseconds time);
   /// The next opening fails with `reason`.
   void failNextOpen(std::string reason) { openFailure_ = std::move(reason); }
+  /// As another program would.
+  void changeControl(ControlValue value) {
+    if (plugged_) plugged_->optics().set(value);
+  }
   /// Frames of the plugged microscope that did not decode.
   uint64_t droppedFrames() const;
 

@@ -108,7 +108,7 @@ void SimulatedDeviceInput::sendFrame(FrameSink& sink, MediaTime stamp) {
     microscope_->countDroppedFrame();
     return;
   }
-  sink.deliver({std::move(picture), stamp});
+  sink.deliver({microscope_->optics().seen(std::move(picture), pool_), stamp});
 }
 
 }  // namespace tessary

@@ -40,6 +40,8 @@ std::string SimulatedMicroscope::localizedName() const { return "Simulated Micro
 
 std::string SimulatedMicroscope::manufacturer() const { return "Tessary"; }
 
+std::string SimulatedMicroscope::serialNumber() const { return "S1"; }
+
 uint32_t SimulatedMicroscope::transportType() const { return kTransportTypeUSB; }
 
 bool SimulatedMicroscope::lockForConfiguration() { return isConnected(); }

@@ -8,6 +8,7 @@
 
 #include "platform/CaptureSystem.h"
 #include "simulated/FrameLoop.h"
+#include "simulated/Optics.h"
 
 namespace tessary {
 
@@ -31,6 +32,7 @@ class SimulatedMicroscope final : public CaptureDevice {
   std::string uniqueID() const override;
   std::string localizedName() const override;
   std::string manufacturer() const override;
+  std::string serialNumber() const override;
   uint32_t transportType() const override;
   bool hasVideo() const override { return true; }
   const std::vector<CaptureFormat>& formats() const override { return formats_; }
@@ -57,6 +59,8 @@ class SimulatedMicroscope final : public CaptureDevice {
   bool isFrozen(TimePoint now) const;
   void countDroppedFrame();
 
+  Optics& optics() { return optics_; }
+
   // Events, and faults on request.
   void disconnect();
   void damageNext(int frames);
@@ -66,6 +70,7 @@ class SimulatedMicroscope final : public CaptureDevice {
 
  private:
   const std::vector<CaptureFormat> formats_;
+  Optics optics_;
   mutable std::mutex mutex_;  // guards all below
   std::condition_variable_any changed_;
   Setting inForce_;
