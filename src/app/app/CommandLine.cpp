@@ -4,6 +4,8 @@
 
 #include <QtCore/QCommandLineParser>
 
+#include "base/Version.h"
+
 namespace tessary {
 namespace {
 
@@ -77,8 +79,11 @@ CommandLine readCommandLine(const std::vector<std::string>& words) {
   // The parser knows the program's name from the toolkit's object only, which there is not yet.
   if (parser.isSet(help))
     return answered(0, parser.helpText().replace(QStringLiteral("<executable_name>"), program));
-  if (parser.isSet(version))
-    return answered(0, QStringLiteral("%1 %2\n").arg(program, QStringLiteral(TESSARY_VERSION)));
+  if (parser.isSet(version)) {
+    const std::string_view number = tessary::version();
+    return answered(0, QStringLiteral("%1 %2\n").arg(
+                           program, QLatin1String(number.data(), qsizetype(number.size()))));
+  }
   return {.eligible = parser.isSet(anyCamera) ? Eligible::AnyCamera : Eligible::Microscopes,
           .renderer = named};
 }
