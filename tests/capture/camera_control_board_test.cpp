@@ -223,7 +223,12 @@ TEST_F(CameraControlBoardTest, AllDefaultsSetWhatModesRuleBeforeAndAfterThem) {
   answer(3, 50, 8, {{kTime, 50}, {kGain, 8}, {kMode, 3}});
   EXPECT_THAT(stored(), IsEmpty());
   controls.setAllDefaults();
-  EXPECT_EQ(requests(), (Requests{{{kGain, 8}, {kMode, 3}, {kTime, 50}}}));
+  EXPECT_EQ(requests(), (Requests{{{kGain, 8}, {kMode, 3}}})) << "the time stays ruled";
+  std::vector<CameraControl> manualByDefault = controlsOf(3, 20, 8);
+  manualByDefault[0].defaultValue = 1;
+  system.controls.open->report(manualByDefault);
+  controls.setAllDefaults();
+  EXPECT_EQ(requests(), (Requests{{{kGain, 8}, {kMode, 1}, {kTime, 50}}}));
 }
 
 TEST_F(CameraControlBoardTest, ASessionBringsTheControlsAndTakesThemAway) {

@@ -166,6 +166,26 @@ TEST(CameraControls, AreGivenBackAfterAReplugAndARestart) {
   })) << "without the window";
 }
 
+TEST(CameraControls, TheKeyboardBeginsWithTheFirstRowAndReachesTheButtonsLast) {
+  ControlsRig rig;
+  std::vector<std::string> order;
+  for (int steps = 0; steps < 20; ++steps) {
+    const QWidget* focus = QApplication::focusWidget();
+    ASSERT_NE(focus, nullptr);
+    QString name = focus->accessibleName();
+    if (const auto* button = qobject_cast<const QAbstractButton*>(focus); button && name.isEmpty())
+      name = button->text().remove('&');
+    if (!order.empty() && order.front() == name.toStdString()) break;
+    order.push_back(name.toStdString());
+    key("Tab");
+  }
+  EXPECT_THAT(order,
+              ::testing::ElementsAre("Auto Exposure", "Default of Auto Exposure", "Autofocus",
+                                     "Default of Autofocus", "Brightness", "Brightness",
+                                     "Default of Brightness", "Contrast", "Contrast",
+                                     "Default of Contrast", "All Defaults", "Close"));
+}
+
 TEST(CameraControls, TheWheelScrollsTheListAndTurnsOnlyWhatHasTheKeyboard) {
   ControlsRig rig;
   auto& brightness = rig.named<QSpinBox>("Brightness");

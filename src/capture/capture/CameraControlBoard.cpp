@@ -150,10 +150,14 @@ void CameraControlBoard::setAllDefaults() {
         values.push_back({control.id, control.defaultValue});
     }
   };
+  const bool modesChange = std::ranges::any_of(controls_, [](const CameraControl& control) {
+    return control.isMode && control.value != control.defaultValue;
+  });
   // What can be set now may no longer be once the modes are back, and the other way round.
   add([](const CameraControl& control) { return !control.isMode && control.canBeSet; });
   add([](const CameraControl& control) { return control.isMode; });
-  add([](const CameraControl& control) { return !control.isMode && !control.canBeSet; });
+  if (modesChange)
+    add([](const CameraControl& control) { return !control.isMode && !control.canBeSet; });
   for (const ControlValue& value : values) puttingBack_.insert(value.id);
   isChanged_ = isChanged_ || !kept_.empty();
   kept_.clear();

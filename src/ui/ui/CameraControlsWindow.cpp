@@ -141,6 +141,18 @@ void CameraControlsWindow::rebuild() {
   // Later, as this may be the answer to one of its own buttons.
   if (QWidget* old = list_->takeWidget()) old->deleteLater();
   list_->setWidget(content);
+  // The keyboard begins with the first row, and the buttons, which are older, come last.
+  QWidget* first = nullptr;
+  QWidget* last = nullptr;
+  for (QWidget* widget : content->findChildren<QWidget*>()) {
+    if (!(widget->focusPolicy() & Qt::TabFocus)) continue;
+    if (!first) first = widget;
+    last = widget;
+  }
+  if (!first) return;
+  first->setFocus();
+  setTabOrder(last, defaults_);
+  setTabOrder(defaults_, buttons_->button(QDialogButtonBox::Close));
 }
 
 void CameraControlsWindow::fitToRows() {
