@@ -145,14 +145,19 @@ TEST(SerialQueue, ACallReturnsWhatItsWorkDid) {
 TEST(SerialQueue, ACallThatTakesTooLongIsGivenUpAndGoesOn) {
   SerialQueue queue("test");
   StuckWork stuck;
+  const auto began = std::make_shared<std::atomic<bool>>(false);
   const auto ended = std::make_shared<std::promise<void>>();
-  EXPECT_EQ(queue.call(kShort,
-                       [work = stuck.function(), ended] {
-                         work();
-                         ended->set_value();
-                         return 1;
-                       }),
-            std::nullopt);
+  // One that is given up before it began never does, as on a busy machine: then it is called again.
+  do {
+    EXPECT_EQ(queue.call(kShort,
+                         [work = stuck.function(), began, ended] {
+                           *began = true;
+                           work();
+                           ended->set_value();
+                           return 1;
+                         }),
+              std::nullopt);
+  } while (!*began);
   stuck.letGo();
   ended->get_future().wait();
   EXPECT_EQ(queue.call(kLong, [] { return 2; }), 2);

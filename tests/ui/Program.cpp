@@ -97,13 +97,15 @@ bool isActiveOnDisplay(const QWidget& window) {
          *static_cast<const xcb_window_t*>(xcb_get_property_value(active.get())) == window.winId();
 }
 
-void waitForPlace(const QWidget& window) {
+bool isInItsPlace(const QWidget& window) {
   // The toolkit's own two ideas of it differ until the display has answered to a move.
-  EXPECT_TRUE(waitUntil([&] {
-    return placeOnDisplay(window) == window.geometry() &&
-           window.mapToGlobal(QPoint(0, 0)) == window.geometry().topLeft();
-  })) << window.windowTitle().toStdString()
-      << " is not where it should be";
+  return placeOnDisplay(window) == window.geometry() &&
+         window.mapToGlobal(QPoint(0, 0)) == window.geometry().topLeft();
+}
+
+void waitForPlace(const QWidget& window) {
+  EXPECT_TRUE(waitUntil([&] { return isInItsPlace(window); }))
+      << window.windowTitle().toStdString() << " is not where it should be";
 }
 
 void minimize(QWidget& window) {
@@ -203,6 +205,8 @@ QWidget& Program::container() { return *window().centralWidget(); }
 
 bool Program::waitForPicture() {
   return waitUntil([this] {
+    // Or it would be another part of the display that is looked at.
+    if (!isInItsPlace(window())) return false;
     const QImage image = screenshot();
     return !image.isNull() && image.pixelColor(image.width() / 2, image.height() / 4).value() > 60;
   });

@@ -37,6 +37,8 @@ void xdotoolAtOnce(const QStringList& arguments);
 std::optional<QRect> placeOnDisplay(const QWidget& window);
 /// Whether the window manager, too, takes it for the active window: its own keys go there.
 bool isActiveOnDisplay(const QWidget& window);
+/// Whether the display has the window where, and as large as, the program believes it to be.
+bool isInItsPlace(const QWidget& window);
 /// Waits until the display has the window where, and as large as, the program believes it to be.
 void waitForPlace(const QWidget& window);
 

@@ -50,7 +50,7 @@ constexpr std::array kCommands{
                 "Delete all measure shapes", "D&elete All", "DelAll"},
     CommandInfo{Command::CameraControls, "Camera Controls Item Identifier", "Camera Controls...",
                 "Camera Controls", "Exposure, colour and focus of the camera",
-                "Ca&mera Controls...", "Controls"},
+                "Camera Con&trols...", "Controls"},
 };
 
 constexpr ToolbarEntry kFlexibleSpace{true};
