@@ -38,8 +38,8 @@ no_stream_was_asked_for() { ! microscope_says "streaming"; }
 is_alive() { ! has_ended "$program"; }
 key() { xdotool key --clearmodifiers "$@"; }
 
-start_program() {
-  "$TESSARY" 2>>"$program_log" &
+start_program() { # start_program [OPTION...]
+  "$TESSARY" "$@" 2>>"$program_log" &
   program=$!
 }
 window() { xdotool search --onlyvisible --class tessary 2>/dev/null | head -n 1; }

@@ -29,10 +29,12 @@ constexpr uint8_t kControlSubclass = 1;
 constexpr uint8_t kStreamingSubclass = 2;
 constexpr uint8_t kCollectionSubclass = 3;
 
-// The control interface's entities: camera, processing unit, output to USB
-constexpr uint8_t kCamera = 1;
-constexpr uint8_t kProcessing = 2;
+// The control interface's third entity: output to USB
 constexpr uint8_t kOutput = 3;
+
+// Which controls there are, a bit each
+constexpr uint32_t kCameraControls = 1 << 1 | 1 << 3;      // exposure mode and time
+constexpr uint16_t kProcessingControls = 1 << 0 | 1 << 1;  // brightness and contrast
 
 // Of text descriptors
 constexpr uint8_t kMakerText = 1;
@@ -41,6 +43,10 @@ constexpr uint8_t kSerialText = 3;
 
 constexpr uint8_t kToHost = 0x80;
 constexpr uint8_t kBulk = 2;
+constexpr uint8_t kInterrupt = 3;
+constexpr uint8_t kEndpointOfClass = 0x25;
+constexpr uint16_t kButtonPacket = 16;
+constexpr uint8_t kButtonInterval = 8;
 constexpr uint16_t kPacketSize = 512;
 
 constexpr uint8_t kYuy2[] = {'Y',  'U', 'Y', '2',  0, 0,    0x10, 0,
@@ -65,7 +71,8 @@ Bytes cameraTerminal() {
                                                   .u8(0)        // no text
                                                   .zeros(6)     // no optical zoom
                                                   .u8(3)        // bytes of controls
-                                                  .zeros(3));   // none of them
+                                                  .u16(kCameraControls)
+                                                  .u8(kCameraControls >> 16));
 }
 
 Bytes processingUnit() {
@@ -74,8 +81,8 @@ Bytes processingUnit() {
                                                    .u8(kCamera)  // its source
                                                    .u16(0)       // no digital zoom
                                                    .u8(2)        // bytes of controls
-                                                   .zeros(2)     // none of them
-                                                   .u8(0));      // no text
+                                                   .u16(kProcessingControls)
+                                                   .u8(0));  // no text
 }
 
 Bytes outputTerminal() {
@@ -150,8 +157,10 @@ Bytes streamingDescriptors(const std::vector<VideoFormat>& formats) {
                                                   .u8(kToHost | kStreamingEndpoint)
                                                   .u8(0)  // formats don't change by themselves
                                                   .u8(kOutput)
-                                                  .zeros(3)  // no still pictures, no buttons
-                                                  .u8(1)     // bytes of controls a format
+                                                  .u8(1)  // still pictures as any other
+                                                  .u8(1)  // a button
+                                                  .u8(0)  // that asks for a still picture
+                                                  .u8(1)  // bytes of controls a format
                                                   .zeros(formats.size()));
   };
   return join({header(header(0).size() + all.size()), all});
@@ -196,10 +205,18 @@ Bytes configurationDescriptor(const std::vector<VideoFormat>& formats) {
                                                      .u8(kBulk)
                                                      .u16(kPacketSize)
                                                      .u8(0));  // interval, of no meaning in bulk
-  const Bytes interfaces = join(
-      {association, interfaceDescriptor(kVideoControlInterface, 0, kControlSubclass),
-       controlDescriptors(), interfaceDescriptor(kVideoStreamingInterface, 1, kStreamingSubclass),
-       streamingDescriptors(formats), endpoint});
+  const Bytes buttonEndpoint =
+      join({descriptor({kEndpoint}, Fields()
+                                        .u8(kToHost | kButtonEndpoint)
+                                        .u8(kInterrupt)
+                                        .u16(kButtonPacket)
+                                        .u8(kButtonInterval)),
+            descriptor({kEndpointOfClass, kInterrupt}, Fields().u16(kButtonPacket))});
+  const Bytes interfaces =
+      join({association, interfaceDescriptor(kVideoControlInterface, 1, kControlSubclass),
+            controlDescriptors(), buttonEndpoint,
+            interfaceDescriptor(kVideoStreamingInterface, 1, kStreamingSubclass),
+            streamingDescriptors(formats), endpoint});
   const auto header = [](size_t total) {
     return descriptor({kConfiguration}, Fields()
                                             .u16(total)

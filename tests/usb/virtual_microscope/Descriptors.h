@@ -23,6 +23,11 @@ struct Identity {
 constexpr uint8_t kVideoControlInterface = 0;
 constexpr uint8_t kVideoStreamingInterface = 1;
 constexpr uint8_t kStreamingEndpoint = 1;
+constexpr uint8_t kButtonEndpoint = 2;
+
+// Entities of the control interface that have controls
+constexpr uint8_t kCamera = 1;
+constexpr uint8_t kProcessing = 2;
 
 constexpr uint32_t kFrameInterval = 333333;      // of 100 ns: 30 a second
 constexpr uint32_t kSlowFrameInterval = 666666;  // 15 a second

@@ -17,6 +17,9 @@ class StreamControl {
   enum Request : uint8_t {
     SetCurrent = 0x01,
     GetCurrent = 0x81,
+    GetLeast = 0x82,
+    GetMost = 0x83,
+    GetStep = 0x84,
     GetLength = 0x85,
     GetInfo = 0x86,
     GetDefault = 0x87,

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <string_view>
+#include <thread>
 #include <utility>
 
 #include <poll.h>
@@ -84,6 +85,9 @@ void VirtualMicroscope::plug() {
   if (link_.isAttached()) return;
   pump_.stop();
   pump_.forgetTransfers();
+  buttonTransfers_.clear();
+  buttonEvents_.clear();
+  deviceControls_.setDefaults();
   if (link_.attach()) say("plugged");
 }
 
@@ -97,13 +101,17 @@ void VirtualMicroscope::unplug() {
 
 void VirtualMicroscope::handle(const HostMessage& message) {
   if (message.kind == HostMessage::Kind::Unlink) {
-    const bool removed = pump_.removeTransfer(message.unlinked);
+    const bool removed = pump_.removeTransfer(message.unlinked) ||
+                         std::erase(buttonTransfers_, message.unlinked) > 0;
     // 0 says that the transfer was complete before it could be taken back.
     link_.completeUnlink(message.sequence, removed ? -ECONNRESET : 0);
   } else if (message.endpoint == 0) {
     handleControl(message);
   } else if (message.endpoint == kStreamingEndpoint && message.toHost) {
     pump_.addTransfer(message.sequence, message.length);
+  } else if (message.endpoint == kButtonEndpoint && message.toHost) {
+    buttonTransfers_.push_back(message.sequence);
+    sendButtonEvents();
   } else {
     link_.complete(message.sequence, -EPIPE, 0);
   }
@@ -156,6 +164,9 @@ std::optional<Bytes> VirtualMicroscope::readDescriptor(uint16_t value) const {
 
 std::optional<Bytes> VirtualMicroscope::answerVideo(const Setup& setup, const Bytes& data) {
   const auto selector = uint8_t(setup.value >> 8);
+  const bool isForDevice = (setup.type & kRecipientMask) == kToInterface &&
+                           uint8_t(setup.index) == kVideoControlInterface;
+  if (isForDevice) return answerDevice(setup, data);
   const bool isForStreaming = (setup.type & kRecipientMask) == kToInterface &&
                               uint8_t(setup.index) == kVideoStreamingInterface;
   if (!isForStreaming || !StreamControl::knows(selector)) return std::nullopt;
@@ -168,6 +179,33 @@ std::optional<Bytes> VirtualMicroscope::answerVideo(const Setup& setup, const By
     pump_.start();
   }
   return Bytes{};
+}
+
+std::optional<Bytes> VirtualMicroscope::answerDevice(const Setup& setup, const Bytes& data) {
+  const DeviceControls::Key key{uint8_t(setup.index >> 8), uint8_t(setup.value >> 8)};
+  if (!deviceControls_.knows(key)) return std::nullopt;
+  if (setup.request != StreamControl::SetCurrent) return deviceControls_.get(key, setup.request);
+  // Nothing else is answered meanwhile, as by firmware that is busy.
+  std::this_thread::sleep_for(stall_);
+  deviceControls_.set(key, data);
+  return Bytes{};
+}
+
+void VirtualMicroscope::pressButton() {
+  constexpr uint8_t kOfStreaming = 2;
+  for (const size_t pressed : {1, 0})
+    buttonEvents_.push_back(
+        Fields().u8(kOfStreaming).u8(kVideoStreamingInterface).u8(0).u8(pressed).bytes());
+  sendButtonEvents();
+}
+
+void VirtualMicroscope::sendButtonEvents() {
+  while (!buttonEvents_.empty() && !buttonTransfers_.empty()) {
+    link_.complete(buttonTransfers_.front(), 0, uint32_t(buttonEvents_.front().size()),
+                   buttonEvents_.front());
+    buttonTransfers_.pop_front();
+    buttonEvents_.pop_front();
+  }
 }
 
 void VirtualMicroscope::obey(const std::string& line) {
@@ -192,6 +230,10 @@ void VirtualMicroscope::obey(const std::string& line) {
     pump_.freeze(std::chrono::milliseconds(number));
   else if (command == "fps" && number > 0)
     pump_.setFramesPerSecond(number);
+  else if (command == "stall")
+    stall_ = std::chrono::milliseconds(number);
+  else if (command == "press")
+    pressButton();
   else
     say("'{}' is not understood", line);
 }

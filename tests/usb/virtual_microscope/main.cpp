@@ -16,6 +16,8 @@
 //     error N       fail the next N USB transfers
 //     freeze MS     send nothing for so many milliseconds
 //     fps N         from now on
+//     stall MS      take so long for each control that is set, and answer nothing meanwhile
+//     press         its button, and let go
 //
 // What it does it says on standard error, and also when a fault is over: "corrupt 20 is over".
 #include <algorithm>
