@@ -8,7 +8,7 @@ namespace {
 
 using testing::IsEmpty;
 
-constexpr uint32_t kMode = 1;
+constexpr uint32_t kMode = 5;  // behind what it rules, as that of the focus is
 constexpr uint32_t kTime = 2;
 constexpr uint32_t kGain = 3;
 constexpr uint32_t kOnce = 4;
