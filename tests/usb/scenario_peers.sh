@@ -1,5 +1,6 @@
 # The same camera in this program and in two other viewers, one after the other: what a frame on the
 # screen costs the processor, and how many of them there are.
+screen_size=1600x1000 # the whole of the larger picture
 . "$(dirname "$0")/desk.sh"
 
 seconds=30
