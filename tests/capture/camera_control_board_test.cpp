@@ -45,6 +45,8 @@ using Requests = std::vector<std::vector<ControlValue>>;
 
 class CameraControlBoardTest : public test::CaptureControllerFixture {
  protected:
+  ~CameraControlBoardTest() override { controls.setObserver({}); }
+
   /// Opens camera "m1" as its first user, who looks at its controls.
   void openAndLook() {
     controls.setObserver([this] { ++changes; });

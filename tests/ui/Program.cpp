@@ -207,6 +207,8 @@ bool Program::waitForPicture() {
   return waitUntil([this] {
     // Or it would be another part of the display that is looked at.
     if (!isInItsPlace(window())) return false;
+    // The commands hear of a picture at the end of that turn: a click before that would be lost.
+    if (!QApplication::activeModalWidget() && !isEnabled("Crosshair Item Identifier")) return false;
     const QImage image = screenshot();
     return !image.isNull() && image.pixelColor(image.width() / 2, image.height() / 4).value() > 60;
   });

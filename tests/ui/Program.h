@@ -75,7 +75,7 @@ class Program {
   ~Program();
   Program(const Program&) = delete;
 
-  /// Waits for the first tick with a picture that fills the window.
+  /// Waits for the first tick with a picture that fills the window, and for the tools to be ready.
   bool waitForPicture();
   MainWindow& window() { return gPreviewWindowController->window(); }
   QWidget& container();
