@@ -1,7 +1,8 @@
+#include "base/PointVertex.h"
+
 #include <gtest/gtest.h>
 
 #include "CompositorFrames.h"
-#include "base/PointVertex.h"
 
 namespace tessary::test {
 namespace {

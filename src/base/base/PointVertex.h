@@ -22,8 +22,8 @@ static_assert(sizeof(PointVertex) == 32 && std::is_trivially_copyable_v<PointVer
 /// number. That is the pixel's centre for an odd W. For an even W it is the corner between four
 /// pixels, where the rounding of the last bit would choose the pixel: this moves it to the centre.
 constexpr float lineShift(int32_t size) { return size % 2 == 0 ? 1.0F / float(size) : 0.0F; }
-/// The same for a label's vertices. These can stand at half a pixel, where the last bit would choose
-/// again: it is less, which decides for the pixel before.
+/// The same for a label's vertices. These can stand at half a pixel, where the last bit would
+/// choose again: it is less, which decides for the pixel before.
 constexpr float labelShift(int32_t size) { return lineShift(size) - 0.5F / float(size); }
 
 }  // namespace tessary

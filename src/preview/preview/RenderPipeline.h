@@ -36,8 +36,8 @@ class RenderPipeline {
   TextureSize composedSize() const { return composedSize_; }
   /// Copies the composed picture into `target`, of `composedSize`. False when there is none.
   bool readBack(PixelBuffer& target);
-  /// The context was lost with all that lived in it: `next`, which has to outlive the pipeline, draws
-  /// from now on.
+  /// The context was lost with all that lived in it: `next`, which has to outlive the pipeline,
+  /// draws from now on.
   void contextWasLost(Compositor& next);
   /// The context is about to go: drops what lives in it. A draw in the next context makes it anew.
   void contextWillBeDestroyed();
