@@ -35,8 +35,8 @@ class Compositor {
   /// over these `points` (one pixel each). Nothing is blended: what is drawn replaces.
   virtual void compose(std::span<const PointVertex> lines, std::span<const PointVertex> points) = 0;
 
-  /// Fills `surface` with the grey 0.1 and draws the composed picture into `picture`, in pixels
-  /// from the surface's top left corner; parts may lie outside.
+  /// Fills `surface` with `kSurroundingGrey` and draws the composed picture into `picture`, in
+  /// pixels from the surface's top left corner; parts may lie outside.
   virtual void present(const SurfaceRect& picture, const Surface& surface) = 0;
 
   /// Copies the composed picture into `target`, which has its size. False when there is none.

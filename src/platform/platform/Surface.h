@@ -7,6 +7,9 @@
 
 namespace tessary {
 
+/// What shows around the picture, and without one: a grey, 0 to 1, in all three channels.
+inline constexpr float kSurroundingGrey = 0.1F;
+
 /// Whole device pixels from a surface's top left; `right` and `bottom` are the first beyond.
 struct SurfaceClip {
   int32_t left = 0;

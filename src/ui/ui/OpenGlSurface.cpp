@@ -39,7 +39,7 @@ void OpenGlSurface::paintGL() {
   if (view_ && view_->drawInView(Surface::framebuffer(deviceSize(*this)), devicePixelRatio()))
     return;
   QOpenGLFunctions& gl = *context()->functions();
-  gl.glClearColor(kBackground, kBackground, kBackground, 1.0F);
+  gl.glClearColor(kSurroundingGrey, kSurroundingGrey, kSurroundingGrey, 1.0F);
   gl.glClear(GL_COLOR_BUFFER_BIT);
 }
 

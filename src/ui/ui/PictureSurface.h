@@ -21,8 +21,6 @@ class PictureSurface {
   virtual void withGraphicsContext(const std::function<void()>& work) = 0;
 
  protected:
-  /// Where there is no picture.
-  static constexpr float kBackground = 0.1F;
   /// The size of a widget's surface.
   static TextureSize deviceSize(const QWidget& widget);
 };

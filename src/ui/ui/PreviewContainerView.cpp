@@ -2,12 +2,15 @@
 
 #include <QtGui/QWheelEvent>
 
+#include "platform/Surface.h"
+
 namespace tessary {
 
 PreviewContainerView::PreviewContainerView() {
   // What shows until the picture covers it.
   QPalette dark = palette();
-  dark.setColor(QPalette::Window, QColor::fromRgbF(0.1F, 0.1F, 0.1F));
+  dark.setColor(QPalette::Window,
+                QColor::fromRgbF(kSurroundingGrey, kSurroundingGrey, kSurroundingGrey));
   setPalette(dark);
   setAutoFillBackground(true);
 }

@@ -62,7 +62,7 @@ void RasterSurface::paintEvent(QPaintEvent*) {
       return;
     }
   }
-  painter.fillRect(rect(), QColor::fromRgbF(kBackground, kBackground, kBackground));
+  painter.fillRect(rect(), QColor::fromRgbF(kSurroundingGrey, kSurroundingGrey, kSurroundingGrey));
 }
 
 }  // namespace tessary

@@ -27,6 +27,26 @@ constexpr uint32_t kBrightness = V4L2_CID_BRIGHTNESS;
 constexpr uint32_t kAuto = V4L2_CID_EXPOSURE_AUTO;
 constexpr uint32_t kTime = V4L2_CID_EXPOSURE_ABSOLUTE;
 
+/// A camera that doesn't come back from setting a control until it is let go.
+class Hang {
+ public:
+  explicit Hang(FakeControlDriver& driver) {
+    driver.beforeSetting = [this, gate = gate_](uint32_t) {
+      reached_ = true;
+      gate.wait();
+    };
+  }
+  void waitUntilReached() const {
+    while (!reached_) std::this_thread::sleep_for(1ms);
+  }
+  void end() { ended_.set_value(); }
+
+ private:
+  std::promise<void> ended_;
+  const std::shared_future<void> gate_ = ended_.get_future().share();
+  std::atomic<bool> reached_ = false;
+};
+
 class ControlsTest : public testing::Test {
  protected:
   ControlsTest() {
@@ -193,13 +213,7 @@ TEST_F(ControlsTest, ADriverWithoutEventsShowsChangesAtTheNextRequest) {
 }
 
 TEST_F(ControlsTest, ACameraThatHangsHoldsNobodyUp) {
-  std::promise<void> released;
-  const std::shared_future<void> gate = released.get_future().share();
-  std::atomic<int> entered = 0;
-  driver->beforeSetting = [gate, &entered](uint32_t) {
-    ++entered;
-    gate.wait();
-  };
+  Hang hang(*driver);
   ASSERT_TRUE(openAndWait());
   const auto took = [](auto work) {
     const auto begin = std::chrono::steady_clock::now();
@@ -207,7 +221,7 @@ TEST_F(ControlsTest, ACameraThatHangsHoldsNobodyUp) {
     return std::chrono::steady_clock::now() - begin;
   };
   set({{kBrightness, 2}});
-  while (entered == 0) std::this_thread::sleep_for(1ms);
+  hang.waitUntilReached();
   // A slider is dragged on: of what waits only the newest is ever set.
   uint64_t last = 0;
   EXPECT_LT(took([&] {
@@ -217,29 +231,23 @@ TEST_F(ControlsTest, ACameraThatHangsHoldsNobodyUp) {
   const size_t before = reports.size();
   mainQueue.runAll();
   EXPECT_EQ(reports.size(), before);
-  released.set_value();
+  hang.end();
   ASSERT_TRUE(waitForRequest(last));
   EXPECT_EQ(driver->settings().size(), 2u);
   EXPECT_EQ(shown(kBrightness).value, 10);
 }
 
 TEST_F(ControlsTest, TheEndWaitsForNoCameraAndNothingIsReportedAfterIt) {
-  std::promise<void> released;
-  const std::shared_future<void> gate = released.get_future().share();
-  std::atomic<int> entered = 0;
-  driver->beforeSetting = [gate, &entered](uint32_t) {
-    ++entered;
-    gate.wait();
-  };
+  Hang hang(*driver);
   ASSERT_TRUE(openAndWait());
   set({{kBrightness, 2}});
-  while (entered == 0) std::this_thread::sleep_for(1ms);
+  hang.waitUntilReached();
   const size_t before = reports.size();
   const auto begin = std::chrono::steady_clock::now();
   controls.reset();
   EXPECT_LT(std::chrono::steady_clock::now() - begin, 500ms);
   EXPECT_EQ(SerialQueue::abandonedThreads(), 1);
-  released.set_value();
+  hang.end();
   EXPECT_TRUE(driver->waitForNoOpenNode()) << "the thread ends when the camera lets it";
   while (SerialQueue::abandonedThreads() > 0) std::this_thread::sleep_for(1ms);
   mainQueue.runAll();

@@ -286,7 +286,7 @@ void GlCompositor::compose(std::span<const PointVertex> lines,
 void GlCompositor::present(const SurfaceRect& picture, const Surface& surface) {
   const GlStateGuard guard;
   glViewport(0, 0, surface.size.width, surface.size.height);
-  glClearColor(0.1F, 0.1F, 0.1F, 1.0F);
+  glClearColor(kSurroundingGrey, kSurroundingGrey, kSurroundingGrey, 1.0F);
   glClear(GL_COLOR_BUFFER_BIT);
   if (picture_) programs_->drawPicture(*picture_, picture, surface.size);
 }

@@ -1,6 +1,5 @@
 #include "raster/RasterCompositor.h"
 
-#include <algorithm>
 #include <cstring>
 #include <utility>
 

@@ -9,8 +9,8 @@
 namespace tessary {
 namespace {
 
-constexpr uint32_t kGrey = 0xFF1A1A1A;    // 0.1, opaque
 constexpr uint32_t kOpaque = 0xFF000000;  // an overlay's alpha must not show what lies behind
+constexpr uint32_t kGrey = kOpaque | uint32_t(kSurroundingGrey * 255.0F + 0.5F) * 0x010101;
 
 uint32_t pixelAt(const uint8_t* row, int32_t x) {
   uint32_t pixel = 0;
