@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include <QtCore/QEvent>
 #include <QtCore/QSignalBlocker>
 #include <QtGui/QIcon>
 #include <QtWidgets/QCheckBox>

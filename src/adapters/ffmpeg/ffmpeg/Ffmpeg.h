@@ -59,6 +59,7 @@ namespace tessary {
 
 /// The functions, under their own names.
 struct Ffmpeg {
+// NOLINTNEXTLINE(bugprone-macro-parentheses): a member's name stands without them.
 #define TESSARY_MEMBER(name) decltype(&::name) name;
   TESSARY_AVUTIL_FUNCTIONS(TESSARY_MEMBER)
   TESSARY_AVCODEC_FUNCTIONS(TESSARY_MEMBER)

@@ -10,7 +10,7 @@ namespace tessary {
 namespace {
 
 constexpr uint32_t kOpaque = 0xFF000000;  // an overlay's alpha must not show what lies behind
-constexpr uint32_t kGrey = kOpaque | uint32_t(kSurroundingGrey * 255.0F + 0.5F) * 0x010101;
+const uint32_t kGrey = kOpaque | uint32_t(std::lround(kSurroundingGrey * 255.0F)) * 0x010101;
 
 uint32_t pixelAt(const uint8_t* row, int32_t x) {
   uint32_t pixel = 0;
