@@ -108,7 +108,7 @@ def main():
         os.makedirs(settings)
         with open(os.path.join(settings, name + '.ini'), 'w', encoding='utf-8') as file:
             file.write('[General]\nuniqueID=simulated-microscope\nvideoType=1684890161\nwidth=1920\n'
-                       f'height=1080\nimagePath={folder}\n')
+                       f'height=1080\nimagePath={folder}\nmaxRecord=0\n')
         log = os.path.join(folder, 'log')
         program = Program(os.path.join(ROOT, 'build/release/src/app', name), log)
         busy = subprocess.Popen([sys.executable, '-c', 'while True: pass']) if options.busy else None

@@ -1,8 +1,9 @@
-// Stills in the whole program, live at 1920 by 1080: from the Space key to the whole file under its
-// name, and the longest time that the main thread answers nothing meanwhile, beside the longest in
-// as much time without a still. Needs a display:
+// The longest time that the main thread of the whole program, live at 1920 by 1080, answers
+// nothing: while a still is saved (and from the Space key to the whole file under its name), and
+// while a slider of the camera's controls is dragged; beside the longest in as much time without.
+// Needs a display:
 //
-//   tests/ui/with_display build/release/bench/still_pause_bench [rounds]
+//   tests/ui/with_display build/release/bench/pause_bench [rounds]
 
 #include <algorithm>
 #include <chrono>
@@ -14,8 +15,10 @@
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QTimer>
+#include <QtGui/QAction>
 #include <QtGui/QKeyEvent>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QSlider>
 #include <fmt/format.h>
 
 #include "app/AppDelegate.h"
@@ -26,6 +29,7 @@
 #include "qt/QtKeyValueStore.h"
 #include "settings/Preferences.h"
 #include "simulated/SimulatedCaptureSystem.h"
+#include "ui/CameraControlsWindow.h"
 #include "ui/PreviewWindowController.h"
 
 namespace tessary {
@@ -36,6 +40,7 @@ using Milliseconds = std::chrono::duration<double, std::milli>;
 
 constexpr TextureSize kSize{1920, 1080};
 constexpr Milliseconds kBetweenStills(400);
+constexpr Milliseconds kBetweenSteps(20);  // of a slider under a hand
 constexpr Milliseconds kPatience(20000);
 
 /// Runs the event loop, in which a timer of 1 ms shows how long nothing else could run.
@@ -92,8 +97,8 @@ void printRow(const std::string& name, std::vector<double> values) {
              values.back());
 }
 
-void bench(MainThread& mainThread, const std::filesystem::path& folder, int32_t imagePNG,
-           int rounds) {
+void benchStills(MainThread& mainThread, const std::filesystem::path& folder, int32_t imagePNG,
+                 int rounds) {
   const std::string format = imagePNG != 0 ? "PNG" : "JPEG";
   const std::string extension = imagePNG != 0 ? ".png" : ".jpg";
   gPreferences->imagePNG = imagePNG;
@@ -117,6 +122,42 @@ void bench(MainThread& mainThread, const std::filesystem::path& folder, int32_t 
   printRow("the same without a still", pauseWithout);
 }
 
+/// The slider of the camera's brightness in the window of its controls.
+QSlider& openControls(MainThread& mainThread) {
+  QWidget& window = gPreviewWindowController->window();
+  for (QAction* action : window.findChildren<QAction*>())
+    if (action->text().startsWith("Camera Con")) action->trigger();
+  QSlider* slider = nullptr;
+  mainThread.runUntil([&] {
+    const auto* controls = window.findChild<CameraControlsWindow*>();
+    const auto sliders = controls ? controls->findChildren<QSlider*>() : QList<QSlider*>();
+    for (QSlider* each : sliders)
+      if (each->isVisible() && each->isEnabled()) slider = each;
+    return slider != nullptr;
+  });
+  return *slider;
+}
+
+void benchControls(MainThread& mainThread, int rounds) {
+  QSlider& slider = openControls(mainThread);
+  mainThread.runFor(Milliseconds(1000));
+  constexpr int kSteps = 20;
+  std::vector<double> pauseWith, pauseWithout;
+  for (int round = 0; round < rounds; ++round) {
+    mainThread.takeLongestPause();
+    mainThread.runFor(kSteps * kBetweenSteps);
+    pauseWithout.push_back(mainThread.takeLongestPause());
+    for (int step = 0; step < kSteps; ++step) {
+      const int way = slider.maximum() - slider.minimum();
+      slider.setValue(slider.minimum() + (round * kSteps + step) * 7 % (way + 1));
+      mainThread.runFor(kBetweenSteps);
+    }
+    pauseWith.push_back(mainThread.takeLongestPause());
+  }
+  printRow("a control dragged, longest pause", pauseWith);
+  printRow("the same without", pauseWithout);
+}
+
 void run(const std::filesystem::path& folder, int rounds) {
   Platform platform;
   auto simulated = std::make_unique<SimulatedCaptureSystem>(platform.mainQueue, frameDecoders(),
@@ -138,7 +179,8 @@ void run(const std::filesystem::path& folder, int rounds) {
   fmt::print("{}x{}, live at {:.0f} frames a second, {} rounds\n", kSize.width, kSize.height,
              view.videoFrameRate(), rounds);
   fmt::print("{:44}{:>9}{:>9}{:>9}\n", "milliseconds", "least", "median", "most");
-  for (const int32_t imagePNG : {0, 1}) bench(mainThread, folder, imagePNG, rounds);
+  for (const int32_t imagePNG : {0, 1}) benchStills(mainThread, folder, imagePNG, rounds);
+  benchControls(mainThread, rounds);
 }
 
 }  // namespace
@@ -146,7 +188,7 @@ void run(const std::filesystem::path& folder, int rounds) {
 
 int main(int argc, char** argv) {
   const int rounds = argc > 1 ? std::max(tessary::intValue(argv[1]), 1) : 20;
-  const auto application = tessary::makeApplication(argc, argv, "still-pause-bench");
+  const auto application = tessary::makeApplication(argc, argv, "pause-bench");
   const tessary::LogRedirection quiet{[](std::string_view) {}};
   std::string folder = std::filesystem::temp_directory_path() / "tessary-bench-XXXXXX";
   if (!mkdtemp(folder.data())) return 1;
