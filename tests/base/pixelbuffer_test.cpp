@@ -1,6 +1,7 @@
 #include "base/PixelBuffer.h"
 
 #include <cstring>
+#include <deque>
 #include <optional>
 #include <set>
 #include <thread>
@@ -75,6 +76,28 @@ TEST(PixelBufferPool, MoreBuffersThanItKeepsAreAllUsable) {
     for (int i = 0; i < 20; ++i) seen.insert(taken.emplace_back(pool.take(kSmall))->data());
     EXPECT_EQ(seen.size(), 20U);
   }
+}
+
+TEST(PixelBufferPool, WhatADelayMadeNecessaryIsGivenBackWhenManyPicturesDidWithout) {
+  PixelBufferPool pool;
+  {
+    std::vector<std::shared_ptr<PixelBuffer>> late;
+    for (int i = 0; i < 6; ++i) late.push_back(pool.take({64, 48}));
+  }
+  ASSERT_EQ(pool.idleBuffers(), 6U);
+  std::deque<std::shared_ptr<PixelBuffer>> ring;
+  const auto show = [&](int pictures) {
+    for (int i = 0; i < pictures; ++i) {
+      ring.push_back(pool.take({64, 48}));
+      if (ring.size() > 3) ring.pop_front();
+    }
+  };
+  show(250);
+  EXPECT_EQ(pool.idleBuffers(), 3U) << "more delays may follow";
+  show(400);
+  EXPECT_EQ(pool.idleBuffers(), 1U) << "one for the picture that comes before the oldest goes";
+  show(1000);
+  EXPECT_EQ(pool.idleBuffers(), 1U) << "what is in use again and again stays";
 }
 
 TEST(PixelBufferPool, BuffersComeAndGoOnDifferentThreads) {

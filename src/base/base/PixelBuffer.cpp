@@ -1,7 +1,9 @@
 #include "base/PixelBuffer.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
+#include <iterator>
 #include <mutex>
 #include <new>
 #include <utility>
@@ -12,6 +14,8 @@ namespace {
 
 // What a stream has in flight: three in the ring, one on its way, a few at the recorder.
 constexpr size_t kIdleBuffersKept = 8;
+/// What nobody needed for so many pictures, ten seconds' worth, is given back.
+constexpr size_t kPicturesBetweenLooks = 300;
 
 uint8_t* allocateAligned(size_t bytes) {
   const size_t rounded = std::max<size_t>((bytes + 63) / 64 * 64, 64);
@@ -30,14 +34,27 @@ PixelBuffer::PixelBuffer(TextureSize size)
 
 /// What is not lent out. Lives until the last buffer has come back.
 struct PixelBufferPool::Shelf {
-  std::mutex mutex;  // guards all below
-  std::vector<std::unique_ptr<PixelBuffer>> idle;
+  std::mutex mutex;                                // guards all below
+  std::vector<std::unique_ptr<PixelBuffer>> idle;  // the one returned last is lent out first
+  size_t picturesSinceLook = 0;
+  size_t fewestIdle = kIdleBuffersKept;  // since then
   std::vector<void*> counts;  // blocks for the reference counts of lent buffers, all of one size
 
   Shelf() {
     // So that taking something back can't fail.
     idle.reserve(kIdleBuffersKept);
     counts.reserve(kIdleBuffersKept);
+  }
+  /// To be called whenever one was lent out. What to give back, now and then.
+  std::vector<std::unique_ptr<PixelBuffer>> unneeded() {
+    fewestIdle = std::min(fewestIdle, idle.size());
+    if (++picturesSinceLook < kPicturesBetweenLooks) return {};
+    picturesSinceLook = 0;
+    const auto end = idle.begin() + std::ptrdiff_t(std::exchange(fewestIdle, kIdleBuffersKept));
+    std::vector<std::unique_ptr<PixelBuffer>> longIdle(std::make_move_iterator(idle.begin()),
+                                                       std::make_move_iterator(end));
+    idle.erase(idle.begin(), end);
+    return longIdle;
   }
   ~Shelf() {
     for (void* block : counts) ::operator delete(block);
@@ -93,6 +110,7 @@ PixelBufferPool::PixelBufferPool() : shelf_(std::make_shared<Shelf>()) {}
 
 std::shared_ptr<PixelBuffer> PixelBufferPool::take(TextureSize size) {
   std::unique_ptr<PixelBuffer> buffer;
+  std::vector<std::unique_ptr<PixelBuffer>> unneeded;  // goes without the lock
   {
     const std::lock_guard lock(shelf_->mutex);
     auto& idle = shelf_->idle;
@@ -101,9 +119,15 @@ std::shared_ptr<PixelBuffer> PixelBufferPool::take(TextureSize size) {
       buffer = std::move(idle.back());
       idle.pop_back();
     }
+    unneeded = shelf_->unneeded();
   }
   if (!buffer) buffer = std::make_unique<PixelBuffer>(size);
   return {buffer.release(), Return{shelf_}, CountAllocator<PixelBuffer>(shelf_)};
+}
+
+size_t PixelBufferPool::idleBuffers() const {
+  const std::lock_guard lock(shelf_->mutex);
+  return shelf_->idle.size();
 }
 
 }  // namespace tessary

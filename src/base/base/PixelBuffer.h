@@ -29,12 +29,15 @@ class PixelBuffer {
 };
 
 /// Hands out pixel buffers and takes them back when their last reference goes, so that a running
-/// stream allocates nothing. Any thread; buffers may outlive the pool.
+/// stream allocates nothing. Buffers that a moment's delay made necessary, and that none of some
+/// hundred pictures after it needed, are given back. Any thread; buffers may outlive the pool.
 class PixelBufferPool {
  public:
   PixelBufferPool();
   /// A buffer of `size`, contents undefined.
   std::shared_ptr<PixelBuffer> take(TextureSize size);
+  /// How many it keeps that are not lent out.
+  size_t idleBuffers() const;
 
  private:
   struct Shelf;
