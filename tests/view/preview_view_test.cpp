@@ -471,6 +471,18 @@ TEST_F(PreviewViewTest, AFrameTooSmallToBeComposedSaysThatTheOverlayIsLeftOut) {
   EXPECT_THAT(failures.text(Failure::OverlayLeftOut), HasSubstr("Choose a larger resolution"));
 }
 
+TEST_F(PreviewViewTest, FramesTooSmallToBeComposedAreSaidToBeSoUntilTheyAreNot) {
+  show({639, 480});
+  EXPECT_THAT(failures.text(Failure::FrameTooSmall),
+              HasSubstr("Pictures of 639x480 are too small to be shown. Choose 640x480 or more"));
+  show({640, 480});
+  EXPECT_EQ(failures.text(Failure::FrameTooSmall), "");
+  show({640, 479});
+  EXPECT_THAT(failures.text(Failure::FrameTooSmall), HasSubstr("640x479"));
+  view.stopPreview();
+  EXPECT_EQ(failures.text(Failure::FrameTooSmall), "") << "there are no pictures";
+}
+
 TEST_F(PreviewViewTest, WithoutAPictureAStillIsSaidToBeSavedAndNothingIsWritten) {
   test::TemporaryFolder folder;
   preferences.url = folder.path();

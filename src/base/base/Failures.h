@@ -13,6 +13,7 @@ enum class Failure {
   FramesLost,       ///< The encoder or the disk can't keep up.
   NothingRecorded,  ///< The window is hidden while a recording runs.
   Camera,           ///< In use, not permitted, without bandwidth, silent.
+  FrameTooSmall,    ///< The camera's pictures are not shown.
   SettingsNotKept,
 };
 

@@ -9,9 +9,9 @@
 namespace tessary {
 
 /// What the line over the picture says, and for how long: of several failures the one told last. A
-/// message goes with its cause, and after ten seconds in sight otherwise; what is wrong with the
-/// camera stays until it is put right, since without a picture there is nothing to cover. Main
-/// thread.
+/// message goes with its cause, and after ten seconds in sight otherwise; why there is no picture
+/// stays until it is put right, since there is nothing to cover. What comes into sight is logged.
+/// Main thread.
 class FailureMessages final : public FailureListener {
  public:
   static constexpr int kSecondsShown = 10;

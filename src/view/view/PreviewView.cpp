@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include <fmt/format.h>
+
 namespace tessary {
 namespace {
 
@@ -131,9 +133,20 @@ void PreviewView::frameSizeDidChange() {
   geometry_.frameSizeDidChange(_cvTextureSize);
   geometry_.startPreview();
   dependencies_.setNeedsDisplay();
+  if (isComposed(_cvTextureSize)) {
+    dependencies_.failures.recovered(Failure::FrameTooSmall);
+    return;
+  }
+  constexpr TextureSize kSmallest = RenderPipeline::kSmallestFrame;
+  dependencies_.failures.failed(
+      Failure::FrameTooSmall,
+      fmt::format("Pictures of {}x{} are too small to be shown. Choose {}x{} or more, or another "
+                  "microscope.",
+                  _cvTextureSize.width, _cvTextureSize.height, kSmallest.width, kSmallest.height));
 }
 
 void PreviewView::stopPreview() {
+  dependencies_.failures.recovered(Failure::FrameTooSmall);
   _cvTextureSize = {};
   geometry_.stopPreview();
   overlay_.stopPreview();
