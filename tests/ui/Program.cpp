@@ -1,18 +1,13 @@
 #include "Program.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QProcess>
 #include <QtGui/QMouseEvent>
-#include <QtGui/QScreen>
 #include <QtWidgets/QToolBar>
 #include <QtWidgets/QToolButton>
 #include <gtest/gtest.h>
-#include <xcb/xcb.h>
-
-#include "base/FourCharCode.h"
 
 namespace tessary::test {
 namespace {
@@ -36,9 +31,6 @@ class ButtonWatch final : public QObject {
 
 ButtonWatch* s_buttons = nullptr;
 
-template <typename T>
-using Reply = std::unique_ptr<T, decltype(&std::free)>;
-
 /// How often these arguments of xdotool press or let go the left button.
 int buttonEvents(const QStringList& arguments) {
   int count = 0;
@@ -59,53 +51,6 @@ bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   }
   return true;
-}
-
-std::optional<QRect> placeOnDisplay(const QWidget& window) {
-  xcb_connection_t* display =
-      qApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
-  const auto id = xcb_window_t(window.winId());
-  const auto asked = xcb_get_window_attributes(display, id);
-  const auto askedSize = xcb_get_geometry(display, id);
-  const Reply<xcb_get_window_attributes_reply_t> state(
-      xcb_get_window_attributes_reply(display, asked, nullptr), std::free);
-  const Reply<xcb_get_geometry_reply_t> size(xcb_get_geometry_reply(display, askedSize, nullptr),
-                                             std::free);
-  if (!state || !size || state->map_state != XCB_MAP_STATE_VIEWABLE) return {};
-  const Reply<xcb_translate_coordinates_reply_t> corner(
-      xcb_translate_coordinates_reply(
-          display, xcb_translate_coordinates(display, id, size->root, 0, 0), nullptr),
-      std::free);
-  if (!corner) return {};
-  return QRect(corner->dst_x, corner->dst_y, size->width, size->height);
-}
-
-bool isActiveOnDisplay(const QWidget& window) {
-  xcb_connection_t* display =
-      qApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
-  constexpr std::string_view kName = "_NET_ACTIVE_WINDOW";
-  const Reply<xcb_intern_atom_reply_t> atom(
-      xcb_intern_atom_reply(display, xcb_intern_atom(display, 1, kName.size(), kName.data()),
-                            nullptr),
-      std::free);
-  const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(display)).data->root;
-  const Reply<xcb_get_property_reply_t> active(
-      xcb_get_property_reply(
-          display, xcb_get_property(display, 0, root, atom->atom, XCB_ATOM_WINDOW, 0, 1), nullptr),
-      std::free);
-  return active && xcb_get_property_value_length(active.get()) == sizeof(xcb_window_t) &&
-         *static_cast<const xcb_window_t*>(xcb_get_property_value(active.get())) == window.winId();
-}
-
-bool isInItsPlace(const QWidget& window) {
-  // The toolkit's own two ideas of it differ until the display has answered to a move.
-  return placeOnDisplay(window) == window.geometry() &&
-         window.mapToGlobal(QPoint(0, 0)) == window.geometry().topLeft();
-}
-
-void waitForPlace(const QWidget& window) {
-  EXPECT_TRUE(waitUntil([&] { return isInItsPlace(window); }))
-      << window.windowTitle().toStdString() << " is not where it should be";
 }
 
 void minimize(QWidget& window) {
@@ -135,8 +80,8 @@ void xdotoolAtOnce(const QStringList& arguments) {
 
 void moveTo(const QWidget& widget, QPoint position) {
   waitForPlace(*widget.window());
-  const QPoint global = widget.mapToGlobal(position);
-  xdotool({"mousemove", QString::number(global.x()), QString::number(global.y())});
+  const QPoint place = onDisplay(widget, position);
+  xdotool({"mousemove", QString::number(place.x()), QString::number(place.y())});
 }
 
 void press() { xdotool({"mousedown", "1"}); }
@@ -164,15 +109,13 @@ Program::Program(Start start) : platform(std::make_unique<Platform>()) {
   auto memory = std::make_unique<MemoryKeyValueStore>();
   store = memory.get();
   auto simulated = std::make_unique<SimulatedCaptureSystem>(platform->mainQueue, frameDecoders(),
-                                                            cameraEncoder());
+                                                            cameraEncoder(), start.offered);
   microscope = simulated.get();
   const std::string uniqueID = simulated->devices().front()->uniqueID();
   if (!start.plugged) simulated->unplug();
   if (start.remembered) {
-    const uint32_t type =
-        std::string(start.subtype) == "dmb1" ? kMediaSubTypeMJPEG : kMediaSubTypeYUYV;
     memory->values = {{"uniqueID", uniqueID},
-                      {"videoType", int64_t(type)},
+                      {"videoType", int64_t(start.subtype)},
                       {"width", int64_t(start.width)},
                       {"height", int64_t(start.height)}};
   }
@@ -215,11 +158,7 @@ bool Program::waitForPicture() {
 }
 
 QImage Program::screenshot() {
-  const QPoint corner = container().mapToGlobal(QPoint(0, 0));
-  return window()
-      .screen()
-      ->grabWindow(0, corner.x(), corner.y(), container().width(), container().height())
-      .toImage();
+  return displayed(QRect(onDisplay(container(), QPoint(0, 0)), container().size()));
 }
 
 QWidget& Program::button(const char* identifier) {

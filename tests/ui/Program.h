@@ -3,18 +3,20 @@
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
+#include <vector>
 
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QSlider>
 #include <QtWidgets/QToolBar>
 
+#include "Desktop.h"
 #include "LogCapture.h"
 #include "MemoryKeyValueStore.h"
 #include "app/AppDelegate.h"
 #include "app/Application.h"
+#include "base/FourCharCode.h"
 #include "simulated/SimulatedCaptureSystem.h"
 #include "ui/CalibrationHelpWindowController.h"
 #include "ui/OptionsWindowController.h"
@@ -31,16 +33,6 @@ bool waitUntil(const std::function<bool()>& condition,
 void xdotool(const QStringList& arguments);
 /// The same, but nothing is handled meanwhile: all of it finds the windows as they are now.
 void xdotoolAtOnce(const QStringList& arguments);
-
-/// Where the display has a window, without its frame; nothing while it does not show it. The window
-/// manager moves and shows windows in its own time.
-std::optional<QRect> placeOnDisplay(const QWidget& window);
-/// Whether the window manager, too, takes it for the active window: its own keys go there.
-bool isActiveOnDisplay(const QWidget& window);
-/// Whether the display has the window where, and as large as, the program believes it to be.
-bool isInItsPlace(const QWidget& window);
-/// Waits until the display has the window where, and as large as, the program believes it to be.
-void waitForPlace(const QWidget& window);
 
 /// Minimises, and waits for the window manager, who would mix it up with a return that follows at
 /// once.
@@ -63,7 +55,8 @@ struct Start {
   bool remembered = true;  ///< The microscope, at `width` by `height`.
   int32_t width = 640;
   int32_t height = 480;
-  const char* subtype = "dmb1";
+  uint32_t subtype = kMediaSubTypeMJPEG;  ///< The remembered one.
+  std::vector<uint32_t> offered = {kMediaSubTypeMJPEG, kMediaSubTypeYUYV};
   std::function<void(MemoryKeyValueStore&)> prepare = {};
   std::function<void(Platform&)> furnish = {};  ///< Puts other things in the platform's place.
 };

@@ -107,6 +107,23 @@ TEST(Stills, SpaceSavesOneAndTheNoticeNamesItForFourSeconds) {
   EXPECT_TRUE(rig.files()[0].endsWith(".jpg"));
 }
 
+TEST(Stills, OneAfterAnotherIsSavedWhileTheNoticeShows) {
+  Rig rig;
+  ASSERT_TRUE(rig.program.waitForPicture());
+  for (const int count : {1, 2, 3}) {
+    key("space");
+    ASSERT_TRUE(rig.waitForFiles(count)) << "the keyboard stays with the main window";
+    const auto* notice = rig.dialog<FileSavedWindowController>();
+    ASSERT_TRUE(notice && waitUntil([&] { return placeOnDisplay(*notice).has_value(); }));
+  }
+  const QWidget& window = rig.program.window();
+  const QRect notice = placeOnDisplay(*rig.dialog<FileSavedWindowController>()).value();
+  const QRect main = placeOnDisplay(window).value();
+  EXPECT_LE(std::abs(notice.center().x() - main.center().x()), 1);
+  const int title = window.geometry().top() - window.frameGeometry().top();
+  EXPECT_EQ(notice.top(), main.top() - title + 67);
+}
+
 TEST(Stills, TheMicroscopesOwnButtonSavesOneWhereverTheKeyboardIs) {
   Rig rig;
   ASSERT_TRUE(rig.program.waitForPicture());

@@ -20,6 +20,25 @@ TEST(MainWindow, TheRememberedMicroscopeIsLiveAfterTheLaunch) {
   EXPECT_EQ(program.text("zoomText"), "") << "blank until the zoom is touched";
 }
 
+TEST(MainWindow, ACameraThatSendsUncompressedFramesOnlyIsLive) {
+  for (const uint32_t subtype : {kMediaSubTypeYUYV, kMediaSubTypeNV12}) {
+    Program program(Start{.subtype = subtype, .offered = {subtype}});
+    EXPECT_TRUE(program.waitForPicture());
+    EXPECT_TRUE(waitUntil([&] { return program.text("fpsText").startsWith("640x480  fps:"); }));
+    // The marks of the scale are as dark as with compressed frames, the specimen as bright.
+    const QImage picture = program.screenshot();
+    int darkest = 255;
+    int brightest = 0;
+    for (int x = 0; x < picture.width(); ++x) {
+      const int value = qGray(picture.pixel(x, picture.height() / 2));
+      darkest = std::min(darkest, value);
+      brightest = std::max(brightest, value);
+    }
+    EXPECT_LT(darkest, 45);
+    EXPECT_GT(brightest, 100);
+  }
+}
+
 TEST(MainWindow, AFirstLaunchOpensNothing) {
   Program program(Start{.remembered = false});
   EXPECT_FALSE(gCurrMicroscope);

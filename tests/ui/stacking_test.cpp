@@ -3,6 +3,7 @@
 #include <functional>
 
 #include <QtCore/QTemporaryDir>
+#include <QtGui/QWindow>
 #include <QtWidgets/QFileDialog>
 #include <QtWidgets/QMessageBox>
 #include <gtest/gtest.h>
@@ -83,6 +84,44 @@ void expectOnTop(Program& program, QWidget& floating, std::span<const Opening> o
         << isOnTop(*modal()).message();
     modal()->close();
     ASSERT_TRUE(waitUntil([] { return modal() == nullptr; }));
+  }
+}
+
+TEST(Stacking, HelpAndOptionsStayAboveTheMainWindowInUse) {
+  Program program;
+  ASSERT_TRUE(program.waitForPicture());
+  program.window().showMaximized();
+  ASSERT_TRUE(waitUntil([&] { return program.container().height() > 700; }));
+  const struct {
+    const char* key;
+    std::function<QWidget*()> window;
+  } floating[] = {{"F1", [] { return gCalibrationHelpWindowController.get(); }},
+                  {"ctrl+comma", [] { return gOptionsWindowController.get(); }}};
+  for (const auto& each : floating) {
+    SCOPED_TRACE(each.key);
+    key(each.key);
+    ASSERT_TRUE(waitUntil([&] { return each.window() && each.window()->isActiveWindow(); }));
+    QWidget& window = *each.window();
+    EXPECT_EQ(window.windowHandle()->transientParent(), program.window().windowHandle());
+    waitForPlace(window);
+    // Beside what floats, wherever that was put.
+    const QRect over = placeOnDisplay(window).value().adjusted(-60, -60, 60, 60);
+    const QWidget& picture = program.container();
+    for (const QPoint place :
+         {QPoint(60, 60), QPoint(picture.width() - 60, 60), QPoint(60, picture.height() - 60)}) {
+      if (over.contains(onDisplay(picture, place))) continue;
+      click(picture, place);
+      break;
+    }
+    if (isWayland()) {
+      // The test's compositor leaves the keyboard with the window on top.
+      EXPECT_TRUE(waitUntil([&] { return placeOnDisplay(window).has_value(); }));
+    } else {
+      ASSERT_TRUE(waitUntil([&] { return program.window().isActiveWindow(); }));
+      EXPECT_TRUE(isOnTop(window));
+    }
+    window.close();
+    ASSERT_TRUE(waitUntil([&] { return program.window().isActiveWindow(); }));
   }
 }
 

@@ -69,8 +69,8 @@ class Tools : public ::testing::Test {
   /// The pointer goes there, and does this there; all in one run of xdotool.
   static void pointer(const QWidget& widget, QPoint place, const QStringList& then = {}) {
     waitForPlace(*widget.window());
-    const QPoint global = widget.mapToGlobal(place);
-    xdotool(QStringList{"mousemove", QString::number(global.x()), QString::number(global.y())} +
+    const QPoint there = onDisplay(widget, place);
+    xdotool(QStringList{"mousemove", QString::number(there.x()), QString::number(there.y())} +
             then);
   }
   /// The whole of a line, a circle or a rectangle.

@@ -25,6 +25,7 @@ CalibrationHelpWindowController::~CalibrationHelpWindowController() = default;
 
 void CalibrationHelpWindowController::setParentWindow(const QWidget& parent) {
   placeBelowTitle(*this, parent);
+  keepAbove(*this, parent);
 }
 
 }  // namespace tessary

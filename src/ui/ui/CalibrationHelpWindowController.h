@@ -17,7 +17,7 @@ class CalibrationHelpWindowController final : public QWidget {
   CalibrationHelpWindowController();
   ~CalibrationHelpWindowController() override;
 
-  /// Places the window relative to the main window.
+  /// Places the window relative to the main window, and keeps it above that.
   void setParentWindow(const QWidget& parent);
 
  private:

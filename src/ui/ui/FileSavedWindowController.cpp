@@ -17,8 +17,7 @@ constexpr std::chrono::milliseconds kTick(100);
 }  // namespace
 
 FileSavedWindowController::FileSavedWindowController(QWidget* parent)
-    : QWidget(parent, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus),
-      ui_(std::make_unique<Ui::FileSavedWindowController>()) {
+    : QWidget(parent, noticeFlags()), ui_(std::make_unique<Ui::FileSavedWindowController>()) {
   ui_->setupUi(this);
   setAttribute(Qt::WA_ShowWithoutActivating);
   connect(&timer, &QTimer::timeout, this, &FileSavedWindowController::timerTriggered);

@@ -51,6 +51,7 @@ void OptionsWindowController::windowDidLoad() {
 
 void OptionsWindowController::setParentWindow(const QWidget& parent) {
   placeBelowTitle(*this, parent);
+  keepAbove(*this, parent);
 }
 
 void OptionsWindowController::okClicked() {

@@ -4,7 +4,9 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QStandardPaths>
+#include <QtGui/QGuiApplication>
 #include <QtGui/QScreen>
+#include <QtGui/QWindow>
 #include <QtWidgets/QFileDialog>
 
 #include "base/FileCalls.h"
@@ -35,6 +37,19 @@ void placeBeside(QWidget& window, const QWidget& parent) {
 
 void placeBelowTitle(QWidget& window, const QWidget& parent) {
   placeIn(window, parent, kBelowTitle);
+}
+
+void keepAbove(QWidget& window, const QWidget& parent) {
+  window.winId();  // makes the platform's window
+  window.windowHandle()->setTransientParent(parent.windowHandle());
+}
+
+Qt::WindowFlags noticeFlags() {
+  // Wayland gives any window the keyboard when it shows, and lets only popups be placed. X11 would
+  // keep a popup above the windows of all other programs, too.
+  const bool isWayland = QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+  return (isWayland ? Qt::ToolTip : Qt::Tool) | Qt::FramelessWindowHint |
+         Qt::WindowDoesNotAcceptFocus;
 }
 
 QMessageBox& openAlert(QWidget& window, QMessageBox::Icon icon, const QString& message,

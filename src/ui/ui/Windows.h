@@ -14,6 +14,14 @@ void placeIn(QWidget& window, const QWidget& parent, double below);
 /// The place of the auxiliary windows: 77 below.
 void placeBelowTitle(QWidget& window, const QWidget& parent);
 
+/// Has the window manager keep `window`, which is not shown yet, above `parent`, and minimise it
+/// with that. Where programs can't raise or place their windows, as under Wayland, nothing else
+/// does.
+void keepAbove(QWidget& window, const QWidget& parent);
+
+/// The flags of a notice over the picture, which never takes the keyboard.
+Qt::WindowFlags noticeFlags();
+
 /// Places `window`, which has its size, beside `parent`.
 void placeBeside(QWidget& window, const QWidget& parent);
 

@@ -97,9 +97,17 @@ inline std::shared_ptr<ImageEncoder> cameraEncoder() {
   return std::make_shared<JpegImageEncoder>(JpegImageEncoder::kCameraFrame);
 }
 
+/// All that the simulated microscope can send.
+inline const std::vector<uint32_t> kAllSubTypes = {kMediaSubTypeMJPEG, kMediaSubTypeYUYV,
+                                                   kMediaSubTypeNV12};
+
 /// A simulated microscope, and a stream of it.
 class SimulatedRig {
  public:
+  explicit SimulatedRig(std::vector<uint32_t> mediaSubTypes = {kMediaSubTypeMJPEG,
+                                                               kMediaSubTypeYUYV})
+      : system(mainQueue, decoders(), cameraEncoder(), std::move(mediaSubTypes)) {}
+
   std::shared_ptr<CaptureDevice> microscope() { return system.devices().at(0); }
 
   void open() {
@@ -129,7 +137,7 @@ class SimulatedRig {
   }
 
   ManualExecutor mainQueue;
-  SimulatedCaptureSystem system{mainQueue, decoders(), cameraEncoder()};
+  SimulatedCaptureSystem system;
   CollectingSink sink;
   std::unique_ptr<CaptureDeviceInput> input;
 };

@@ -36,7 +36,7 @@ TEST(SimulatedCaptureSystem, OffersTwoKindsOfPicturesInThreeSizes) {
 
 TEST(SimulatedCaptureSystem, AFormatIsInForceOnceItIsUnlocked) {
   SimulatedRig rig;
-  SimulatedMicroscope microscope;
+  SimulatedMicroscope microscope(test::kAllSubTypes);
   const CaptureFormat first = microscope.formats().at(0);
   const CaptureFormat wanted = microscope.formats().at(4);
   ASSERT_TRUE(microscope.lockForConfiguration());
@@ -48,7 +48,7 @@ TEST(SimulatedCaptureSystem, AFormatIsInForceOnceItIsUnlocked) {
 }
 
 TEST(SimulatedCaptureSystem, AFormatThatIsNotOfferedIsIgnored) {
-  SimulatedMicroscope microscope;
+  SimulatedMicroscope microscope(test::kAllSubTypes);
   CaptureFormat odd = microscope.formats().at(0);
   odd.width = 641;
   microscope.setActiveFormat(odd);
@@ -66,7 +66,7 @@ TEST(SimulatedCaptureSystem, FrameDurationsStayInTheirRange) {
       {{1, 60}, {1, 30}}, {{999, 30000}, {1, 30}}, {{1, 4}, {1, 5}}, {{0, 1}, {1, 30}},
       {{7, 0}, {1, 30}},
   };
-  SimulatedMicroscope microscope;
+  SimulatedMicroscope microscope(test::kAllSubTypes);
   for (const Row& row : rows) {
     microscope.setActiveVideoMinFrameDuration(row.asked);
     microscope.unlockForConfiguration();

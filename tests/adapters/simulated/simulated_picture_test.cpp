@@ -10,7 +10,7 @@
 namespace tessary {
 namespace {
 
-std::vector<CaptureFormat> formats() { return SimulatedMicroscope().formats(); }
+std::vector<CaptureFormat> formats() { return SimulatedMicroscope(test::kAllSubTypes).formats(); }
 
 /// Decoded frames of one format.
 class Pictures {

@@ -15,9 +15,10 @@ constexpr uint32_t kMjpeg = kMediaSubTypeMJPEG;
 constexpr uint32_t kRaw = kMediaSubTypeYUYV;
 
 TEST(SimulatedStream, EveryFormatArrivesInItsSize) {
-  const std::vector<CaptureFormat> formats = SimulatedRig().microscope()->formats();
+  const std::vector<CaptureFormat> formats =
+      SimulatedRig(test::kAllSubTypes).microscope()->formats();
   for (const CaptureFormat& format : formats) {
-    SimulatedRig rig;
+    SimulatedRig rig(test::kAllSubTypes);
     rig.start(format);
     ASSERT_TRUE(rig.sink.waitForFrames(2)) << format.width;
     rig.input->stopStreaming();

@@ -13,8 +13,10 @@ namespace {
 constexpr size_t kLongestLoop = 48;
 constexpr size_t kRawBytesKept = 64'000'000;  // so that uncompressed frames don't fill the memory
 
+/// Of an uncompressed frame. Sizes are even.
 size_t rawBytes(const CaptureFormat& format) {
-  return size_t(format.width) * 2 * size_t(format.height);
+  const size_t pixels = size_t(format.width) * size_t(format.height);
+  return format.mediaSubType == kMediaSubTypeNV12 ? pixels * 3 / 2 : pixels * 2;
 }
 
 size_t loopLength(const CaptureFormat& format) {
@@ -41,7 +43,11 @@ FrameLoop::FrameLoop(const CaptureFormat& format, std::shared_ptr<ImageEncoder> 
 FrameLoop::~FrameLoop() = default;
 
 size_t FrameLoop::bytesPerRow() const {
-  return format_.mediaSubType == kMediaSubTypeMJPEG ? 0 : size_t(format_.width) * 2;
+  switch (format_.mediaSubType) {
+    case kMediaSubTypeMJPEG: return 0;
+    case kMediaSubTypeNV12: return size_t(format_.width);
+    default: return size_t(format_.width) * 2;
+  }
 }
 
 std::span<const uint8_t> FrameLoop::frame(size_t index) {
@@ -60,8 +66,15 @@ std::vector<uint8_t> FrameLoop::encoded(size_t index) {
   renderer_->scene.draw(index, picture);
   if (format_.mediaSubType == kMediaSubTypeMJPEG) return encoder_->encode(picture);
   std::vector<uint8_t> bytes(rawBytes(format_));
-  libyuv::ARGBToYUY2(picture.data(), int(picture.bytesPerRow()), bytes.data(), int(bytesPerRow()),
-                     format_.width, format_.height);
+  const int row = int(bytesPerRow());
+  if (format_.mediaSubType == kMediaSubTypeNV12) {
+    libyuv::ARGBToNV12(picture.data(), int(picture.bytesPerRow()), bytes.data(), row,
+                       bytes.data() + size_t(row) * size_t(format_.height), row, format_.width,
+                       format_.height);
+  } else {
+    libyuv::ARGBToYUY2(picture.data(), int(picture.bytesPerRow()), bytes.data(), row, format_.width,
+                       format_.height);
+  }
   return bytes;
 }
 

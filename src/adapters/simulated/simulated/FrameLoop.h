@@ -17,7 +17,7 @@ namespace tessary {
 /// is there quickly and replaying costs nothing. One thread at a time.
 class FrameLoop {
  public:
-  /// `format` is 'dmb1' or 'yuvs'; `encoder` makes the frames of 'dmb1'.
+  /// `format` is 'dmb1', 'yuvs' or '420v'; `encoder` makes the frames of 'dmb1'.
   FrameLoop(const CaptureFormat& format, std::shared_ptr<ImageEncoder> encoder);
   ~FrameLoop();
   FrameLoop(const FrameLoop&) = delete;
@@ -25,7 +25,7 @@ class FrameLoop {
 
   const CaptureFormat& format() const { return format_; }
   size_t frameCount() const { return frames_.size(); }
-  /// Of the frames' rows; 0 for 'dmb1', which has none.
+  /// Of the frames' rows, or of either plane's; 0 for 'dmb1', which has none.
   size_t bytesPerRow() const;
   /// Frame `index` modulo frameCount(). Empty only when the encoder fails.
   std::span<const uint8_t> frame(size_t index);

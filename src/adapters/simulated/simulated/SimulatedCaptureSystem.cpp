@@ -8,11 +8,13 @@
 namespace tessary {
 
 SimulatedCaptureSystem::SimulatedCaptureSystem(Executor& mainQueue, FrameDecoderFactory makeDecoder,
-                                               std::shared_ptr<ImageEncoder> encoder)
+                                               std::shared_ptr<ImageEncoder> encoder,
+                                               std::vector<uint32_t> mediaSubTypes)
     : mainQueue_(mainQueue),
       makeDecoder_(std::move(makeDecoder)),
       encoder_(std::move(encoder)),
-      plugged_(std::make_shared<SimulatedMicroscope>()) {
+      mediaSubTypes_(std::move(mediaSubTypes)),
+      plugged_(std::make_shared<SimulatedMicroscope>(mediaSubTypes_)) {
   listed_ = plugged_;
 }
 
@@ -51,7 +53,7 @@ void SimulatedCaptureSystem::setHotPlugHandlers(std::function<void()> deviceWasC
 
 void SimulatedCaptureSystem::plug() {
   if (plugged_) return;
-  plugged_ = std::make_shared<SimulatedMicroscope>();
+  plugged_ = std::make_shared<SimulatedMicroscope>(mediaSubTypes_);
   tell();
 }
 

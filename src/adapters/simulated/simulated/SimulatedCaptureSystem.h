@@ -3,8 +3,10 @@
 #include <chrono>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "base/Executor.h"
+#include "base/FourCharCode.h"
 #include "base/Lifetime.h"
 #include "platform/CaptureSystem.h"
 #include "platform/FrameDecoder.h"
@@ -17,9 +19,11 @@ namespace tessary {
 class SimulatedCaptureSystem final : public CaptureSystem {
  public:
   /// Hot-plug handlers are posted to `mainQueue`; `encoder` compresses what the microscope sends,
-  /// and `makeDecoder` serves the streams of it.
+  /// and `makeDecoder` serves the streams of it. The microscope offers `mediaSubTypes`.
   SimulatedCaptureSystem(Executor& mainQueue, FrameDecoderFactory makeDecoder,
-                         std::shared_ptr<ImageEncoder> encoder);
+                         std::shared_ptr<ImageEncoder> encoder,
+                         std::vector<uint32_t> mediaSubTypes = {kMediaSubTypeMJPEG,
+                                                                kMediaSubTypeYUYV});
   ~SimulatedCaptureSystem() override;
 
   std::vector<std::shared_ptr<CaptureDevice>> devices() override;
@@ -57,6 +61,7 @@ class SimulatedCaptureSystem final : public CaptureSystem {
   Executor& mainQueue_;
   const FrameDecoderFactory makeDecoder_;
   const std::shared_ptr<ImageEncoder> encoder_;
+  const std::vector<uint32_t> mediaSubTypes_;
   std::shared_ptr<SimulatedMicroscope> plugged_;  // null while unplugged
   std::string openFailure_;
   std::shared_ptr<SimulatedMicroscope> listed_;  // what the program has been told of, null for none

@@ -11,9 +11,9 @@ namespace {
 constexpr Fraction kShortest{1, 30};
 constexpr Fraction kLongest{1, 5};
 
-std::vector<CaptureFormat> offeredFormats() {
+std::vector<CaptureFormat> offeredFormats(std::span<const uint32_t> mediaSubTypes) {
   std::vector<CaptureFormat> formats;
-  for (const uint32_t mediaSubType : {kMediaSubTypeMJPEG, kMediaSubTypeYUYV}) {
+  for (const uint32_t mediaSubType : mediaSubTypes) {
     for (const auto& [width, height] : {std::pair(640, 480), {1280, 720}, {1920, 1080}}) {
       formats.push_back({mediaSubType, width, height, {{kShortest, kLongest}}});
     }
@@ -27,8 +27,10 @@ bool isLonger(Fraction a, Fraction b) {
 
 }  // namespace
 
-SimulatedMicroscope::SimulatedMicroscope()
-    : formats_(offeredFormats()), inForce_{formats_.front(), kShortest, 0}, wanted_(inForce_) {}
+SimulatedMicroscope::SimulatedMicroscope(std::span<const uint32_t> mediaSubTypes)
+    : formats_(offeredFormats(mediaSubTypes)),
+      inForce_{formats_.front(), kShortest, 0},
+      wanted_(inForce_) {}
 
 std::string SimulatedMicroscope::modelID() const {
   return "UVC Camera VendorID_1374 ProductID_41312";

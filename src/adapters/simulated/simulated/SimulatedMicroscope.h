@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <stop_token>
 
 #include "platform/CaptureSystem.h"
@@ -12,8 +13,7 @@
 
 namespace tessary {
 
-/// A microscope that is not there: it counts as a real one by its numbers, and offers 'dmb1' and
-/// 'yuvs' at 640x480, 1280x720 and 1920x1080 with 5 to 30 frames a second. What a stream needs of
+/// A microscope that is not there: it counts as a real one by its numbers. What a stream needs of
 /// it may be called on any thread.
 class SimulatedMicroscope final : public CaptureDevice {
  public:
@@ -26,7 +26,9 @@ class SimulatedMicroscope final : public CaptureDevice {
     uint64_t revision = 0;
   };
 
-  SimulatedMicroscope();
+  /// Offers each of `mediaSubTypes`, of 'dmb1', 'yuvs' and '420v', at 640x480, 1280x720 and
+  /// 1920x1080 with 5 to 30 frames a second.
+  explicit SimulatedMicroscope(std::span<const uint32_t> mediaSubTypes);
 
   std::string modelID() const override;
   std::string uniqueID() const override;

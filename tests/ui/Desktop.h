@@ -1,0 +1,31 @@
+#pragma once
+// Where the display has the program's windows, which only the display knows: X11, or a Wayland
+// compositor that shows itself in a window of an X11 display and covers it.
+
+#include <optional>
+
+#include <QtCore/QRect>
+#include <QtGui/QImage>
+#include <QtWidgets/QWidget>
+
+namespace tessary::test {
+
+bool isWayland();
+
+/// Where the display has a window, without its frame; nothing while it does not show it, or not
+/// enough of it. The window manager moves and shows windows in its own time.
+std::optional<QRect> placeOnDisplay(const QWidget& window);
+/// Whether the window manager, too, takes it for the active window: its own keys go there.
+bool isActiveOnDisplay(const QWidget& window);
+/// Whether the display has the window where, and as large as, the program believes it to be.
+/// Wayland tells programs no places.
+bool isInItsPlace(const QWidget& window);
+/// Waits until the display has the window where, and as large as, the program believes it to be.
+void waitForPlace(const QWidget& window);
+
+/// Where the display has this position of a widget, whose window is in its place.
+QPoint onDisplay(const QWidget& widget, QPoint position);
+/// What the display shows there.
+QImage displayed(const QRect& place);
+
+}  // namespace tessary::test
