@@ -17,7 +17,7 @@ namespace {
 using namespace tessary::lab;
 namespace fs = std::filesystem;
 
-constexpr Size kSizes[] = {{640, 480}, {1280, 720}, {1920, 1080}};
+constexpr Size kSizes[] = {{320, 240}, {640, 480}, {1280, 720}, {1920, 1080}};
 constexpr uint16_t kMjpegPictures = 30;
 constexpr uint16_t kYuyvPictures = 4;  // they are large
 

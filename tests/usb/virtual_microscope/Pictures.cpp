@@ -6,6 +6,7 @@
 #include <iterator>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -48,11 +49,15 @@ VideoFormat loadFormat(const fs::path& folder, const std::vector<Size>& wanted, 
 
 }  // namespace
 
-std::vector<VideoFormat> loadPictures(const fs::path& folder, const std::vector<Size>& wanted) {
+std::vector<VideoFormat> loadPictures(const fs::path& folder, const std::vector<Size>& wanted,
+                                      std::optional<Coding> coding) {
   std::vector<VideoFormat> formats;
-  for (VideoFormat& format : std::vector{loadFormat(folder, wanted, Coding::Mjpeg, ".mjpeg"),
-                                         loadFormat(folder, wanted, Coding::Yuyv, ".yuyv")})
+  for (const auto& [each, extension] :
+       {std::pair(Coding::Mjpeg, ".mjpeg"), {Coding::Yuyv, ".yuyv"}}) {
+    if (coding && coding != each) continue;
+    VideoFormat format = loadFormat(folder, wanted, each, extension);
     if (!format.sizes.empty()) formats.push_back(std::move(format));
+  }
   if (formats.empty())
     throw std::runtime_error(fmt::format("no pictures to send in {}", folder.string()));
   return formats;

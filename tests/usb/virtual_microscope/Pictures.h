@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <vector>
 
 #include "common/Numbers.h"
@@ -22,8 +23,10 @@ struct VideoFormat {
 };
 
 /// The formats found in `folder` (WxH.mjpeg and WxH.yuyv), MJPEG first. Only the sizes in `wanted`,
-/// unless that is empty. Throws std::runtime_error if that leaves nothing.
+/// unless that is empty, and only `coding`, if there is one. Throws std::runtime_error if that
+/// leaves nothing.
 std::vector<VideoFormat> loadPictures(const std::filesystem::path& folder,
-                                      const std::vector<Size>& wanted);
+                                      const std::vector<Size>& wanted,
+                                      std::optional<Coding> coding);
 
 }  // namespace tessary::lab

@@ -4,6 +4,7 @@
 //
 // virtual_microscope --pictures FOLDER [options]
 //   --sizes WxH[,WxH...]    of those in FOLDER, the sizes to offer (default: all)
+//   --coding mjpeg|yuyv     the only one to offer (default: both)
 //   --vendor 055e --product a160 --name NAME --serial TEXT
 //   --port N                of the host controller, 0 to 7
 //   --fps N                 at most; the host chooses 30 or 15
@@ -23,6 +24,7 @@
 #include <algorithm>
 #include <exception>
 #include <limits>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -64,10 +66,17 @@ std::vector<Size> sizeList(const std::string& text) {
   return sizes;
 }
 
+Coding codingNamed(const std::string& text) {
+  if (text == "mjpeg") return Coding::Mjpeg;
+  if (text == "yuyv") return Coding::Yuyv;
+  throw std::runtime_error(fmt::format("'{}' is no coding", text));
+}
+
 VirtualMicroscope::Options parse(const std::vector<std::string>& words) {
   VirtualMicroscope::Options options;
   std::string pictures;
   std::vector<Size> sizes;
+  std::optional<Coding> coding;
   for (size_t i = 0; i < words.size(); ++i) {
     const std::string& option = words[i];
     const auto value = [&]() -> const std::string& {
@@ -78,6 +87,8 @@ VirtualMicroscope::Options parse(const std::vector<std::string>& words) {
       pictures = value();
     else if (option == "--sizes")
       sizes = sizeList(value());
+    else if (option == "--coding")
+      coding = codingNamed(value());
     else if (option == "--vendor")
       options.identity.vendor = usbNumber(value());
     else if (option == "--product")
@@ -98,7 +109,7 @@ VirtualMicroscope::Options parse(const std::vector<std::string>& words) {
       throw std::runtime_error(fmt::format("'{}' is not understood", option));
   }
   if (pictures.empty()) throw std::runtime_error("--pictures is missing");
-  options.formats = loadPictures(pictures, sizes);
+  options.formats = loadPictures(pictures, sizes, coding);
   return options;
 }
 
