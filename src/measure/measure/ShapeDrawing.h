@@ -4,6 +4,7 @@
 #include <initializer_list>
 #include <string>
 
+#include "measure/ShapeValues.h"
 #include "measure/Shapes.h"
 #include "measure/ToolState.h"
 #include "overlay/OverlayContext.h"
@@ -14,8 +15,8 @@ namespace tessary {
 /// rectangles; none touches the total lists or tests the index. How far a construction has come is
 /// told by `_iDrawingShape` and `_opr2`, so a stale index draws a shape as half made: accepted.
 ///
-/// Lengths are labelled only under a calibration. They become single precision before they are
-/// divided, and are rounded by the label's format alone. Main thread.
+/// Lengths are labelled only under a calibration. What a label says is decided by
+/// measure/ShapeValues.h. Main thread.
 class ShapeDrawing {
  public:
   ShapeDrawing(OverlayContext& context, Shapes& shapes, const ToolState& tool)
@@ -41,10 +42,11 @@ class ShapeDrawing {
   void drawShapeText(int32_t index);
 
  private:
-  bool isCalibrated() const { return context_.calibration._pixelsPerUnit > 0; }
+  bool isCalibrated() const { return context_.calibration.isCalibrated(); }
   VertexColor vertexColor() const;
-  /// A length or area in pixels as a label shows it.
-  double labelValue(float pixels) const;
+  ShapeValues valuesOf(const SHAPE& shape) const;
+  /// The number with its unit, as labels show it.
+  void appendValue(std::string& text, const ShapeValue& value) const;
 
   void addLine(SHAPE& shape, ImagePoint from, ImagePoint to);
   /// The four sides of the rectangle with these opposite corners.

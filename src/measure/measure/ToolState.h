@@ -20,6 +20,10 @@ struct ToolState {
 
   bool isDragTool() const { return _opr1 == kOprDrag; }
   bool isSelected(int32_t index) const { return index == _iSelectedShape; }
+  /// Whether the shape at `index`, of a type with a third point, does not have that point yet.
+  bool isHalfMade(int32_t index, int32_t type) const {
+    return hasThirdPoint(type) && index == _iDrawingShape && _opr2 != type;
+  }
   bool isMarked(int32_t index) const { return isSelected(index) || index == _iHoverShape; }
 
   int32_t _opr1 = kOprDrag;  ///< The tool in hand, or the end of the calibration line.
