@@ -139,7 +139,7 @@ void bench(const std::string& title, const PixelBuffer& picture, const std::stri
   test::FakeFailureListener failures;
   StillImage still(jpeg, png, mainQueue, failures);
   const auto save = [&](const std::string& name, int32_t imagePNG) {
-    if (!still.saveImageFile(folder, name, imagePNG, picture)) std::exit(1);
+    if (!still.saveImageFile(folder, name, imagePNG, picture, {})) std::exit(1);
     return size_t(std::filesystem::file_size(std::filesystem::path(folder) / name));
   };
   std::vector<Step> steps{

@@ -47,12 +47,14 @@ TEST(SystemClock, TellsTheLocalTimeOfNow) {
     const char* zone;
     std::time_t offset;
   };
-  for (const Row& row : {Row{"UTC0", 0}, Row{"XXX-9", 9 * 3600}, Row{"YYY8", -8 * 3600}}) {
+  for (const Row& row : {Row{"UTC0", 0}, Row{"XXX-9", 9 * 3600}, Row{"YYY8", -8 * 3600},
+                         Row{"ZZZ-5:45", 5 * 3600 + 45 * 60}}) {
     const TimeZone zone(row.zone);
     const std::time_t before = std::time(nullptr);
     const std::time_t told = secondsAsIfUtc(SystemClock().localTime()) - row.offset;
     const std::time_t after = std::time(nullptr);
     EXPECT_GE(told, before) << row.zone;
+    EXPECT_EQ(SystemClock().localTime().utcOffset, row.offset) << row.zone;
     EXPECT_LE(told, after + 1) << row.zone;  // time() may lag the finer clock by a tick
   }
 }

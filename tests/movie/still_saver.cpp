@@ -22,8 +22,8 @@ int main(int argc, char** argv) {
     test::ManualExecutor mainQueue;  // nobody reads what is told
     test::FakeFailureListener failures;
     StillImage still(jpeg, png, mainQueue, failures);
-    still.saveImageFile(argv[1], "still.jpg", 0, picture);
-    still.saveImageFile(argv[1], "still.png", 1, picture);
+    still.saveImageFile(argv[1], "still.jpg", 0, picture, {});
+    still.saveImageFile(argv[1], "still.png", 1, picture, {});
   }
   fmt::print("alive\n");
 }

@@ -16,6 +16,7 @@
 #include "LogCapture.h"
 #include "ManualExecutor.h"
 #include "TemporaryFolder.h"
+#include "output/XmpPacket.h"
 
 namespace tessary {
 namespace {
@@ -24,6 +25,7 @@ using test::contentsOf;
 using test::LogCapture;
 using test::TemporaryFolder;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
 
@@ -31,15 +33,20 @@ using ::testing::StartsWith;
 class FakeEncoder final : public ImageEncoder {
  public:
   explicit FakeEncoder(std::string name) : name_(std::move(name)) {}
-  std::vector<uint8_t> encode(const PixelBuffer& picture) override {
+  std::vector<uint8_t> encode(const PixelBuffer& picture, const std::string& xmp) override {
     ++calls;
+    lastXmp = xmp;
     if (fails) return {};
     std::vector<uint8_t> bytes(name_.begin(), name_.end());
     bytes.insert(bytes.end(), picture.data(), picture.data() + picture.byteCount());
     return bytes;
   }
+  size_t xmpRoom() const override { return room; }
+
   bool fails = false;
   int calls = 0;
+  size_t room = 100'000;
+  std::string lastXmp;
 
  private:
   std::string name_;
@@ -70,7 +77,7 @@ class StillImageTest : public ::testing::Test {
   StillImageTest() { std::memset(picture.data(), 'p', picture.byteCount()); }
 
   bool save(const std::string& in, const std::string& name, int32_t imagePNG) {
-    return still.saveImageFile(in, name, imagePNG, picture);
+    return still.saveImageFile(in, name, imagePNG, picture, {});
   }
 
   /// What the user reads of pictures.
@@ -100,6 +107,18 @@ TEST_F(StillImageTest, TheFormatChoosesTheEncoder) {
   EXPECT_THAT(log.lines(), IsEmpty());
 }
 
+TEST_F(StillImageTest, SaysInTheFileWhereThePictureComesFrom) {
+  const StillInfo info{{2025, 1, 15, 9, 30, 5, -3600}, "Scope 55", -1.0F, "mm"};
+  EXPECT_TRUE(still.saveImageFile(folder.path(), "a.png", 1, picture, info));
+  EXPECT_EQ(png.lastXmp, xmpPacket(info, {2, 1}, png.room));
+  EXPECT_THAT(png.lastXmp, HasSubstr("Scope 55"));
+  jpeg.room = 10;
+  EXPECT_TRUE(still.saveImageFile(folder.path(), "b.jpg", 0, picture, info));
+  EXPECT_EQ(jpeg.lastXmp, "");
+  EXPECT_EQ(contentsOf(folder.file("b.jpg")), "jpeg:pppppppp")
+      << "the picture is saved all the same";
+}
+
 TEST_F(StillImageTest, ANameThatExistsIsOverwritten) {
   test::makeFile(folder.file("a.jpg"), "a picture of another day, longer than this one");
   EXPECT_TRUE(save(folder.path(), "a.jpg", 0));
@@ -127,7 +146,7 @@ TEST_F(StillImageTest, ADestinationThatCanNotBeMadeIsAnsweredFalse) {
 
 TEST_F(StillImageTest, WithoutAPictureNothingIsWrittenAndTheAnswerIsTrue) {
   for (const TextureSize size : {TextureSize{0, 0}, TextureSize{640, 0}, TextureSize{0, 480}}) {
-    EXPECT_TRUE(still.saveImageFile(folder.path(), "a.jpg", 0, PixelBuffer(size)));
+    EXPECT_TRUE(still.saveImageFile(folder.path(), "a.jpg", 0, PixelBuffer(size), {}));
   }
   EXPECT_THAT(folder.names(), IsEmpty());
   EXPECT_EQ(log.lines().size(), 3U);
@@ -137,7 +156,8 @@ TEST_F(StillImageTest, WithoutAPictureNothingIsWrittenAndTheAnswerIsTrue) {
 }
 
 TEST_F(StillImageTest, WithoutAPictureAFolderThatIsGoneIsStillAnsweredFalse) {
-  EXPECT_FALSE(still.saveImageFile(folder.file("gone"), "a.jpg", 0, PixelBuffer(TextureSize{})));
+  EXPECT_FALSE(
+      still.saveImageFile(folder.file("gone"), "a.jpg", 0, PixelBuffer(TextureSize{}), {}));
 }
 
 TEST_F(StillImageTest, AFailingEncoderIsLoggedAndLeavesNothing) {
@@ -154,7 +174,7 @@ TEST_F(StillImageTest, AFullDiskIsLoggedAndLeavesNothing) {
   std::memset(const_cast<uint8_t*>(large.data()), 'p', large.byteCount());
   {
     const test::FileSizeLimit limit(4096);
-    EXPECT_TRUE(still.saveImageFile(folder.path(), "a.jpg", 0, large));
+    EXPECT_TRUE(still.saveImageFile(folder.path(), "a.jpg", 0, large, {}));
   }
   EXPECT_THAT(folder.names(), IsEmpty());
   EXPECT_THAT(log.lines(),
@@ -184,7 +204,7 @@ TEST_F(StillImageTest, ADiskThatDoesNotAnswerIsNotWaitedForTwice) {
   const TemporaryFolder another;
   {
     StillImage stuck(jpeg, png, mainQueue, failures, disk, kShort);
-    EXPECT_FALSE(stuck.saveImageFile(folder.path(), "a.jpg", 0, picture));
+    EXPECT_FALSE(stuck.saveImageFile(folder.path(), "a.jpg", 0, picture, {}));
     EXPECT_EQ(log.lines(),
               (std::vector<std::string>{"Can NOT save file: " + folder.file("a.jpg"),
                                         "No file can be made in the folder " + folder.path() +
@@ -194,9 +214,9 @@ TEST_F(StillImageTest, ADiskThatDoesNotAnswerIsNotWaitedForTwice) {
               "Options.");
     const auto before = std::chrono::steady_clock::now();
     for (int i = 0; i < 100; ++i)
-      EXPECT_FALSE(stuck.saveImageFile(folder.path(), "b.jpg", 0, picture));
+      EXPECT_FALSE(stuck.saveImageFile(folder.path(), "b.jpg", 0, picture, {}));
     EXPECT_LT(std::chrono::steady_clock::now() - before, 100 * kShort);
-    EXPECT_FALSE(stuck.saveImageFile(another.path(), "c.jpg", 0, picture)) << "stuck as well";
+    EXPECT_FALSE(stuck.saveImageFile(another.path(), "c.jpg", 0, picture, {})) << "stuck as well";
     EXPECT_EQ(SerialQueue::abandonedThreads(), 1);
   }
   EXPECT_EQ(SerialQueue::abandonedThreads(), 2);
@@ -208,13 +228,13 @@ TEST_F(StillImageTest, ADiskThatDoesNotAnswerIsNotWaitedForTwice) {
 TEST_F(StillImageTest, ADiskThatIsSlowToWriteGetsItsPictureLater) {
   StuckDisk disk(false);
   StillImage slow(jpeg, png, mainQueue, failures, disk, kShort);
-  EXPECT_TRUE(slow.saveImageFile(folder.path(), "a.jpg", 0, picture));
+  EXPECT_TRUE(slow.saveImageFile(folder.path(), "a.jpg", 0, picture, {}));
   EXPECT_THAT(folder.names(), IsEmpty());
-  EXPECT_FALSE(slow.saveImageFile(folder.path(), "b.jpg", 0, picture));
+  EXPECT_FALSE(slow.saveImageFile(folder.path(), "b.jpg", 0, picture, {}));
   disk.letGo();
   while (folder.names().empty()) std::this_thread::yield();
   EXPECT_EQ(contentsOf(folder.file("a.jpg")), "jpeg:pppppppp");
-  while (!slow.saveImageFile(folder.path(), "c.jpg", 0, picture)) std::this_thread::yield();
+  while (!slow.saveImageFile(folder.path(), "c.jpg", 0, picture, {})) std::this_thread::yield();
   EXPECT_THAT(folder.names(), ElementsAre("a.jpg", "c.jpg"));
 }
 

@@ -100,8 +100,10 @@ class PixelTest : public ::testing::Test {
   QtTextRasterizer rasterizer;
   ManualExecutor mainQueue;
   FakeFailureListener failures;
+  SystemClock clock;
   struct : ImageEncoder {
-    std::vector<uint8_t> encode(const PixelBuffer&) override { return {}; }
+    std::vector<uint8_t> encode(const PixelBuffer&, const std::string&) override { return {}; }
+    size_t xmpRoom() const override { return 0; }
   } noEncoder;
   PreviewView view{{.host = host,
                     .compositor = compositor,
@@ -113,7 +115,9 @@ class PixelTest : public ::testing::Test {
                     .makeAssetWriter = {},
                     .failures = failures,
                     .setNeedsDisplay = [] {},
-                    .withGraphicsContext = [](const std::function<void()>& work) { work(); }}};
+                    .withGraphicsContext = [](const std::function<void()>& work) { work(); },
+                    .clock = clock,
+                    .cameraModel = [] { return std::string(); }}};
 
  private:
   /// The container is as large as the frame, and lies at the screen's top left.

@@ -294,6 +294,28 @@ TEST_F(PreferencesTest, ACommaInANameCostsTheSlotsFromThereForGood) {
   EXPECT_EQ(load()->calibrations, reloaded->calibrations);
 }
 
+TEST_F(PreferencesTest, TheSlotInForceIsTheOneThatTheCalibrationCameFrom) {
+  const auto preferences = load();
+  preferences->calibrations[0].ppu = 400.0;
+  preferences->calibrations[3].ppu = 1.0 / 3.0;
+  preferences->calibrations[9].ppu = 400.0;
+  struct Row {
+    int32_t calibration;
+    float pixelsPerUnit;
+    std::optional<int32_t> slot;
+  };
+  const Row rows[] = {
+      {0, 400.0F, 0},  {9, 400.0F, 9},   {3, float(1.0 / 3.0), 3}, {0, -1.0F, {}},  // none in force
+      {1, -1.0F, {}},                    // an empty slot was applied
+      {0, 0.0F, {}},   {1, 400.0F, {}},  // deleted, and its calibration still in force
+      {0, 401.0F, {}}, {-1, 400.0F, {}}, {10, 400.0F, {}}};
+  for (const Row& row : rows) {
+    preferences->calibration = row.calibration;
+    EXPECT_EQ(preferences->slotInForce(row.pixelsPerUnit), row.slot)
+        << row.calibration << " " << row.pixelsPerUnit;
+  }
+}
+
 TEST_F(PreferencesTest, AStoredFolderIsUsed) {
   store_.values["imagePath"] = bytes("grant:/pictures");
   EXPECT_EQ(load()->url, "/pictures");

@@ -33,11 +33,19 @@ using ::testing::IsEmpty;
 /// Makes one byte of any picture, and remembers its size.
 class FakeEncoder final : public ImageEncoder {
  public:
-  std::vector<uint8_t> encode(const PixelBuffer& picture) override {
+  std::vector<uint8_t> encode(const PixelBuffer& picture, const std::string& xmp) override {
     encoded.push_back(picture.size());
+    lastXmp = xmp;
     return {0};
   }
+  size_t xmpRoom() const override { return 100'000; }
   std::vector<TextureSize> encoded;
+  std::string lastXmp;
+};
+
+class SetClock final : public Clock {
+ public:
+  CalendarTime localTime() override { return {2025, 1, 15, 9, 30, 5, 3600}; }
 };
 
 /// Takes every frame, and remembers which.
@@ -113,7 +121,9 @@ class PreviewViewTest : public ::testing::Test {
         [movie = movie](const std::string&) { return std::make_unique<FakeAssetWriter>(movie); },
         failures,
         [this] { ++displays; },
-        [](const std::function<void()>& work) { work(); }};
+        [](const std::function<void()>& work) { work(); },
+        clock,
+        [] { return std::string("Scope 55"); }};
   }
   static SampleBuffer frame(TextureSize size, milliseconds time = milliseconds(0)) {
     return {std::make_shared<PixelBuffer>(size), time};
@@ -141,6 +151,7 @@ class PreviewViewTest : public ::testing::Test {
   test::FakeFailureListener failures;
   RecordingDelegate delegate;
   int displays = 0;
+  SetClock clock;
   FakeEncoder jpegEncoder;
   FakeEncoder pngEncoder;
   std::shared_ptr<FakeAssetWriter::Movie> movie = std::make_shared<FakeAssetWriter::Movie>();
@@ -481,6 +492,52 @@ TEST_F(PreviewViewTest, FramesTooSmallToBeComposedAreSaidToBeSoUntilTheyAreNot) 
   EXPECT_THAT(failures.text(Failure::FrameTooSmall), HasSubstr("640x479"));
   view.stopPreview();
   EXPECT_EQ(failures.text(Failure::FrameTooSmall), "") << "there are no pictures";
+}
+
+TEST_F(PreviewViewTest, AStillSaysWhereItComesFromAndWhatIsMeasuredOnIt) {
+  test::TemporaryFolder folder;
+  preferences.url = folder.path();
+  preferences.calibrations[3] = {.name = "4x", .ppu = 10.0};
+  preferences.calibration = 3;
+  show({1280, 720});
+  view.setCalibration(10.0F, kUnitMillimetre);
+  view.changeOperation(kOprLine);
+  view.mouseDown(at(100, 100));
+  view.mouseDragged(at(200, 100));
+  view.mouseUp(at(200, 100));
+  EXPECT_TRUE(view.saveImageFile("a.jpg"));
+  for (const char* part :
+       {"2025-01-15T09:30:05+01:00", "Scope 55", "<tiff:ImageWidth>1280<", ">10</tessary:Pix",
+        "<tessary:Name>4x<", "<tessary:Value>10.000<", "<tessary:Unit>mm<"})
+    EXPECT_THAT(jpegEncoder.lastXmp, HasSubstr(part));
+
+  preferences.calibrations[3] = {};
+  EXPECT_EQ(view.stillInfo().table.calibration, "") << "deleted, and still in force";
+  EXPECT_EQ(view.stillInfo().pixelsPerUnit, 10.0F);
+  view.setCalibration(kUncalibrated, kUnitMillimetre);
+  ASSERT_EQ(view.stillInfo().table.rows.size(), 1U);
+  EXPECT_EQ(view.stillInfo().table.rows[0].values[0].unit, "px");
+}
+
+TEST_F(PreviewViewTest, ACopyThatCanNotBeReadBackSaysSoInItsOwnWords) {
+  EXPECT_FALSE(view.hasPicture());
+  EXPECT_EQ(view.copyPicture()->byteCount(), 0U);
+  show({1280, 720});
+  EXPECT_TRUE(view.hasPicture());
+  EXPECT_EQ(view.copyPicture()->size(), (TextureSize{1280, 720}));
+  view.changeScale(1);
+  compositor.readsBack = false;
+  EXPECT_EQ(view.copyPicture()->size(), (TextureSize{1280, 720}));
+  EXPECT_EQ(failures.text(Failure::OverlayLeftOut),
+            "The picture was copied without what lies over it: it can't be read back from the "
+            "graphics card. Copy it again.");
+  show({320, 240});
+  view.copyPicture();
+  EXPECT_EQ(failures.text(Failure::OverlayLeftOut),
+            "A picture this small is copied without what lies over it. Choose a larger "
+            "resolution.");
+  view.stopPreview();
+  EXPECT_FALSE(view.hasPicture());
 }
 
 TEST_F(PreviewViewTest, WithoutAPictureAStillIsSaidToBeSavedAndNothingIsWritten) {

@@ -14,6 +14,7 @@ struct CalendarTime {
   int32_t hour = 0;
   int32_t minute = 0;
   int32_t second = 0;
+  int32_t utcOffset = 0;  ///< Seconds that it is ahead of UTC.
   friend bool operator==(const CalendarTime&, const CalendarTime&) = default;
 };
 

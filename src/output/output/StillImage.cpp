@@ -14,6 +14,7 @@
 #include "base/PartFiles.h"
 #include "output/AtomicFile.h"
 #include "output/FileSync.h"
+#include "output/XmpPacket.h"
 
 namespace tessary {
 namespace {
@@ -101,13 +102,14 @@ StillImage::~StillImage() {
 }
 
 bool StillImage::saveImageFile(const std::string& folder, const std::string& fileName,
-                               int32_t imagePNG, const PixelBuffer& picture) {
+                               int32_t imagePNG, const PixelBuffer& picture,
+                               const StillInfo& info) {
   const auto saving = std::make_shared<Saving>();
   saving->folder = folder;
   saving->path = std::filesystem::path(folder) / fileName;
   // Before anything is written, so that a file is on its way for as short as can be.
   if (picture.byteCount() > 0)
-    saving->bytes = (imagePNG != 0 ? pngEncoder_ : jpegEncoder_).encode(picture);
+    saving->bytes = encodedStill(imagePNG != 0 ? pngEncoder_ : jpegEncoder_, picture, info);
   saving->isEmpty = saving->bytes.empty();
   if (!saveWithin(saving)) return false;
 

@@ -10,6 +10,7 @@
 #include "base/FileCalls.h"
 #include "base/PixelBuffer.h"
 #include "base/SerialQueue.h"
+#include "output/StillInfo.h"
 #include "platform/ImageEncoder.h"
 
 namespace tessary {
@@ -27,14 +28,15 @@ class StillImage {
   StillImage(const StillImage&) = delete;
   StillImage& operator=(const StillImage&) = delete;
 
-  /// Writes `picture`, alpha ignored, to `fileName` in `folder` (UTF-8, absolute), in place of a
-  /// file of that name: a PNG when `imagePNG` is not 0, otherwise a JPEG. The file is there, whole,
-  /// when this returns, unless the disk takes longer to write it than the limit. False when no file
-  /// can be made in the folder, or the disk does not say so within the limit. What goes wrong after
-  /// that leaves the answer true, which is meant; so does a picture that is none (0 by 0), of which
-  /// nothing is written. All of it is logged, and told as Failure::StillNotSaved.
+  /// Writes `picture`, alpha ignored, with what `info` says of it, to `fileName` in `folder`
+  /// (UTF-8, absolute), in place of a file of that name: a PNG when `imagePNG` is not 0, otherwise
+  /// a JPEG. The file is there, whole, when this returns, unless the disk takes longer to write it
+  /// than the limit. False when no file can be made in the folder, or the disk does not say so
+  /// within the limit. What goes wrong after that leaves the answer true, which is meant; so does a
+  /// picture that is none (0 by 0), of which nothing is written. All of it is logged, and told as
+  /// Failure::StillNotSaved.
   bool saveImageFile(const std::string& folder, const std::string& fileName, int32_t imagePNG,
-                     const PixelBuffer& picture);
+                     const PixelBuffer& picture, const StillInfo& info);
 
  private:
   struct Saving;

@@ -171,4 +171,12 @@ std::string Preferences::CalibrationsToString() const {
   return text;
 }
 
+std::optional<int32_t> Preferences::slotInForce(float pixelsPerUnit) const {
+  if (!(pixelsPerUnit > 0) || calibration < 0 || calibration >= int32_t(kCalibrationSlots))
+    return std::nullopt;
+  // What is in force was narrowed like this.
+  if (float(calibrations[size_t(calibration)].ppu) != pixelsPerUnit) return std::nullopt;
+  return calibration;
+}
+
 }  // namespace tessary

@@ -38,7 +38,9 @@ PreviewWindowController::PreviewWindowController(Dependencies dependencies)
                    dependencies_.makeAssetWriter, failures_, [this] { previewWidget_.drawSoon(); },
                    [this](const std::function<void()>& work) {
                      previewWidget_.withGraphicsContext(work);
-                   }}),
+                   },
+                   dependencies_.clock,
+                   [] { return gCurrMicroscope ? gCurrMicroscope->name : std::string(); }}),
       calibration_(window_, previewView, dependencies_.preferences, dependencies_.clock),
       saving_(window_, previewView, dependencies_.preferences, dependencies_.clock),
       cameraControls_(dependencies_.captureSystem, dependencies_.rememberedControls),

@@ -4,6 +4,8 @@
 
 #include <fmt/format.h>
 
+#include "measure/MeasurementRows.h"
+
 namespace tessary {
 namespace {
 
@@ -162,7 +164,7 @@ void PreviewView::wakeUp() {
   }));
 }
 
-std::shared_ptr<const PixelBuffer> PreviewView::currentPicture() {
+std::shared_ptr<const PixelBuffer> PreviewView::currentPicture(Done done) {
   // By the size that is composed: the layout for a new one may not have come yet.
   std::shared_ptr<PixelBuffer> picture;
   dependencies_.withGraphicsContext([&] {
@@ -180,10 +182,12 @@ std::shared_ptr<const PixelBuffer> PreviewView::currentPicture() {
     dependencies_.failures.failed(
         Failure::OverlayLeftOut,
         isComposed(frame->size())
-            ? "The picture was saved without what lies over it: it can't be read back from the "
-              "graphics card. Save it again."
-            : "A picture this small is saved without what lies over it. Choose a larger "
-              "resolution.");
+            ? fmt::format("The picture was {} without what lies over it: it can't be read back "
+                          "from the graphics card. {} it again.",
+                          done.word, done.again)
+            : fmt::format("A picture this small is {} without what lies over it. Choose a larger "
+                          "resolution.",
+                          done.word));
   }
   return frame;
 }
@@ -191,7 +195,18 @@ std::shared_ptr<const PixelBuffer> PreviewView::currentPicture() {
 bool PreviewView::saveImageFile(const std::string& fileName) {
   const Preferences& preferences = dependencies_.preferences;
   return stillImage_.saveImageFile(preferences.url.value_or(std::string()), fileName,
-                                   preferences.imagePNG, *currentPicture());
+                                   preferences.imagePNG, *currentPicture(kSaved), stillInfo());
+}
+
+StillInfo PreviewView::stillInfo() const {
+  const Preferences& preferences = dependencies_.preferences;
+  const Calibration& calibration = overlay_.context.calibration;
+  StillInfo info{dependencies_.clock.localTime(), dependencies_.cameraModel(),
+                 calibration._pixelsPerUnit, calibration._unit};
+  info.table.rows = measurementRows(overlay_.shapes, overlay_.tool, calibration);
+  if (const auto slot = preferences.slotInForce(calibration._pixelsPerUnit))
+    info.table.calibration = preferences.calibrations[size_t(*slot)].name;
+  return info;
 }
 
 void PreviewView::startRecord(const std::string& file,

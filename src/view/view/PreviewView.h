@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "base/Clock.h"
 #include "base/Executor.h"
 #include "base/Failures.h"
 #include "base/Lifetime.h"
@@ -13,6 +14,7 @@
 #include "measure/Overlay.h"
 #include "output/Recording.h"
 #include "output/StillImage.h"
+#include "output/StillInfo.h"
 #include "platform/AssetWriter.h"
 #include "platform/Compositor.h"
 #include "platform/ImageEncoder.h"
@@ -50,6 +52,10 @@ class PreviewView final : public CapturePicture {
     std::function<void()> setNeedsDisplay;
     /// Runs what it is given at once, with the graphics context current. Main thread.
     std::function<void(const std::function<void()>&)> withGraphicsContext;
+    Clock& clock;
+    /// The model (UTF-8) of the camera that the picture comes from; empty if nobody knows. Main
+    /// thread.
+    std::function<std::string()> cameraModel;
   };
 
   explicit PreviewView(Dependencies dependencies);
@@ -104,9 +110,15 @@ class PreviewView final : public CapturePicture {
   void stopPreview() override;
 
   // Stills and movies.
+  /// Whether there is a picture to save or to copy.
+  bool hasPicture() const { return bool(ring_.newest().frame); }
   /// Saves the picture with everything that lies over it, at the frame's size, to `fileName` in the
   /// folder of the preferences, in their photo format. True unless no file can be made there.
   bool saveImageFile(const std::string& fileName);
+  /// The picture that would be saved now; 0 by 0 without one.
+  std::shared_ptr<const PixelBuffer> copyPicture() { return currentPicture(kCopied); }
+  /// Where that picture comes from, and what is measured on it.
+  StillInfo stillInfo() const;
   /// Records frames as they come into `file` (UTF-8, absolute). Returns at once.
   void startRecord(const std::string& file, std::weak_ptr<PreviewViewRecordDelegate> delegate);
   /// Frames later than `seconds` behind a movie's first are not recorded; 0 for no limit. At once.
@@ -130,9 +142,17 @@ class PreviewView final : public CapturePicture {
   /// Main-thread half of a new frame size: fits view and window to it.
   void frameSizeDidChange();
   ViewPoint viewPoint(const MouseLocation& location) const;
+  /// How the user is told what was done with a picture, and to do it again.
+  struct Done {
+    const char* word;
+    const char* again;
+  };
+  static constexpr Done kSaved{"saved", "Save"};
+  static constexpr Done kCopied{"copied", "Copy"};
+
   /// The composed picture, or the frame alone where nothing is composed or can be read back, which
   /// is told if something lies over it; 0 by 0 without a picture.
-  std::shared_ptr<const PixelBuffer> currentPicture();
+  std::shared_ptr<const PixelBuffer> currentPicture(Done done);
   /// At most one wake-up is on its way, however many frames come. Any thread.
   void wakeUp();
 

@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -105,6 +107,33 @@ TEST(JpegImageEncoder, TheSamePictureMakesTheSameFile) {
   const std::vector<uint8_t> first = encoder.encode(picture);
   encoder.encode(makePicture({16, 16}, 255));
   EXPECT_EQ(encoder.encode(picture), first);
+}
+
+TEST(JpegImageEncoder, AnXmpPacketStandsBehindTheHeaderAndNothingElseChanges) {
+  JpegImageEncoder encoder;
+  const PixelBuffer picture = makePicture({160, 120}, 255);
+  const std::vector<uint8_t> plain = encoder.encode(picture);
+  constexpr std::ptrdiff_t kHeader = 20;  // the start, and the JFIF segment
+  ASSERT_EQ(std::string(plain.begin() + 6, plain.begin() + 10), "JFIF");
+  EXPECT_EQ(plain[13], 0) << "no unit: no resolution is claimed";
+  for (const size_t length : {size_t(1), size_t(227), encoder.xmpRoom()}) {
+    const std::string xmp(length, 'x');
+    const std::vector<uint8_t> bytes = encoder.encode(picture, xmp);
+    const std::string name("http://ns.adobe.com/xap/1.0/\0", 29);
+    const size_t inside = 2 + name.size() + length;
+    std::string segment{'\xFF', '\xE1', char(uint8_t(inside >> 8)), char(uint8_t(inside))};
+    segment += name + xmp;
+    ASSERT_EQ(bytes.size(), plain.size() + segment.size());
+    EXPECT_TRUE(std::equal(plain.begin(), plain.begin() + kHeader, bytes.begin()));
+    EXPECT_EQ(std::string(bytes.begin() + kHeader,
+                          bytes.begin() + kHeader + std::ptrdiff_t(segment.size())),
+              segment);
+    EXPECT_TRUE(std::equal(plain.begin() + kHeader, plain.end(),
+                           bytes.begin() + kHeader + std::ptrdiff_t(segment.size())));
+    EXPECT_EQ(decode(bytes).pixels, decode(plain).pixels);
+  }
+  EXPECT_EQ(encoder.encode(picture, std::string(encoder.xmpRoom() + 1, 'x')), plain)
+      << "one that is too long is left out";
 }
 
 TEST(JpegImageEncoder, WhatCanNotBeEncodedGivesNothing) {

@@ -99,7 +99,8 @@ class UncountedDriver final : public V4l2Calls {
 
 class NoEncoder final : public ImageEncoder {
  public:
-  std::vector<uint8_t> encode(const PixelBuffer&) override { return {}; }
+  std::vector<uint8_t> encode(const PixelBuffer&, const std::string&) override { return {}; }
+  size_t xmpRoom() const override { return 0; }
 };
 
 /// Hands the frames to the picture, and tells how many were.
@@ -162,6 +163,7 @@ class FramePath : public testing::Test {
   ManualExecutor mainQueue_;
   FakeFailureListener failures_;
   NoEncoder encoder_;
+  SystemClock clock_;
   PreviewView view_{{host_,
                      compositor_,
                      rasterizer_,
@@ -172,7 +174,9 @@ class FramePath : public testing::Test {
                      {},
                      failures_,
                      [] {},
-                     [](const std::function<void()>& work) { work(); }}};
+                     [](const std::function<void()>& work) { work(); },
+                     clock_,
+                     [] { return std::string(); }}};
   Delegate delegate_{view_};
   CaptureVideoDataOutput output_;
   FakeVideoDriver driver_;

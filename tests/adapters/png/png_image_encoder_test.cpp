@@ -17,6 +17,8 @@ struct Decoded {
   int colourType = -1;
   int interlaced = -1;
   std::vector<uint8_t> pixels;  // RGB
+  std::string xmp;
+  bool hasResolution = false;
 };
 
 struct Source {
@@ -52,6 +54,14 @@ void decode(const std::vector<uint8_t>& bytes, Decoded& decoded) {
     decoded.bitDepth = png_get_bit_depth(png, info);
     decoded.colourType = png_get_color_type(png, info);
     decoded.interlaced = png_get_interlace_type(png, info);
+    decoded.hasResolution = png_get_valid(png, info, PNG_INFO_pHYs) != 0;
+    png_textp texts = nullptr;  // those before the pixels
+    const int textCount = png_get_text(png, info, &texts, nullptr);
+    for (int i = 0; i < textCount; ++i) {
+      EXPECT_STREQ(texts[i].key, "XML:com.adobe.xmp");
+      EXPECT_EQ(texts[i].compression, PNG_ITXT_COMPRESSION_NONE);
+      decoded.xmp.append(texts[i].text, texts[i].itxt_length);
+    }
     const size_t row = png_get_rowbytes(png, info);
     decoded.pixels.resize(row * size_t(decoded.size.height));
     for (int32_t y = 0; y < decoded.size.height; ++y) {
@@ -124,6 +134,25 @@ TEST(PngImageEncoder, TheNumberOfThreadsMakesNoDifference) {
   for (const unsigned threads : {0U, 2U, 3U, 16U, 100U}) {
     EXPECT_EQ(PngImageEncoder(threads).encode(picture), alone) << threads;
   }
+}
+
+TEST(PngImageEncoder, AnXmpPacketTravelsAlongAndLeavesThePixelsAsTheyWere) {
+  const PixelBuffer picture = makePicture({64, 100}, Content::grain);
+  PngImageEncoder encoder;
+  Decoded plain;
+  decode(encoder.encode(picture), plain);
+  EXPECT_EQ(plain.xmp, "");
+  for (const size_t length : {size_t(1), size_t(5000), encoder.xmpRoom()}) {
+    const std::string xmp = std::string(length - 1, 'x') + "\n";
+    Decoded decoded;
+    decode(encoder.encode(picture, xmp), decoded);
+    EXPECT_EQ(decoded.xmp, xmp);
+    EXPECT_EQ(decoded.pixels, plain.pixels);
+    EXPECT_FALSE(decoded.hasResolution);
+  }
+  EXPECT_EQ(encoder.encode(picture, std::string(encoder.xmpRoom() + 1, 'x')),
+            encoder.encode(picture))
+      << "one that is too long is left out";
 }
 
 TEST(PngImageEncoder, AFlatPictureBecomesSmall) {

@@ -20,7 +20,9 @@ class JpegImageEncoder final : public ImageEncoder {
 
   explicit JpegImageEncoder(Settings settings = kStill);
 
-  std::vector<uint8_t> encode(const PixelBuffer& picture) override;
+  using ImageEncoder::encode;
+  std::vector<uint8_t> encode(const PixelBuffer& picture, const std::string& xmp) override;
+  size_t xmpRoom() const override;
 
  private:
   const Settings settings_;

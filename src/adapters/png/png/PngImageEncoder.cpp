@@ -5,6 +5,7 @@
 #include <atomic>
 #include <csetjmp>
 #include <span>
+#include <string_view>
 #include <system_error>
 #include <thread>
 
@@ -24,6 +25,10 @@ constexpr std::array<png_byte, 5> kEndChunk{'I', 'E', 'N', 'D', 0};
 constexpr size_t kChunkFrame = 12;                // length, name and checksum
 constexpr size_t kHeader = 8 + kChunkFrame + 13;  // signature and IHDR
 constexpr int kUnused = 0;                        // no interlacing, the only methods there are
+constexpr size_t kMostXmp = 1'000'000;            // far below where readers begin to refuse texts
+constexpr std::string_view kXmpKeyword = "XML:com.adobe.xmp";
+// The zero behind the keyword, two bytes that say "not compressed", and two empty texts.
+constexpr size_t kTextFrame = kChunkFrame + kXmpKeyword.size() + 5;
 
 /// Compresses all strips; this thread takes part, so that it goes on even if no other can be had.
 bool compressAll(DeflateStrips& strips, unsigned threads) {
@@ -67,10 +72,12 @@ class PngWriter {
 
   /// The whole file around the compressed rows. Nothing in here may need a destructor: the library
   /// leaves by a long jump when it fails.
-  bool write(TextureSize size, std::span<const std::span<const uint8_t>> rows) {
+  bool write(TextureSize size, const std::string& xmp,
+             std::span<const std::span<const uint8_t>> rows) {
     if (!info_ || setjmp(png_jmpbuf(png_)) != 0) return false;
     png_set_IHDR(png_, info_, png_uint_32(size.width), png_uint_32(size.height), 8,
                  PNG_COLOR_TYPE_RGB, kUnused, kUnused, kUnused);
+    if (!xmp.empty()) setXmp(xmp);
     png_write_info(png_, info_);
     for (const std::span<const uint8_t> piece : rows) {
       png_write_chunk(png_, kDataChunk.data(), piece.data(), piece.size());
@@ -80,6 +87,16 @@ class PngWriter {
   }
 
  private:
+  /// The library copies what it is given; it asks for texts that it might change, and doesn't.
+  void setXmp(const std::string& xmp) {
+    png_text text{};
+    text.compression = PNG_ITXT_COMPRESSION_NONE;
+    text.key = const_cast<png_charp>(kXmpKeyword.data());
+    text.text = const_cast<png_charp>(xmp.c_str());
+    text.itxt_length = xmp.size();
+    png_set_text(png_, info_, &text, 1);
+  }
+
   [[noreturn]] static void fail(png_structp png, png_const_charp /*text*/) { png_longjmp(png, 1); }
   static void ignore(png_structp /*png*/, png_const_charp /*text*/) {}
 
@@ -94,18 +111,21 @@ PngImageEncoder::PngImageEncoder()
 
 PngImageEncoder::PngImageEncoder(unsigned threads) : threads_(std::max(threads, 1U)) {}
 
-std::vector<uint8_t> PngImageEncoder::encode(const PixelBuffer& picture) {
+size_t PngImageEncoder::xmpRoom() const { return kMostXmp; }
+
+std::vector<uint8_t> PngImageEncoder::encode(const PixelBuffer& picture, const std::string& xmp) {
   const auto [width, height] = picture.size();
   if (width <= 0 || height <= 0 || width > kLargestSide || height > kLargestSide) return {};
   DeflateStrips strips(picture);
   if (!compressAll(strips, threads_)) return {};
 
   const std::vector<std::span<const uint8_t>> rows = strips.finish();
-  size_t byteCount = kHeader + kChunkFrame;
+  const std::string kept = xmp.size() <= kMostXmp ? xmp : std::string();
+  size_t byteCount = kHeader + kChunkFrame + (kept.empty() ? 0 : kTextFrame + kept.size());
   for (const std::span<const uint8_t> piece : rows) byteCount += kChunkFrame + piece.size();
   Bytes file;
   file.reserve(byteCount);
-  return PngWriter(file).write(picture.size(), rows) ? file : Bytes{};
+  return PngWriter(file).write(picture.size(), kept, rows) ? file : Bytes{};
 }
 
 }  // namespace tessary

@@ -12,7 +12,9 @@ class PngImageEncoder final : public ImageEncoder {
   PngImageEncoder();
   explicit PngImageEncoder(unsigned threads);
 
-  std::vector<uint8_t> encode(const PixelBuffer& picture) override;
+  using ImageEncoder::encode;
+  std::vector<uint8_t> encode(const PixelBuffer& picture, const std::string& xmp) override;
+  size_t xmpRoom() const override;
 
  private:
   const unsigned threads_;
