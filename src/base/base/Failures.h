@@ -8,7 +8,8 @@ namespace tessary {
 /// One cause each, so that its message can go when the cause does.
 enum class Failure {
   StillNotSaved,
-  OverlayLeftOut,  ///< A still was saved without what lies over the picture.
+  OverlayLeftOut,  ///< A picture was saved or copied without what lies over it.
+  NotCopied,
   MovieNotSaved,
   FramesLost,       ///< The encoder or the disk can't keep up.
   NothingRecorded,  ///< The window is hidden while a recording runs.

@@ -51,6 +51,8 @@ constexpr std::array kCommands{
     CommandInfo{Command::CameraControls, "Camera Controls Item Identifier", "Camera Controls...",
                 "Camera Controls", "Exposure, colour and focus of the camera",
                 "Camera Con&trols...", "Controls"},
+    CommandInfo{Command::Copy, "Copy Item Identifier", "Copy", "Copy",
+                "Copy the picture and the measurements", "Cop&y", "Copy"},
 };
 
 constexpr ToolbarEntry kFlexibleSpace{true};
@@ -94,9 +96,9 @@ constexpr std::array kMenuItems{
     MenuEntry{2, 9, Command::Rectangle},      MenuEntry{2, 10, Command::Angle},
     MenuEntry{2, 11, Command::Pencil},        MenuEntry{2, 12, Command::Drag},
     MenuEntry{2, 13, Command::Text},          MenuEntry{2, 15, Command::DeleteLast},
-    MenuEntry{2, 16, Command::DeleteAll},
+    MenuEntry{2, 16, Command::DeleteAll},     MenuEntry{2, 18, Command::Copy},
 };
-static_assert(kMenuItems.size() == 19);
+static_assert(kMenuItems.size() == 20);
 
 }  // namespace
 

@@ -5,7 +5,8 @@
 
 namespace tessary {
 
-/// One command. Toolbar and menu share it, but for CameraControls, which is in the menu alone.
+/// One command. Toolbar and menu share it, but for CameraControls and Copy, which are in the menu
+/// alone.
 enum class Command {
   Help,
   Options,
@@ -28,6 +29,7 @@ enum class Command {
   DeleteLast,
   DeleteAll,
   CameraControls,
+  Copy,
 };
 
 struct CommandInfo {
@@ -40,7 +42,7 @@ struct CommandInfo {
   const char* imageName;
 };
 
-/// All twenty-one, each once.
+/// All twenty-two, each once.
 std::span<const CommandInfo> allCommands();
 
 /// One place in the toolbar: a command, or a flexible space.
@@ -59,7 +61,7 @@ struct MenuEntry {
   Command command;
 };
 
-/// The nineteen commands that the microscope menu (1) and the measuring menu (2) offer.
+/// The twenty commands that the microscope menu (1) and the measuring menu (2) offer.
 std::span<const MenuEntry> menuItems();
 
 }  // namespace tessary

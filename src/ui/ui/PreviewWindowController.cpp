@@ -30,19 +30,19 @@ PreviewWindowController::PreviewWindowController(Dependencies dependencies)
     : dependencies_(std::move(dependencies)),
       containerView(*new PreviewContainerView),
       previewWidget_(*new PreviewWidget(&containerView, dependencies_.renderer)),
-      previewView({viewHost_,
-                   dependencies_.renderer == Renderer::kOpenGl ? dependencies_.openGlCompositor
-                                                               : dependencies_.rasterCompositor,
-                   dependencies_.textRasterizer, dependencies_.preferences, dependencies_.mainQueue,
-                   dependencies_.jpegEncoder, dependencies_.pngEncoder,
-                   dependencies_.makeAssetWriter, failures_, [this] { previewWidget_.drawSoon(); },
-                   [this](const std::function<void()>& work) {
-                     previewWidget_.withGraphicsContext(work);
-                   },
-                   dependencies_.clock,
-                   [] { return gCurrMicroscope ? gCurrMicroscope->name : std::string(); }}),
+      previewView(
+          {viewHost_,
+           dependencies_.renderer == Renderer::kOpenGl ? dependencies_.openGlCompositor
+                                                       : dependencies_.rasterCompositor,
+           dependencies_.textRasterizer, dependencies_.preferences, dependencies_.mainQueue,
+           dependencies_.jpegEncoder, dependencies_.pngEncoder, dependencies_.makeAssetWriter,
+           failures_, [this] { previewWidget_.drawSoon(); },
+           [this](const std::function<void()>& work) { previewWidget_.withGraphicsContext(work); },
+           dependencies_.clock,
+           [] { return gCurrMicroscope ? gCurrMicroscope->name : std::string(); }}),
       calibration_(window_, previewView, dependencies_.preferences, dependencies_.clock),
       saving_(window_, previewView, dependencies_.preferences, dependencies_.clock),
+      copying_(previewView, dependencies_.pngEncoder, failures_),
       cameraControls_(dependencies_.captureSystem, dependencies_.rememberedControls),
       capture_({dependencies_.captureSystem, dependencies_.catalogue, gCurrMicroscope,
                 dependencies_.preferences, dependencies_.mainQueue, previewView, *this, failures_,
@@ -240,6 +240,7 @@ void PreviewWindowController::perform(Command command) {
     case Command::Record: saving_.recordToolbarItemDidClick(); break;
     case Command::Text: textToolbarItemDidClick(); break;
     case Command::CameraControls: showCameraControls(); break;
+    case Command::Copy: copying_.copy(); break;
   }
 }
 
@@ -251,9 +252,13 @@ bool PreviewWindowController::validateUserInterfaceItem(Command command) const {
     case Command::Microscope: return true;
     // Also while a calibration is under way: it is then that the picture has to be sharp.
     case Command::CameraControls: return bool(capture_.capDevice);
-    default:
-      return capture_.capDevice && !calibration_.isCalibrationWindowUp() && !inputTextWndController;
+    case Command::Copy: return areToolsUsable() && previewView.hasPicture();
+    default: return areToolsUsable();
   }
+}
+
+bool PreviewWindowController::areToolsUsable() const {
+  return capture_.capDevice && !calibration_.isCalibrationWindowUp() && !inputTextWndController;
 }
 
 void PreviewWindowController::toggleScale(int32_t scaleType) {

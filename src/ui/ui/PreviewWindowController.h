@@ -14,6 +14,7 @@
 #include "platform/Renderer.h"
 #include "ui/CalibrationFlow.h"
 #include "ui/CameraControlsWindow.h"
+#include "ui/CopyFlow.h"
 #include "ui/FailureLine.h"
 #include "ui/InputTextWindowController.h"
 #include "ui/MainWindow.h"
@@ -111,6 +112,7 @@ class PreviewWindowController final : public QObject,
   // Commands.
   void perform(Command command);
   bool validateUserInterfaceItem(Command command) const;
+  bool areToolsUsable() const;
   /// Shows a reticle, or puts it away if it is the one that shows.
   void toggleScale(int32_t scaleType);
   void folderToolbarItemDidClick();
@@ -129,6 +131,7 @@ class PreviewWindowController final : public QObject,
   Toolbar toolbar{window_};
   CalibrationFlow calibration_;
   SavingFlow saving_;
+  CopyFlow copying_;
   CameraControlBoard cameraControls_;
   // After what it hands frames to: it ends first.
   CaptureController capture_;

@@ -42,6 +42,7 @@ QKeySequence shortcut(Command command) {
     case Command::Drag: return QKeySequence(Qt::Key_Escape);
     case Command::DeleteLast: return QKeySequence(Qt::CTRL | Qt::Key_Z);
     case Command::DeleteAll: return QKeySequence(Qt::CTRL | Qt::Key_D);
+    case Command::Copy: return QKeySequence(Qt::CTRL | Qt::Key_C);
   }
   return {};
 }
