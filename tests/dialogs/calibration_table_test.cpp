@@ -125,6 +125,14 @@ TEST(CalibrationTitle, NamesTheSlotIfItHasAName) {
     EXPECT_EQ(calibrationTitle(slots, row.index, "Calibrate"), row.title) << row.index;
 }
 
+TEST(CalibrationName, IsWarnedOfTheSignsThatCostTheList) {
+  for (const char* name : {"", "4x", "4x. air", "\uFF0C\uFF1B"})
+    EXPECT_EQ(calibrationNameWarning(name), "") << name;
+  for (const char* name : {",", ";", "4x, air", "4x; air"})
+    EXPECT_NE(calibrationNameWarning(name).find("lost at the next launch"), std::string::npos)
+        << name;
+}
+
 TEST(CalibrationSlotIndex, CoversTenSlots) {
   for (const int32_t index : {0, 5, 9}) EXPECT_TRUE(isCalibrationSlot(index)) << index;
   for (const int32_t index : {-1, 10, 12}) EXPECT_FALSE(isCalibrationSlot(index)) << index;

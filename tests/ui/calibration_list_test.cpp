@@ -1,9 +1,12 @@
+#include <cstdlib>
 #include <optional>
 #include <utility>
 
+#include <QtGui/QAccessible>
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QScrollBar>
 #include <QtWidgets/QTableView>
+#include <QtWidgets/QToolTip>
 
 #include "DialogRig.h"
 #include "ui/CalibrationListWindowController.h"
@@ -30,7 +33,8 @@ class CalibrationList : public DialogRig, public CalibrationListDelegate {
   }
 
   void show(int32_t row) {
-    dialog = std::make_unique<CalibrationListWindowController>(&window, preferences);
+    dialog = std::make_unique<CalibrationListWindowController>(&window, preferences,
+                                                               [this] { return pixelsPerUnit; });
     dialog->setDelegate(this);
     dialog->setEditingItem(row);
     open(*dialog);
@@ -70,6 +74,20 @@ class CalibrationList : public DialogRig, public CalibrationListDelegate {
     EXPECT_EQ(dialog->editingItem(), -1);
   }
 
+  /// The rows that are marked as in force, each with what a screen reader reads out.
+  QStringList marked() {
+    QStringList rows;
+    for (int row = 0; row < table().model()->rowCount(); ++row) {
+      const QModelIndex first = table().model()->index(row, 0);
+      EXPECT_EQ(first.data(Qt::DecorationRole).isNull(),
+                first.data(Qt::AccessibleTextRole).isNull());
+      if (!first.data(Qt::DecorationRole).isNull())
+        rows << first.data(Qt::AccessibleTextRole).toString();
+    }
+    return rows;
+  }
+
+  float pixelsPerUnit = kUncalibrated;
   std::unique_ptr<CalibrationListWindowController> dialog;
   std::vector<std::pair<int32_t, bool>> completed;
 };
@@ -86,13 +104,78 @@ TEST_F(CalibrationList, ShowsTenSlots) {
   EXPECT_FALSE(table().verticalScrollBar()->isVisible()) << "all ten at once";
 }
 
+TEST_F(CalibrationList, TheSlotInForceIsMarkedAndItsTextsStay) {
+  preferences.calibration = 3;
+  show(0);
+  EXPECT_EQ(marked(), QStringList()) << "none is in force";
+  dialog->close();
+  pixelsPerUnit = 0.4F;
+  show(0);
+  EXPECT_EQ(marked(), QStringList("4, in force"));
+  EXPECT_EQ(cells(3), QStringList({"4", "4x", "0.40", "μm", "", ""}));
+  const QModelIndex first = table().model()->index(3, 0);
+  EXPECT_EQ(first.data(Qt::ToolTipRole).toString(), "In force");
+  EXPECT_FALSE(first.flags() & Qt::ItemIsEditable);
+  EXPECT_EQ(table().selectionModel()->selectedRows().front().row(), 0) << "as it was opened";
+  EXPECT_EQ(QAccessible::queryAccessibleInterface(&table())->tableInterface()->cellAt(3, 0)->text(
+                QAccessible::Name),
+            "4, in force");
+  // Beside the number there is something to be seen, also where the row is selected.
+  const QRect cell = table().visualRect(first);
+  const auto isMarked = [&](int row) {
+    const QRect place = cell.translated(0, cell.height() * (row - 3)).adjusted(3, 3, 0, -3);
+    const QImage image = table().viewport()->grab(place).toImage();
+    const int background = qGray(image.pixel(0, 0));
+    for (int x = 0; x < image.width() / 2; ++x)
+      for (int y = 0; y < image.height(); ++y)
+        if (std::abs(qGray(image.pixel(x, y)) - background) > 100) return true;
+    return false;
+  };
+  EXPECT_TRUE(isMarked(3));
+  EXPECT_FALSE(isMarked(0));
+  EXPECT_FALSE(isMarked(5));
+  dialog->setEditingItem(3);
+  EXPECT_TRUE(isMarked(3));
+}
+
+TEST_F(CalibrationList, ADeletedSlotIsNotInForceAnyMoreAndNoOtherIs) {
+  preferences.calibration = 0;
+  pixelsPerUnit = 1706.0F;
+  show(0);
+  EXPECT_EQ(marked(), QStringList("1, in force"));
+  click(push("deleteBtn"));
+  EXPECT_TRUE(waitUntil([&] { return marked().isEmpty(); }));
+}
+
+TEST_F(CalibrationList, WhileANameIsTypedItsDangerousSignsAreToldOf) {
+  startRename(1);
+  const auto tip = [] { return QToolTip::isVisible() ? QToolTip::text() : QString(); };
+  const char* const kWords = "lost at the next launch";
+  xdotool({"type", "4x"});
+  EXPECT_TRUE(waitUntil([&] { return nameField()->text() == "4x"; }));
+  EXPECT_EQ(tip(), "");
+  for (const char* sign : {"comma", "semicolon"}) {
+    key(sign);
+    EXPECT_TRUE(waitUntil([&] { return tip().contains(kWords); })) << sign;
+    EXPECT_TRUE(nameField()->accessibleDescription().contains(kWords));
+    key("a");
+    EXPECT_TRUE(tip().contains(kWords)) << "as long as it is there";
+    key("BackSpace");
+    key("BackSpace");
+    EXPECT_TRUE(waitUntil([&] { return tip().isEmpty(); })) << sign;
+  }
+  xdotool({"type", ",b"});
+  key("Return");
+  EXPECT_TRUE(waitUntil([&] { return slotName(1) == "4x,b"; })) << "it is taken as it is told";
+}
+
 TEST_F(CalibrationList, OpensOnTheGivenRow) {
   struct Row {
     int32_t given;
     int selected;
   };
   for (const Row& row : {Row{0, 0}, Row{9, 9}, Row{10, -1}, Row{-1, -1}}) {
-    CalibrationListWindowController list(&window, preferences);
+    CalibrationListWindowController list(&window, preferences, [] { return kUncalibrated; });
     list.setEditingItem(row.given);
     const auto rows = list.findChild<QTableView*>()->selectionModel()->selectedRows();
     EXPECT_EQ(rows.isEmpty() ? -1 : rows.front().row(), row.selected) << row.given;

@@ -41,6 +41,13 @@ std::string calibrationCellText(std::string_view identifier, int32_t row,
   std::abort();
 }
 
+std::string calibrationNameWarning(std::string_view name) {
+  if (name.find_first_of(",;") == std::string_view::npos) return {};
+  return "With a comma or a semicolon in its name, this calibration and all below it will be lost "
+         "at "
+         "the next launch.";
+}
+
 std::string calibrationTitle(const CalibrationSlots& slots, int32_t index,
                              std::string_view otherwise) {
   if (!isCalibrationSlot(index) || slots[size_t(index)].name.empty()) return std::string(otherwise);

@@ -35,6 +35,11 @@ constexpr bool isCalibrationSlot(int32_t index) noexcept {
 std::string calibrationCellText(std::string_view identifier, int32_t row,
                                 const CalibrationRecord& record);
 
+/// What to tell of a name (UTF-8) that is being typed, "" for nothing: the signs that part the
+/// slots where they are stored are taken, and cost this slot and all after it when they are read
+/// again.
+std::string calibrationNameWarning(std::string_view name);
+
 /// The title of the window that calibrates slot `index`, or `otherwise` for a slot without a name
 /// or no slot at all.
 std::string calibrationTitle(const CalibrationSlots& slots, int32_t index,

@@ -1,10 +1,13 @@
 #include "ui/CalibrationListWindowController.h"
 
+#include <utility>
+
 #include <QtGui/QKeyEvent>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QLineEdit>
 
 #include "dialogs/CalibrationTable.h"
+#include "ui/CalibrationNameDelegate.h"
 #include "ui/CalibrationTableModel.h"
 #include "ui_CalibrationListWindowController.h"
 
@@ -15,11 +18,11 @@ constexpr int kCellMargin = 16;
 
 }  // namespace
 
-CalibrationListWindowController::CalibrationListWindowController(QWidget* parent,
-                                                                 Preferences& preferences)
+CalibrationListWindowController::CalibrationListWindowController(
+    QWidget* parent, Preferences& preferences, std::function<float()> pixelsPerUnit)
     : Dialog(parent),
       ui_(std::make_unique<Ui::CalibrationListWindowController>()),
-      model_(new CalibrationTableModel(preferences, this)) {
+      model_(new CalibrationTableModel(preferences, std::move(pixelsPerUnit), this)) {
   ui_->setupUi(this);
   layOutTable();
   connect(ui_->calibrations->selectionModel(), &QItemSelectionModel::selectionChanged, this,
@@ -39,6 +42,7 @@ void CalibrationListWindowController::layOutTable() {
   table.installEventFilter(this);
   QHeaderView& header = *table.horizontalHeader();
   table.setModel(model_);
+  table.setItemDelegateForColumn(kCalibrationNameColumn, new CalibrationNameDelegate(&table));
   table.resizeColumnsToContents();
   for (int column = 0; column < model_->columnCount(); ++column)
     header.resizeSection(column, header.sectionSize(column) + kCellMargin);

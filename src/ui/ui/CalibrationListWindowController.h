@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 
 #include "settings/Preferences.h"
@@ -28,8 +29,10 @@ class CalibrationListDelegate {
 class CalibrationListWindowController final : public Dialog {
   Q_OBJECT
  public:
-  /// Reads and changes the slots of `preferences`, which must outlive it.
-  CalibrationListWindowController(QWidget* parent, Preferences& preferences);
+  /// Reads and changes the slots of `preferences`, which must outlive it. `pixelsPerUnit` tells the
+  /// calibration in force.
+  CalibrationListWindowController(QWidget* parent, Preferences& preferences,
+                                  std::function<float()> pixelsPerUnit);
   ~CalibrationListWindowController() override;
 
   void setDelegate(CalibrationListDelegate* delegate) { _delegate = delegate; }

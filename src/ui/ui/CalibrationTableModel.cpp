@@ -1,5 +1,13 @@
 #include "ui/CalibrationTableModel.h"
 
+#include <iterator>
+#include <utility>
+
+#include <QtGui/QIcon>
+#include <QtGui/QPainter>
+#include <QtGui/QPixmap>
+#include <QtWidgets/QApplication>
+
 #include "dialogs/CalibrationTable.h"
 
 namespace tessary {
@@ -7,11 +15,44 @@ namespace {
 
 constexpr int kIdColumn = 0;
 constexpr int kValueColumn = 2;
+constexpr int kMarkSize = 64;  // scaled down to what the style takes
+
+/// A check mark in the colours of the texts beside it, so that it shows on a selected row too.
+QIcon checkMark() {
+  QIcon icon;
+  const QPalette palette = QApplication::palette();
+  for (const auto& [mode, role] : {std::pair(QIcon::Normal, QPalette::Text),
+                                   std::pair(QIcon::Selected, QPalette::HighlightedText)}) {
+    QPixmap mark(kMarkSize, kMarkSize);
+    mark.fill(Qt::transparent);
+    QPainter painter(&mark);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(
+        QPen(palette.color(role), 1.0 / 8.0, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.scale(kMarkSize, kMarkSize);
+    const QPointF corners[] = {{0.16, 0.55}, {0.40, 0.79}, {0.84, 0.28}};
+    painter.drawPolyline(corners, int(std::size(corners)));
+    painter.end();
+    icon.addPixmap(mark, mode);
+  }
+  return icon;
+}
+
+QVariant markOfSlotInForce(int row, int role) {
+  switch (role) {
+    case Qt::DecorationRole: return checkMark();
+    case Qt::ToolTipRole: return CalibrationTableModel::tr("In force");
+    default: return CalibrationTableModel::tr("%1, in force").arg(row + 1);
+  }
+}
 
 }  // namespace
 
-CalibrationTableModel::CalibrationTableModel(Preferences& preferences, QObject* parent)
-    : QAbstractTableModel(parent), preferences_(preferences) {}
+CalibrationTableModel::CalibrationTableModel(Preferences& preferences,
+                                             std::function<float()> pixelsPerUnit, QObject* parent)
+    : QAbstractTableModel(parent),
+      preferences_(preferences),
+      pixelsPerUnit_(std::move(pixelsPerUnit)) {}
 
 int CalibrationTableModel::rowCount(const QModelIndex& parent) const {
   return parent.isValid() ? 0 : int(kCalibrationSlots);
@@ -40,6 +81,13 @@ QVariant CalibrationTableModel::data(const QModelIndex& index, int role) const {
       if (index.column() == kIdColumn || index.column() == kValueColumn)
         return int(Qt::AlignRight | Qt::AlignVCenter);
       return {};
+    case Qt::DecorationRole:
+    case Qt::ToolTipRole:
+    case Qt::AccessibleTextRole:
+      if (index.column() != kIdColumn ||
+          preferences_.slotInForce(pixelsPerUnit_()) != int32_t(index.row()))
+        return {};
+      return markOfSlotInForce(index.row(), role);
     default: return {};
   }
 }

@@ -1,17 +1,22 @@
 #pragma once
 
+#include <functional>
+
 #include <QtCore/QAbstractTableModel>
 
 #include "settings/Preferences.h"
 
 namespace tessary {
 
-/// The ten calibrations as rows of a table. A rename is saved at once.
+/// The ten calibrations as rows of a table; the one in force has a mark before its number. A rename
+/// is saved at once.
 class CalibrationTableModel final : public QAbstractTableModel {
   Q_OBJECT
  public:
-  /// Reads and changes the slots of `preferences`, which must outlive it.
-  CalibrationTableModel(Preferences& preferences, QObject* parent);
+  /// Reads and changes the slots of `preferences`, which must outlive it. `pixelsPerUnit` tells the
+  /// calibration in force.
+  CalibrationTableModel(Preferences& preferences, std::function<float()> pixelsPerUnit,
+                        QObject* parent);
 
   int rowCount(const QModelIndex& parent = {}) const override;
   int columnCount(const QModelIndex& parent = {}) const override;
@@ -27,6 +32,7 @@ class CalibrationTableModel final : public QAbstractTableModel {
 
  private:
   Preferences& preferences_;
+  std::function<float()> pixelsPerUnit_;
 };
 
 }  // namespace tessary
