@@ -15,6 +15,9 @@
 namespace tessary::test {
 namespace {
 
+/// With this beside the picture, the spreadsheet of LibreOffice takes the table, as it was seen to.
+constexpr const char* kHasCells = "application/x-openoffice-biff-5;windows_formatname=\"Biff 5\"";
+
 PreviewView& view() { return gPreviewWindowController->getPreviewView(); }
 
 QAction& copyItem(Program& program) {
@@ -71,7 +74,7 @@ TEST_F(Copy, GivesThePictureToThoseWhoWantOneAndTheTableToTheOthers) {
   ASSERT_TRUE(copies());
 
   const QStringList offered = targets();
-  for (const char* target : {"image/png", "text/html", "text/plain", "UTF8_STRING"})
+  for (const char* target : {"image/png", "text/html", "text/plain", "UTF8_STRING", kHasCells})
     EXPECT_TRUE(offered.contains(target)) << target;
   const char* const kTable =
       "Line\t0.500\tmm\t\t\t\t\t4x <air>\n"
@@ -110,7 +113,7 @@ TEST_F(Copy, WithoutShapesThereIsOnlyThePicture) {
   ASSERT_TRUE(copies());
   const QStringList offered = targets();
   EXPECT_TRUE(offered.contains("image/png"));
-  for (const char* target : {"text/html", "text/plain", "UTF8_STRING"})
+  for (const char* target : {"text/html", "text/plain", "UTF8_STRING", kHasCells})
     EXPECT_FALSE(offered.contains(target)) << target;
 }
 
@@ -140,6 +143,16 @@ TEST_F(Copy, NeedsAPicture) {
   EXPECT_TRUE(waitUntil([&] { return !copyItem(program).isEnabled(); }));
   key("ctrl+c");
   EXPECT_EQ(paste("UTF8_STRING"), "before");
+}
+
+TEST_F(Copy, WaitsForTheFirstFrame) {
+  Program program(Start{.furnish = [](Platform& platform) {
+    static_cast<SimulatedCaptureSystem&>(*platform.captureSystem).freeze(std::chrono::seconds(4));
+  }});
+  ASSERT_TRUE(waitUntil([&] { return program.isEnabled("Line Item Identifier"); }));
+  EXPECT_FALSE(copyItem(program).isEnabled()) << "the camera is open, and there is no picture yet";
+  ASSERT_TRUE(program.waitForPicture());
+  EXPECT_TRUE(waitUntil([&] { return copyItem(program).isEnabled(); }));
 }
 
 TEST_F(Copy, StaysOnTheClipboardWhenTheWindowHasGone) {

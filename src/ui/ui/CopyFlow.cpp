@@ -17,6 +17,11 @@ namespace tessary {
 namespace {
 
 constexpr QLatin1String kPng("image/png");
+/// LibreOffice takes a picture before any table, its spreadsheet too, unless a format of
+/// spreadsheets is offered with it: the spreadsheet then looks again and takes the HTML, while the
+/// word processor keeps to the picture. This one nobody reads any more, so that there is nothing to
+/// be had of it.
+constexpr QLatin1String kHasCells("application/x-openoffice-biff-5;windows_formatname=\"Biff 5\"");
 
 }  // namespace
 
@@ -32,7 +37,10 @@ class CopiedData final : public QMimeData {
   }
 
   /// The picture first: of programs that take either, most paste what is named first.
-  QStringList formats() const override { return QStringList(kPng) + QMimeData::formats(); }
+  QStringList formats() const override {
+    const QStringList texts = QMimeData::formats();
+    return texts.isEmpty() ? QStringList(kPng) : QStringList(kPng) + texts + QStringList(kHasCells);
+  }
 
  protected:
   QVariant retrieveData(const QString& mimeType, QMetaType preferred) const override {
