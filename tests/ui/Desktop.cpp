@@ -1,6 +1,7 @@
 #include "Desktop.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <map>
@@ -37,6 +38,23 @@ xcb_connection_t* display() {
 }
 
 xcb_screen_t& root() { return *xcb_setup_roots_iterator(xcb_get_setup(display())).data; }
+
+/// What is there on the display that the compositor covers.
+QImage displayPart(const QRect& place) {
+  const QRect area = place & QRect(0, 0, root().width_in_pixels, root().height_in_pixels);
+  const Reply<xcb_get_image_reply_t> reply(
+      xcb_get_image_reply(
+          display(),
+          xcb_get_image(display(), XCB_IMAGE_FORMAT_Z_PIXMAP, root().root, int16_t(area.x()),
+                        int16_t(area.y()), uint16_t(area.width()), uint16_t(area.height()), ~0U),
+          nullptr),
+      std::free);
+  if (!reply || reply->depth != 24) return {};
+  QImage image(area.size(), QImage::Format_RGB32);
+  std::memcpy(image.bits(), xcb_get_image_data(reply.get()),
+              size_t(xcb_get_image_data_length(reply.get())));
+  return image;
+}
 
 /// A row of pixels of a window by which it can be told.
 struct Strip {
@@ -128,7 +146,7 @@ std::optional<QPoint> find(const std::vector<Strip>& strips, const QImage& image
 
 std::optional<QRect> placeUnderWayland(const QWidget& window) {
   if (!window.isVisible()) return {};
-  const QImage screen = displayed(QRect(0, 0, root().width_in_pixels, root().height_in_pixels));
+  const QImage screen = displayPart(QRect(0, 0, root().width_in_pixels, root().height_in_pixels));
   const auto corner = find(stripsOf(const_cast<QWidget&>(window)), screen);
   if (!corner) return {};
   return QRect(*corner, window.size());
@@ -138,25 +156,12 @@ std::optional<QRect> placeUnderWayland(const QWidget& window) {
 
 bool isWayland() { return QGuiApplication::platformName().startsWith(QLatin1String("wayland")); }
 
-QImage displayed(const QRect& place) {
-  if (!isWayland()) {
-    return QGuiApplication::primaryScreen()
-        ->grabWindow(0, place.x(), place.y(), place.width(), place.height())
-        .toImage();
-  }
-  const auto area = place & QRect(0, 0, root().width_in_pixels, root().height_in_pixels);
-  const Reply<xcb_get_image_reply_t> reply(
-      xcb_get_image_reply(
-          display(),
-          xcb_get_image(display(), XCB_IMAGE_FORMAT_Z_PIXMAP, root().root, int16_t(area.x()),
-                        int16_t(area.y()), uint16_t(area.width()), uint16_t(area.height()), ~0U),
-          nullptr),
-      std::free);
-  if (!reply || reply->depth != 24) return {};
-  QImage image(area.size(), QImage::Format_RGB32);
-  std::memcpy(image.bits(), xcb_get_image_data(reply.get()),
-              size_t(xcb_get_image_data_length(reply.get())));
-  return image;
+QImage displayed(const QWidget& widget) {
+  if (isWayland()) return displayPart(QRect(onDisplay(widget, QPoint(0, 0)), widget.size()));
+  const QPoint corner = widget.mapToGlobal(QPoint(0, 0));
+  return widget.screen()
+      ->grabWindow(0, corner.x(), corner.y(), widget.width(), widget.height())
+      .toImage();
 }
 
 std::optional<QRect> placeOnDisplay(const QWidget& window) {
@@ -194,10 +199,19 @@ bool isActiveOnDisplay(const QWidget& window) {
 }
 
 bool isInItsPlace(const QWidget& window) {
-  if (isWayland()) return placeOnDisplay(window).has_value();
+  const std::optional<QRect> place = placeOnDisplay(window);
+  if (!place || isWayland()) return place.has_value();
+  const double ratio = window.devicePixelRatio();
+  const int most = int(std::ceil(ratio)) - 1;  // what whole points can be off by, in pixels
+  const auto isAlike = [&](int pixels, int points) {
+    return std::abs(pixels - qRound(points * ratio)) <= most;
+  };
+  const QRect wanted = window.geometry();
   // The toolkit's own two ideas of it differ until the display has answered to a move.
-  return placeOnDisplay(window) == window.geometry() &&
-         window.mapToGlobal(QPoint(0, 0)) == window.geometry().topLeft();
+  const QPoint corner = window.mapToGlobal(QPoint(0, 0));
+  return isAlike(place->width(), wanted.width()) && isAlike(place->height(), wanted.height()) &&
+         isAlike(place->x(), wanted.x()) && isAlike(place->y(), wanted.y()) &&
+         isAlike(place->x(), corner.x()) && isAlike(place->y(), corner.y());
 }
 
 void waitForPlace(const QWidget& window) {
@@ -206,9 +220,9 @@ void waitForPlace(const QWidget& window) {
 }
 
 QPoint onDisplay(const QWidget& widget, QPoint position) {
-  if (!isWayland()) return widget.mapToGlobal(position);
-  const auto place = placeOnDisplay(*widget.window());
-  return place.value_or(QRect()).topLeft() + widget.mapTo(widget.window(), position);
+  const QWidget& window = *widget.window();
+  const QPointF inWindow = widget.mapTo(&window, QPointF(position)) * window.devicePixelRatio();
+  return placeOnDisplay(window).value_or(QRect()).topLeft() + inWindow.toPoint();
 }
 
 }  // namespace tessary::test

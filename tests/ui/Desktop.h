@@ -12,8 +12,8 @@ namespace tessary::test {
 
 bool isWayland();
 
-/// Where the display has a window, without its frame; nothing while it does not show it, or not
-/// enough of it. The window manager moves and shows windows in its own time.
+/// Where the display has a window, without its frame, in its pixels; nothing while it does not show
+/// it, or not enough of it. The window manager moves and shows windows in its own time.
 std::optional<QRect> placeOnDisplay(const QWidget& window);
 /// Whether the window manager, too, takes it for the active window: its own keys go there.
 bool isActiveOnDisplay(const QWidget& window);
@@ -23,9 +23,9 @@ bool isInItsPlace(const QWidget& window);
 /// Waits until the display has the window where, and as large as, the program believes it to be.
 void waitForPlace(const QWidget& window);
 
-/// Where the display has this position of a widget, whose window is in its place.
+/// Where the display, in its pixels, has this position of a widget, whose window is in its place.
 QPoint onDisplay(const QWidget& widget, QPoint position);
-/// What the display shows there.
-QImage displayed(const QRect& place);
+/// What the display shows where the widget is.
+QImage displayed(const QWidget& widget);
 
 }  // namespace tessary::test

@@ -79,8 +79,12 @@ void xdotoolAtOnce(const QStringList& arguments) {
 }
 
 void moveTo(const QWidget& widget, QPoint position) {
+  moveToPixel(widget, (QPointF(position) * widget.devicePixelRatio()).toPoint());
+}
+
+void moveToPixel(const QWidget& widget, QPoint pixel) {
   waitForPlace(*widget.window());
-  const QPoint place = onDisplay(widget, position);
+  const QPoint place = onDisplay(widget, QPoint(0, 0)) + pixel;
   xdotool({"mousemove", QString::number(place.x()), QString::number(place.y())});
 }
 
@@ -157,9 +161,7 @@ bool Program::waitForPicture() {
   });
 }
 
-QImage Program::screenshot() {
-  return displayed(QRect(onDisplay(container(), QPoint(0, 0)), container().size()));
-}
+QImage Program::screenshot() { return displayed(container()); }
 
 QWidget& Program::button(const char* identifier) {
   auto* bar = find<QToolBar>("TessaryToolbar");

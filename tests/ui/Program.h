@@ -38,8 +38,10 @@ void xdotoolAtOnce(const QStringList& arguments);
 /// once.
 void minimize(QWidget& window);
 
-/// The pointer, moved and pressed as a hand would. Positions are the widget's own.
+/// The pointer, moved and pressed as a hand would. Positions are the widget's own, in points.
 void moveTo(const QWidget& widget, QPoint position);
+/// Onto a pixel of the display's, counted from the widget's corner.
+void moveToPixel(const QWidget& widget, QPoint pixel);
 void press();
 void release();
 void click(const QWidget& widget, QPoint position);

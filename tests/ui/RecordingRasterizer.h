@@ -1,5 +1,7 @@
 #pragma once
 
+#include <charconv>
+#include <cmath>
 #include <memory>
 #include <string>
 
@@ -25,5 +27,12 @@ class RecordingRasterizer final : public TextRasterizer {
   std::unique_ptr<TextRasterizer> real_;
   std::string& last_;
 };
+
+/// The number that a label begins with.
+inline double valueOf(const std::string& label) {
+  double value = NAN;
+  std::from_chars(label.data(), label.data() + label.size(), value);
+  return value;
+}
 
 }  // namespace tessary::test

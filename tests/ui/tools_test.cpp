@@ -2,8 +2,6 @@
 // a place in the picture area is a place in the picture.
 
 #include <array>
-#include <charconv>
-#include <cmath>
 #include <optional>
 
 #include <QtCore/QCoreApplication>
@@ -393,13 +391,6 @@ TEST_F(Tools, HandlesLightUpWhileAnotherWindowIsActive) {
   carry({150, 150}, {0, 60});
   EXPECT_TRUE(shows("moved", inside({150, 210}))) << "the press that activates counts";
   EXPECT_TRUE(waitUntil([&] { return program.window().isActiveWindow(); }));
-}
-
-/// The number that a label begins with.
-double valueOf(const std::string& label) {
-  double value = NAN;
-  std::from_chars(label.data(), label.data() + label.size(), value);
-  return value;
 }
 
 TEST_F(Tools, AfterACalibrationOnTheStageMicrometerHalfAMillimetreReadsSo) {

@@ -45,7 +45,8 @@ void PreviewWidget::setPreviewView(PreviewView* view) {
 void PreviewWidget::resizeEvent(QResizeEvent*) { surface_->widget().setGeometry(rect()); }
 
 MouseLocation PreviewWidget::location(const QMouseEvent& event) const {
-  const QPointF position = event.position();
+  // The event's own position is rounded to whole points, several pixels on a high-density screen.
+  const QPointF position = event.scenePosition() - mapTo(window(), QPointF());
   const QPointF global = event.globalPosition();
   return {{position.x(), position.y()}, {global.x(), global.y()}};
 }
