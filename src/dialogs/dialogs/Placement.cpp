@@ -4,6 +4,20 @@
 #include <cmath>
 
 namespace tessary {
+namespace {
+
+struct Span {
+  double start;
+  double length;
+};
+
+Span broughtWithin(Span span, Span room, double least) noexcept {
+  const double end = room.start + room.length;
+  const double start = std::max(std::min(span.start, end - least), room.start);
+  return {start, std::min(span.length, std::max(end - start, least))};
+}
+
+}  // namespace
 
 ScreenPoint placementIn(const ScreenRect& parent, double width, double below) noexcept {
   return {std::trunc(parent.origin.x + (parent.size.width - width) / 2),
@@ -18,6 +32,14 @@ ScreenPoint placementBeside(const ScreenRect& parent, const ScreenRect& screen,
   double x = behind;
   if (behind + width > right) x = before >= screen.origin.x ? before : right - width;
   return {x, std::max(parent.origin.y, screen.origin.y)};
+}
+
+ScreenRect broughtWithin(const ScreenRect& frame, const ScreenRect& screen, Size least) noexcept {
+  const Span across = broughtWithin({frame.origin.x, frame.size.width},
+                                    {screen.origin.x, screen.size.width}, least.width);
+  const Span down = broughtWithin({frame.origin.y, frame.size.height},
+                                  {screen.origin.y, screen.size.height}, least.height);
+  return {{across.start, down.start}, {across.length, down.length}};
 }
 
 }  // namespace tessary

@@ -17,9 +17,10 @@ class ViewHost {
   virtual Size screenSize() const = 0;
   /// Where the desktop's first screen ends below.
   virtual double desktopBottom() const = 0;
-  /// Size of the window without title bar and edges. Which corner stays is the platform's matter.
+  /// Size of the window without title bar and edges, as far as its screen has room for that. Which
+  /// corner stays is the platform's matter.
   virtual void setContentSize(Size size) = 0;
-  /// Moves the window's top left corner.
+  /// Moves the window's top left corner, as far as the window then still lies on its screen.
   virtual void setFrameOrigin(ScreenPoint origin) = 0;
 };
 

@@ -138,6 +138,8 @@ void PreviewWindowController::windowDidResize() { previewView.windowDidResize();
 void PreviewWindowController::windowDidChangeOcclusionState() {
   const bool exposed = !window_.isOccluded();
   capture_.wndExposed = exposed;
+  // From its first exposure on the window manager's frame around it is known.
+  if (exposed && !std::exchange(framed_, true)) viewHost_.bringWithinScreen();
   tellOfGapInMovie(exposed);
 }
 

@@ -137,6 +137,7 @@ class PreviewWindowController final : public QObject,
   CaptureController capture_;
   QTimer fpsTimer;
   bool working_ = false;  // the window has been shown
+  bool framed_ = false;   // and seen
   std::optional<std::chrono::steady_clock::time_point> hiddenWhileRecording_;
 
   // A dialog is up while its pointer is set.

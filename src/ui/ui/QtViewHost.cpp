@@ -4,7 +4,11 @@
 
 #include <QtGui/QGuiApplication>
 #include <QtGui/QScreen>
+#include <QtGui/QWindow>
 #include <QtWidgets/QWidget>
+
+#include "dialogs/Placement.h"
+#include "ui/Windows.h"
 
 namespace tessary {
 namespace {
@@ -28,10 +32,7 @@ QtViewHost::QtViewHost(QWidget& window, QWidget& container)
 
 Size QtViewHost::superviewFrameSize() const { return sizeOf(container_.size()); }
 
-ScreenRect QtViewHost::windowFrame() const {
-  const QRect frame = window_.frameGeometry();
-  return {{double(frame.x()), double(frame.y())}, sizeOf(frame.size())};
-}
+ScreenRect QtViewHost::windowFrame() const { return screenRect(window_.frameGeometry()); }
 
 Size QtViewHost::screenSize() const {
   const QScreen* screen = window_.screen();
@@ -48,12 +49,40 @@ void QtViewHost::setContentSize(Size size) {
   const QSize bars = window_.size() - container_.size();
   const QSize wanted = QSize(int(size.width), int(size.height)) + bars;
   const double ratio = window_.devicePixelRatio();
-  window_.resize(grantedLength(wanted.width(), ratio), grantedLength(wanted.height(), ratio));
+  const QSize granted(grantedLength(wanted.width(), ratio), grantedLength(wanted.height(), ratio));
+  resizeFrame(
+      withinScreen({window_.frameGeometry().topLeft(), granted.grownBy(frameMargins())}).size());
 }
 
 void QtViewHost::setFrameOrigin(ScreenPoint origin) {
   const QPoint topLeft(int(origin.x), int(origin.y));
-  if (topLeft != window_.frameGeometry().topLeft()) window_.move(topLeft);
+  const QPoint within = withinScreen({topLeft, window_.size().grownBy(frameMargins())}).topLeft();
+  if (within != window_.frameGeometry().topLeft()) window_.move(within);
 }
+
+void QtViewHost::bringWithinScreen() {
+  const QRect frame(window_.frameGeometry().topLeft(), window_.size().grownBy(frameMargins()));
+  const QRect within = withinScreen(frame);
+  // What is right is not said again: the window manager may not have come to what was said last.
+  if (within.size() != frame.size()) resizeFrame(within.size());
+  if (within.topLeft() != frame.topLeft()) window_.move(within.topLeft());
+}
+
+QMargins QtViewHost::frameMargins() const {
+  const QWindow* window = window_.windowHandle();
+  return window ? window->frameMargins() : QMargins();
+}
+
+QRect QtViewHost::withinScreen(const QRect& frame) const {
+  const QScreen* screen = window_.screen();
+  if (!screen || window_.isMaximized() || window_.isFullScreen()) return frame;
+  const QSize least = window_.minimumSize().grownBy(frameMargins());
+  const ScreenRect within =
+      broughtWithin(screenRect(frame), screenRect(screen->availableGeometry()), sizeOf(least));
+  return {int(within.origin.x), int(within.origin.y), int(within.size.width),
+          int(within.size.height)};
+}
+
+void QtViewHost::resizeFrame(QSize size) { window_.resize(size.shrunkBy(frameMargins())); }
 
 }  // namespace tessary

@@ -14,13 +14,9 @@
 
 namespace tessary {
 
-namespace {
-
 ScreenRect screenRect(const QRect& rect) {
   return {{double(rect.x()), double(rect.y())}, {double(rect.width()), double(rect.height())}};
 }
-
-}  // namespace
 
 void placeIn(QWidget& window, const QWidget& parent, double below) {
   window.adjustSize();

@@ -5,9 +5,15 @@
 #include <optional>
 #include <string>
 
+#include <QtCore/QRect>
 #include <QtWidgets/QMessageBox>
 
+#include "base/Geometry.h"
+
 namespace tessary {
+
+/// A rectangle of the desktop's.
+ScreenRect screenRect(const QRect& rect);
 
 /// Places `window` over `parent`: centred across, and `below` the top edge of the parent's frame.
 void placeIn(QWidget& window, const QWidget& parent, double below);

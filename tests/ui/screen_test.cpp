@@ -1,0 +1,116 @@
+// The window and the screen that it is on; run on screens of several sizes.
+
+#include <array>
+#include <cstdlib>
+#include <string_view>
+
+#include <QtGui/QScreen>
+#include <QtGui/QWindow>
+#include <gtest/gtest.h>
+#include <xcb/xcb.h>
+
+#include "Program.h"
+
+namespace tessary::test {
+namespace {
+
+constexpr int kTopPanel = 40;
+constexpr int kBottomPanel = 30;
+
+/// A desktop's panel, along the whole of an edge of the screen.
+class Panel final : public QWidget {
+ public:
+  Panel(Qt::Edge edge, int height) {
+    setAttribute(Qt::WA_X11NetWmWindowTypeDock);
+    const QRect all = screen()->geometry();
+    setGeometry(0, edge == Qt::TopEdge ? 0 : all.height() - height, all.width(), height);
+    // Left, right, top, bottom; and from where to where along each.
+    std::array<uint32_t, 12> room{};
+    room[edge == Qt::TopEdge ? 2 : 3] = uint32_t(height);
+    room[edge == Qt::TopEdge ? 9 : 11] = uint32_t(all.width() - 1);
+    xcb_connection_t* display =
+        qApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
+    constexpr std::string_view kName = "_NET_WM_STRUT_PARTIAL";
+    const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> atom(
+        xcb_intern_atom_reply(display, xcb_intern_atom(display, 0, kName.size(), kName.data()),
+                              nullptr),
+        std::free);
+    xcb_change_property(display, XCB_PROP_MODE_REPLACE, xcb_window_t(winId()), atom->atom,
+                        XCB_ATOM_CARDINAL, 32, room.size(), room.data());
+    show();
+  }
+};
+
+QRect frameOnDisplay(const QWidget& window) {
+  return placeOnDisplay(window).value_or(QRect()).marginsAdded(
+      window.windowHandle()->frameMargins());
+}
+
+/// Whether the window has come to lie within the part of the screen that is for windows, and shows
+/// as much of its picture as goes there.
+::testing::AssertionResult showsWhatItCan(Program& program, QSize picture) {
+  const QWidget& window = program.window();
+  QRect frame;
+  const auto isWithin = [&] {
+    frame = frameOnDisplay(window);
+    return isInItsPlace(window) && window.screen()->availableGeometry().contains(frame);
+  };
+  const bool within = waitUntil(isWithin, std::chrono::seconds(5));
+  const QRect room = window.screen()->availableGeometry();
+  const QSize shown = program.container().size();
+  if (within && (shown.width() == picture.width() || frame.right() == room.right()) &&
+      (shown.height() == picture.height() || frame.bottom() == room.bottom()))
+    return ::testing::AssertionSuccess();
+  return ::testing::AssertionFailure()
+         << "frame to " << frame.right() << ", " << frame.bottom() << ", room to " << room.right()
+         << ", " << room.bottom() << ", picture " << shown.width() << "x" << shown.height();
+}
+
+constexpr QSize kPictures[] = {{1280, 720}, {1920, 1080}};
+
+TEST(Screen, TheFirstPictureLeavesTheWindowWithinIt) {
+  for (const QSize picture : kPictures) {
+    Program program(Start{.width = picture.width(), .height = picture.height()});
+    ASSERT_TRUE(program.waitForPicture());
+    EXPECT_TRUE(showsWhatItCan(program, picture)) << picture.width();
+    EXPECT_EQ(frameOnDisplay(program.window()).top(), 25) << "its corner stays";
+    QSlider& zoom = program.slider("zoomSlider");
+    click(zoom, {6, zoom.height() / 2 - 3});
+    EXPECT_TRUE(waitUntil([&] { return zoom.value() < kZoom100; })) << "it can be reached";
+  }
+}
+
+TEST(Screen, PanelsStayFree) {
+  const Panel top(Qt::TopEdge, kTopPanel);
+  const Panel bottom(Qt::BottomEdge, kBottomPanel);
+  const QScreen& screen = *top.screen();
+  ASSERT_TRUE(waitUntil([&] {
+    return screen.availableGeometry() == screen.geometry().adjusted(0, kTopPanel, 0, -kBottomPanel);
+  }));
+  for (const QSize picture : kPictures) {
+    Program program(Start{.width = picture.width(), .height = picture.height()});
+    ASSERT_TRUE(program.waitForPicture());
+    EXPECT_TRUE(showsWhatItCan(program, picture)) << picture.width();
+    EXPECT_EQ(frameOnDisplay(program.window()).top(), kTopPanel);
+  }
+}
+
+TEST(Screen, AWindowNearItsCornerMakesRoomForANewPicture) {
+  Program program;
+  ASSERT_TRUE(program.waitForPicture());
+  QWidget& window = program.window();
+  const QSize room = window.screen()->availableGeometry().size();
+  const QPoint corner(room.width() - 500, room.height() - 300);
+  window.move(corner);
+  ASSERT_TRUE(waitUntil([&] { return frameOnDisplay(window).topLeft() == corner; }));
+  program.microscope->unplug();
+  ASSERT_TRUE(waitUntil([&] { return !gCurrMicroscope; }));
+  program.microscope->plug();
+  ASSERT_TRUE(program.waitForPicture());
+  EXPECT_TRUE(showsWhatItCan(program, {640, 480}));
+  EXPECT_EQ(frameOnDisplay(window).left(), corner.x());
+  EXPECT_LT(frameOnDisplay(window).top(), corner.y()) << "or too little of it would be left";
+}
+
+}  // namespace
+}  // namespace tessary::test
