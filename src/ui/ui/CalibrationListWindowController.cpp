@@ -1,8 +1,10 @@
 #include "ui/CalibrationListWindowController.h"
 
+#include <algorithm>
 #include <utility>
 
 #include <QtGui/QKeyEvent>
+#include <QtGui/QScreen>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QLineEdit>
 
@@ -46,12 +48,18 @@ void CalibrationListWindowController::layOutTable() {
   table.resizeColumnsToContents();
   for (int column = 0; column < model_->columnCount(); ++column)
     header.resizeSection(column, header.sectionSize(column) + kCellMargin);
+  // All that is in them shows, unless that is more than a screen holds.
+  const int most = screen()->availableGeometry().width() * 9 / 10;
+  table.setMinimumWidth(
+      std::max(table.minimumWidth(), std::min(header.length() + 2 * table.frameWidth(), most)));
   header.setSectionResizeMode(kCalibrationNameColumn, QHeaderView::Stretch);
   header.setHighlightSections(false);
+  QHeaderView& rows = *table.verticalHeader();
+  rows.setDefaultSectionSize(
+      std::max(rows.defaultSectionSize(), table.sizeHintForIndex(model_->index(0, 0)).height()));
   // All ten rows show without scrolling.
   table.setMinimumHeight(header.sizeHint().height() +
-                         model_->rowCount() * table.verticalHeader()->defaultSectionSize() +
-                         2 * table.frameWidth());
+                         model_->rowCount() * rows.defaultSectionSize() + 2 * table.frameWidth());
 }
 
 bool CalibrationListWindowController::eventFilter(QObject* watched, QEvent* event) {

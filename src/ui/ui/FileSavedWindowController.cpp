@@ -34,7 +34,8 @@ void FileSavedWindowController::setParentWindow(const QWidget& parent) {
 void FileSavedWindowController::setFileName(const QString& name) {
   clock_.restart();
   ui_->fileNameFld->setText(name);
-  // The name decides how wide the notice is.
+  // The name decides how wide the notice is, at once.
+  ui_->frameLayout->activate();
   if (parentWnd_) placeIn(*this, *parentWnd_, kNoticeBelowTop);
   if (!timer.isActive()) timer.start(kTick);
 }

@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include <QtWidgets/QLabel>
 #include <QtWidgets/QSlider>
 
-#include "ui/OverPicture.h"
+#include "ui/StatusText.h"
 
 namespace tessary {
 namespace {
@@ -66,11 +65,10 @@ void PreviewControls::setupSliders() {
 
 void PreviewControls::setupTextFields() {
   const auto add = [this](const char* name, Qt::Alignment alignment) {
-    auto* text = new QLabel(&container_);
+    auto* text = new StatusText(&container_);
     text->setObjectName(QString::fromLatin1(name));
     text->setAlignment(alignment | Qt::AlignVCenter);
     text->setGeometry(0, 0, 0, 0);
-    styleOverPicture(*text);
     text->hide();
     return text;
   };
@@ -150,23 +148,21 @@ void PreviewControls::zoomSliderFrameDidChange() {
 }
 
 void PreviewControls::showStatus(const Resolution& resolution, float videoFrameRate) {
-  fpsText->setText(QStringLiteral("%1x%2  fps:%3")
-                       .arg(resolution.width)
-                       .arg(resolution.height)
-                       .arg(std::lround(videoFrameRate)));
-  fpsText->show();
+  fpsText->showText(QStringLiteral("%1x%2  fps:%3")
+                        .arg(resolution.width)
+                        .arg(resolution.height)
+                        .arg(std::lround(videoFrameRate)));
 }
 
 void PreviewControls::clearStatus() {
-  for (QLabel* text : {zoomText, fpsText}) {
+  for (StatusText* text : {zoomText, fpsText}) {
     text->clear();
     text->hide();
   }
 }
 
 void PreviewControls::showZoom() {
-  zoomText->setText(QStringLiteral("%1%").arg(mapZoom100(previewView_.zoom())));
-  zoomText->show();
+  zoomText->showText(QStringLiteral("%1%").arg(mapZoom100(previewView_.zoom())));
 }
 
 int PreviewControls::mapZoom100(int32_t zoom) {

@@ -4,11 +4,12 @@
 
 #include "view/PreviewView.h"
 
-class QLabel;
 class QSlider;
 class QWidget;
 
 namespace tessary {
+
+class StatusText;
 
 /// The three sliders and the two status texts that lie over the picture, and their two-way link
 /// with the picture's location and zoom.
@@ -50,8 +51,8 @@ class PreviewControls final : public QObject {
   QSlider* horizontalSlider = nullptr;
   QSlider* verticalSlider = nullptr;
   QSlider* zoomSlider = nullptr;
-  QLabel* zoomText = nullptr;
-  QLabel* fpsText = nullptr;
+  StatusText* zoomText = nullptr;
+  StatusText* fpsText = nullptr;
 };
 
 }  // namespace tessary

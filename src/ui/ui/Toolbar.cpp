@@ -14,7 +14,6 @@
 namespace tessary {
 namespace {
 
-constexpr int kIconSize = 24;
 constexpr int kAboutIconSize = 64;
 const QKeySequence kQuitKey(Qt::CTRL | Qt::Key_Q);
 
@@ -78,8 +77,8 @@ void Toolbar::setupToolbar() {
   toolbar->toggleViewAction()->setVisible(false);
   toolbar->setContextMenuPolicy(Qt::PreventContextMenu);
   toolbar->setToolButtonStyle(Qt::ToolButtonIconOnly);
-  toolbar->setIconSize(QSize(kIconSize, kIconSize));
-  // All twenty buttons fit a window for the smallest frame, 640 pixels wide.
+  // With icons of the usual size all twenty buttons fit a window for the smallest frame, 640 pixels
+  // wide.
   toolbar->setStyleSheet(
       QStringLiteral("QToolBar { spacing: 0px; } QToolButton { padding: 1px; }"));
   for (const ToolbarEntry& entry : toolbarDefaultItems()) {
