@@ -5,7 +5,6 @@
 
 #include <QtCore/QEvent>
 #include <QtCore/QSignalBlocker>
-#include <QtGui/QIcon>
 #include <QtWidgets/QCheckBox>
 #include <QtWidgets/QGridLayout>
 #include <QtWidgets/QLabel>
@@ -15,6 +14,7 @@
 #include <QtWidgets/QToolButton>
 
 #include "ui/PopUpButton.h"
+#include "ui/ThemedIcon.h"
 
 namespace tessary {
 namespace {
@@ -105,7 +105,7 @@ void CameraControlRow::addName(QGridLayout& grid, int row, QWidget& buddy) {
 
 void CameraControlRow::addDefault(QGridLayout& grid, int row) {
   default_ = new QToolButton;
-  default_->setIcon(QIcon(QStringLiteral(":/icons/Default.svg")));
+  default_->setIcon(themedIcon("Default"));
   default_->setIconSize(QSize(kDefaultIconSize, kDefaultIconSize));
   default_->setAutoRaise(true);
   default_->setFocusPolicy(Qt::TabFocus);

@@ -5,6 +5,7 @@
 
 #include <QtWidgets/QSlider>
 
+#include "ui/OverPicture.h"
 #include "ui/StatusText.h"
 
 namespace tessary {
@@ -42,6 +43,7 @@ void PreviewControls::setupSliders() {
     slider->setToolTip(title);
     slider->setGeometry(0, 0, 0, 0);
     slider->setTickPosition(QSlider::TicksBelow);
+    styleOverPicture(*slider);
     slider->show();
     return slider;
   };

@@ -9,6 +9,8 @@
 #include <QtWidgets/QMenuBar>
 #include <QtWidgets/QToolBar>
 
+#include "ui/MenuStyle.h"
+#include "ui/ThemedIcon.h"
 #include "ui/Windows.h"
 
 namespace tessary {
@@ -60,7 +62,7 @@ Toolbar::Toolbar(QMainWindow& window) : window_(window) {
     action->setIconText(tr(info.label));
     action->setObjectName(QString::fromLatin1(info.identifier));
     action->setToolTip(tr(info.toolTip));
-    action->setIcon(QIcon(QStringLiteral(":/icons/%1.svg").arg(QLatin1String(info.imageName))));
+    action->setIcon(themedIcon(info.imageName));
     action->setShortcut(shortcut(info.command));
     connect(action, &QAction::triggered, this,
             [this, command = info.command] { emit commandDidClick(command); });
@@ -93,7 +95,14 @@ void Toolbar::setupToolbar() {
 
 void Toolbar::setupMenuItems() {
   QMenuBar& bar = *window_.menuBar();
-  QMenu* application = bar.addMenu(tr("&Tessary"));
+  auto* style = new MenuStyle;
+  style->setParent(&bar);
+  const auto addMenu = [&](const QString& title) {
+    QMenu* menu = bar.addMenu(title);
+    menu->setStyle(style);
+    return menu;
+  };
+  QMenu* application = addMenu(tr("&Tessary"));
   application->addAction(tr("&About Tessary"), this, &Toolbar::showAbout);
   application->addSeparator();
   application->addAction(&action(Command::Options));
@@ -101,10 +110,10 @@ void Toolbar::setupMenuItems() {
   // All of them: a help or options window would keep the program running.
   application->addAction(tr("&Quit"), kQuitKey, qApp, &QApplication::closeAllWindows);
   qApp->installEventFilter(this);
-  fillMenu(1, *bar.addMenu(tr("&Microscope")));
-  fillMenu(2, *bar.addMenu(tr("M&easure")));
-  fillViewMenu(*bar.addMenu(tr("&View")));
-  bar.addMenu(tr("&Help"))->addAction(&action(Command::Help));
+  fillMenu(1, *addMenu(tr("&Microscope")));
+  fillMenu(2, *addMenu(tr("M&easure")));
+  fillViewMenu(*addMenu(tr("&View")));
+  addMenu(tr("&Help"))->addAction(&action(Command::Help));
 }
 
 void Toolbar::fillViewMenu(QMenu& menu) {
