@@ -40,7 +40,7 @@ TEST(MeasurementRows, AreThoseOfTheShapesInTheirOrderInTheUnitInForce) {
   Desk desk;
   desk.overlay.setCalibration(10.0F, kUnitMicrometre);
   drawAll(desk);
-  EXPECT_THAT(rowsOf(desk), ElementsAre("Line|10.000|\u03BCm", "Parallel lines|6.000|\u03BCm",
+  EXPECT_THAT(rowsOf(desk), ElementsAre("Line|10.000|\u03BCm", "Parallel Lines|6.000|\u03BCm",
                                         "Circle|4.000|\u03BCm|25.133|\u03BCm|502.655|\u03BCm^2",
                                         "Rectangle|6.000|\u03BCm|4.000|\u03BCm|24.000|\u03BCm^2",
                                         "Angle|90.000|\u00B0", "Text|grain"))
@@ -50,7 +50,7 @@ TEST(MeasurementRows, AreThoseOfTheShapesInTheirOrderInTheUnitInForce) {
 TEST(MeasurementRows, AreInPixelsWithoutACalibration) {
   Desk desk;
   drawAll(desk);
-  EXPECT_THAT(rowsOf(desk), ElementsAre("Line|100.000|px", "Parallel lines|60.000|px",
+  EXPECT_THAT(rowsOf(desk), ElementsAre("Line|100.000|px", "Parallel Lines|60.000|px",
                                         "Circle|40.000|px|251.327|px|5026.548|px^2",
                                         "Rectangle|60.000|px|40.000|px|2400.000|px^2",
                                         "Angle|90.000|\u00B0", "Text|grain"));

@@ -125,6 +125,42 @@ TEST(MouseInteraction, TheAngleIsLabelledLiveInTheThirdPointWait) {
   EXPECT_THAT(desk.rasterizer.take(), ElementsAre("180.000\u00B0"));
 }
 
+TEST(MouseInteraction, TellsTheShapeThatIsFinishedAndNothingElse) {
+  Desk desk;
+  const auto press = [&](ImagePoint p) {
+    return desk.mouse.mouseDown(desk.viewOf(p), desk.screenOf(p));
+  };
+  const auto release = [&](ImagePoint p) { return desk.mouse.mouseUp(desk.viewOf(p)); };
+  int32_t index = 0;
+  for (const int32_t op : {kOprLine, kOprCircle, kOprRect, kOprPencil}) {
+    desk.overlay.changeOperation(op);
+    EXPECT_EQ(press({100, 100}), -1);
+    desk.drag({150, 120});
+    EXPECT_EQ(release({150, 120}), index++);
+  }
+  for (const int32_t op : {kOprLine2, kOprAngle}) {
+    desk.overlay.changeOperation(op);
+    EXPECT_EQ(press({100, 200}), -1);
+    desk.drag({150, 220});
+    EXPECT_EQ(release({150, 220}), -1) << "a third point is to come";
+    desk.move({130, 250});
+    EXPECT_EQ(press({130, 250}), index++);
+    EXPECT_EQ(release({130, 250}), -1);
+  }
+  // Selected, moved, let go.
+  EXPECT_EQ(press({100, 100}), -1);
+  desk.drag({110, 100});
+  EXPECT_EQ(release({110, 100}), -1);
+  EXPECT_EQ(press({400, 400}), -1);
+  EXPECT_EQ(release({400, 400}), -1);
+  // What was removed while it was made.
+  desk.overlay.changeOperation(kOprAngle);
+  press({100, 200});
+  release({150, 220});
+  desk.shapes.removeAllShapes();
+  EXPECT_EQ(press({130, 250}), -1);
+}
+
 TEST(MouseInteraction, DrawsStrokesWhoseReleaseIsNotAPoint) {
   Desk desk;
   desk.overlay.changeOperation(kOprPencil);

@@ -108,7 +108,7 @@ TEST_F(LargeFonts, CutNothingOffInTheListOfCalibrations) {
                                  .resolution = 47187200,
                                  .date = 20251225,
                                  .ppu = 17060.25});
-  CalibrationListWindowController list(&window, preferences);
+  CalibrationListWindowController list(&window, preferences, [] { return 0.0F; });
   open(list);
   EXPECT_EQ(clipped(list).join(", ").toStdString(), "");
   auto& table = find<QTableView>(list, "calibrations");

@@ -1,6 +1,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <mutex>
 #include <thread>
 
@@ -29,6 +30,7 @@ using test::ManualExecutor;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::SizeIs;
 
 /// Makes one byte of any picture, and remembers its size.
 class FakeEncoder final : public ImageEncoder {
@@ -95,6 +97,14 @@ class RecordingDelegate final : public PreviewViewLocationDelegate {
   void previewViewLocationDidChange(ViewPoint) override { calls.emplace_back("location"); }
   void previewViewZoomDidChange() override { calls.emplace_back("zoom"); }
   std::vector<std::string> calls;
+};
+
+class OverlayDelegate final : public PreviewViewOverlayDelegate {
+ public:
+  void overlayTextMayHaveChanged() override { ++changes; }
+  void shapeDidFinish(const std::string& text) override { finished.push_back(text); }
+  int changes = 0;
+  std::vector<std::string> finished;
 };
 
 class PreviewViewTest : public ::testing::Test {
@@ -322,6 +332,58 @@ TEST_F(PreviewViewTest, TheMouseComposesWhatItChangesAndNothingElse) {
   view.mouseUp(at(300, 300));
   draw();
   EXPECT_THAT(compositor.composed, IsEmpty());
+}
+
+TEST_F(PreviewViewTest, TellsAFinishedShapeOnceAndNothingWhileItIsDragged) {
+  show({640, 480});
+  view.setCalibration(100.0f, kUnitMillimetre);
+  OverlayDelegate overlay;
+  view.setOverlayDelegate(&overlay);
+  view.changeOperation(kOprLine);
+  view.mouseDown(at(100, 100));
+  const int changes = overlay.changes;
+  view.mouseDragged(at(200, 100));
+  view.mouseDragged(at(300, 100));
+  view.mouseMoved(at(301, 100));
+  EXPECT_EQ(overlay.changes, changes);
+  EXPECT_THAT(overlay.finished, IsEmpty());
+  view.mouseUp(at(300, 100));
+  EXPECT_THAT(overlay.finished, ElementsAre("Line, 2.000mm"));
+  view.mouseDown(at(300, 100));
+  view.mouseUp(at(300, 100));
+  EXPECT_THAT(overlay.finished, SizeIs(1)) << "it was selected only";
+
+  view.changeOperation(kOprAngle);
+  view.mouseDown(at(400, 400));
+  view.mouseDragged(at(500, 400));
+  view.mouseUp(at(500, 400));
+  view.mouseMoved(at(400, 300));
+  view.mouseDown(at(400, 300));
+  view.mouseUp(at(400, 300));
+  EXPECT_THAT(overlay.finished, ElementsAre("Line, 2.000mm", "Angle, 90.000\u00B0"));
+}
+
+TEST_F(PreviewViewTest, SaysThatItsTextMayHaveChanged) {
+  show({640, 480});
+  OverlayDelegate overlay;
+  view.setOverlayDelegate(&overlay);
+  const std::function<void()> steps[] = {
+      [this] { view.changeOperation(kOprLine); },
+      [this] { view.changeScale(kScaleGrid); },
+      [this] { view.setCalibration(100.0f, kUnitMillimetre); },
+      [this] { view.setInputText("a cell"); },
+      [this] { view.mouseDown(at(100, 100)); },
+      [this] { view.mouseUp(at(200, 100)); },
+      [this] { view.removeLastShape(); },
+      [this] { view.stopPreview(); },
+  };
+  int step = 0;
+  for (const auto& take : steps) {
+    SCOPED_TRACE(step++);
+    const int changes = overlay.changes;
+    take();
+    EXPECT_EQ(overlay.changes, changes + 1);
+  }
 }
 
 TEST_F(PreviewViewTest, TheCalibrationLineHidesReticleAndShapesUntilItEnds) {

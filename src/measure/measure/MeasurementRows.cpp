@@ -10,29 +10,13 @@ namespace tessary {
 
 static_assert(ShapeValues::kMost == MeasurementTable::kMostValues);
 
-namespace {
-
-const char* kindOf(int32_t type) {
-  switch (type) {
-    case kOprLine: return "Line";
-    case kOprLine2: return "Parallel lines";
-    case kOprCircle: return "Circle";
-    case kOprRect: return "Rectangle";
-    case kOprAngle: return "Angle";
-    case kOprText: return "Text";
-    default: return "";
-  }
-}
-
-}  // namespace
-
 std::vector<MeasurementTable::Row> measurementRows(const Shapes& shapes, const ToolState& tool,
                                                    const Calibration& calibration) {
   std::vector<MeasurementTable::Row> rows;
   for (int32_t index = 0; index < shapes.shapeCount(); ++index) {
     const SHAPE& shape = shapes.shape(index);
     if (tool.isHalfMade(index, shape.type)) continue;
-    MeasurementTable::Row row{kindOf(shape.type)};
+    MeasurementTable::Row row{std::string(shapeKind(shape.type))};
     for (const ShapeValue& value : shapeValues(shape, calibration)) {
       MeasurementTable::Value& cell = row.values.emplace_back();
       appendNumber(cell.number, value);

@@ -6,24 +6,23 @@
 
 namespace tessary {
 
-void MouseInteraction::mouseDown(ViewPoint viewPoint, ScreenPoint screenPoint) {
+int32_t MouseInteraction::mouseDown(ViewPoint viewPoint, ScreenPoint screenPoint) {
   if (!isAt100Percent()) {
     _mouseDown = true;
     rememberPress(screenPoint);
-    return;
+    return -1;
   }
   const ImagePoint point = imagePointAt100Percent(viewPoint);
   if (isThirdPointDue()) {
     // `_mouseDown` stays as it is, so that the release of this press does nothing.
-    finishThirdPoint(point);
     rememberPress(screenPoint);
-    return;
+    return finishThirdPoint(point);
   }
   _mouseDown = true;
   if (calibrationLine_.isShown()) {
     calibrationLine_.mouseDown(point, tool_._opr1);
     _ptMouseClick = screenPoint;
-    return;
+    return -1;
   }
   // An unplugged camera can take the calibration line away while one of its ends is held.
   if (tool_._opr1 == kOprCalibrationLeft || tool_._opr1 == kOprCalibrationRight) {
@@ -35,26 +34,29 @@ void MouseInteraction::mouseDown(ViewPoint viewPoint, ScreenPoint screenPoint) {
   } else {
     startShape(point);
   }
+  return -1;
 }
 
-void MouseInteraction::mouseUp(ViewPoint viewPoint) {
-  if (!_mouseDown) return;
+int32_t MouseInteraction::mouseUp(ViewPoint viewPoint) {
+  if (!_mouseDown) return -1;
   _mouseDown = false;
-  if (!isAt100Percent()) return;
+  if (!isAt100Percent()) return -1;
   if (calibrationLine_.isShown()) {
     CalibrationLine::mouseUp(tool_._opr1);
-    return;
+    return -1;
   }
   SHAPE* const drawing = shapes_.drawingShape();
-  if (hasSelectedShape() || tool_.isDragTool() || !drawing) return;
+  if (hasSelectedShape() || tool_.isDragTool() || !drawing) return -1;
   drawing->pt2 = imagePointAt100Percent(viewPoint);
   if (hasThirdPoint(tool_._opr1)) {
     tool_._opr2 = tool_._opr1;
-    return;
+    return -1;
   }
   // Cleared before the redraw: this is what makes a line's long construction ticks short.
-  shapes_.redrawSelectedShape(std::exchange(tool_._iDrawingShape, -1));
+  const int32_t finished = std::exchange(tool_._iDrawingShape, -1);
+  shapes_.redrawSelectedShape(finished);
   tool_.putDown();
+  return finished;
 }
 
 void MouseInteraction::mouseDragged(ViewPoint viewPoint, ScreenPoint screenPoint) {
@@ -90,11 +92,13 @@ void MouseInteraction::rememberPress(ScreenPoint screenPoint) {
   geometry_.beginPan();
 }
 
-void MouseInteraction::finishThirdPoint(ImagePoint point) {
+int32_t MouseInteraction::finishThirdPoint(ImagePoint point) {
+  SHAPE* const drawing = shapes_.drawingShape();
   // Not redrawn: what the last move of the mouse drew is meant to stand.
-  if (SHAPE* const drawing = shapes_.drawingShape()) drawing->pt3 = point;
+  if (drawing) drawing->pt3 = point;
   tool_.putDown();
-  tool_._iDrawingShape = -1;
+  const int32_t index = std::exchange(tool_._iDrawingShape, -1);
+  return drawing ? index : -1;
 }
 
 void MouseInteraction::select(ImagePoint point) {

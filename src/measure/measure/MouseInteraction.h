@@ -33,8 +33,9 @@ class MouseInteraction {
         geometry_(geometry),
         overlay_(overlay) {}
 
-  void mouseDown(ViewPoint viewPoint, ScreenPoint screenPoint);
-  void mouseUp(ViewPoint viewPoint);
+  // Both answer the index of the shape that they have finished, -1 for none.
+  int32_t mouseDown(ViewPoint viewPoint, ScreenPoint screenPoint);
+  int32_t mouseUp(ViewPoint viewPoint);
   void mouseDragged(ViewPoint viewPoint, ScreenPoint screenPoint);
   /// Moves without a button.
   void mouseMoved(ViewPoint viewPoint);
@@ -51,7 +52,7 @@ class MouseInteraction {
   bool hasSelectedShape() const { return shapes_.hasShape(tool_._iSelectedShape); }
   /// Where a drag starts from, for shape or picture.
   void rememberPress(ScreenPoint screenPoint);
-  void finishThirdPoint(ImagePoint point);
+  int32_t finishThirdPoint(ImagePoint point);
   void select(ImagePoint point);
   void hover(ImagePoint point);
   void startShape(ImagePoint point);

@@ -90,6 +90,19 @@ ShapeValues shapeValues(const SHAPE& shape, const Calibration& calibration) {
   return values;
 }
 
+std::string_view shapeKind(int32_t type) {
+  switch (type) {
+    case kOprLine: return "Line";
+    case kOprLine2: return "Parallel Lines";
+    case kOprCircle: return "Circle";
+    case kOprRect: return "Rectangle";
+    case kOprAngle: return "Angle";
+    case kOprPencil: return "Pencil";
+    case kOprText: return "Text";
+    default: return "";
+  }
+}
+
 void appendNumber(std::string& text, const ShapeValue& value) {
   fmt::format_to(std::back_inserter(text), "{:.3f}", value.number);
 }

@@ -3,7 +3,9 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "measure/SHAPE.h"
 #include "overlay/Calibration.h"
@@ -42,6 +44,9 @@ class ShapeValues {
 /// Lengths become single precision before they are divided, and are rounded by their format alone.
 /// A shape with a third point has to have it.
 ShapeValues shapeValues(const SHAPE& shape, const Calibration& calibration);
+
+/// What the shapes of a type are called, as in the menu; empty for what is no shape's type.
+std::string_view shapeKind(int32_t type);
 
 /// The number with three decimals and a point, whatever the locale.
 void appendNumber(std::string& text, const ShapeValue& value);

@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "measure/MeasurementRows.h"
+#include "measure/OverlayText.h"
 
 namespace tessary {
 namespace {
@@ -40,48 +41,48 @@ void PreviewView::windowDidResize() {
 
 void PreviewView::changeScale(int32_t scaleType) {
   overlay_.changeScale(scaleType);
-  dependencies_.setNeedsDisplay();
+  overlayDidChange();
 }
 
 void PreviewView::setCalibration(float pixelsPerUnit, int32_t unit) {
   overlay_.setCalibration(pixelsPerUnit, unit);
-  dependencies_.setNeedsDisplay();
+  overlayDidChange();
 }
 
 void PreviewView::startCalibration() {
   overlay_.startCalibration();
-  dependencies_.setNeedsDisplay();
+  overlayDidChange();
 }
 
 void PreviewView::stopCalibration() {
   overlay_.stopCalibration();
-  dependencies_.setNeedsDisplay();
+  overlayDidChange();
 }
 
 void PreviewView::changeOperation(int32_t op) {
   overlay_.changeOperation(op);
-  dependencies_.setNeedsDisplay();
+  overlayDidChange();
   if (_locationDelegate) _locationDelegate->previewViewZoomDidChange();
 }
 
 void PreviewView::setInputText(const std::string& text) {
   overlay_.shapes.setInputText(text);
-  dependencies_.setNeedsDisplay();
+  overlayDidChange();
 }
 
 void PreviewView::removeSelectedShape() {
   overlay_.shapes.removeSelectedShape();
-  dependencies_.setNeedsDisplay();
+  overlayDidChange();
 }
 
 void PreviewView::removeLastShape() {
   overlay_.shapes.removeLastShape();
-  dependencies_.setNeedsDisplay();
+  overlayDidChange();
 }
 
 void PreviewView::removeAllShapes() {
   overlay_.shapes.removeAllShapes();
-  dependencies_.setNeedsDisplay();
+  overlayDidChange();
 }
 
 void PreviewView::redrawLinesAndPoints() {
@@ -91,14 +92,14 @@ void PreviewView::redrawLinesAndPoints() {
 
 bool PreviewView::mouseDown(const MouseLocation& location) {
   if (!contains(geometry_.viewFrame(), location.container)) return false;
-  overlay_.mouse.mouseDown(viewPoint(location), location.screen);
-  dependencies_.setNeedsDisplay();
+  tellFinished(overlay_.mouse.mouseDown(viewPoint(location), location.screen));
+  overlayDidChange();
   return true;
 }
 
 void PreviewView::mouseUp(const MouseLocation& location) {
-  overlay_.mouse.mouseUp(viewPoint(location));
-  dependencies_.setNeedsDisplay();
+  tellFinished(overlay_.mouse.mouseUp(viewPoint(location)));
+  overlayDidChange();
 }
 
 void PreviewView::mouseDragged(const MouseLocation& location) {
@@ -112,6 +113,19 @@ void PreviewView::mouseMoved(const MouseLocation& location) {
   overlay_.mouse.mouseMoved(viewPoint(location));
   if (overlay_.context.revision != before) dependencies_.setNeedsDisplay();
 }
+
+void PreviewView::overlayDidChange() {
+  dependencies_.setNeedsDisplay();
+  if (overlayDelegate_) overlayDelegate_->overlayTextMayHaveChanged();
+}
+
+void PreviewView::tellFinished(int32_t index) {
+  if (!overlayDelegate_ || !overlay_.shapes.hasShape(index)) return;
+  overlayDelegate_->shapeDidFinish(
+      shapeText(overlay_.shapes.shape(index), overlay_.context.calibration));
+}
+
+std::string PreviewView::overlayText() const { return tessary::overlayText(overlay_); }
 
 ViewPoint PreviewView::viewPoint(const MouseLocation& location) const {
   return geometry_.convertPointFromSuperview(location.container);
@@ -153,7 +167,7 @@ void PreviewView::stopPreview() {
   geometry_.stopPreview();
   overlay_.stopPreview();
   ring_.clear();
-  dependencies_.setNeedsDisplay();
+  overlayDidChange();
 }
 
 void PreviewView::wakeUp() {

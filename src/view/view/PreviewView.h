@@ -24,6 +24,7 @@
 #include "preview/RenderPipeline.h"
 #include "preview/ViewGeometry.h"
 #include "settings/Preferences.h"
+#include "view/PreviewViewOverlayDelegate.h"
 
 namespace tessary {
 
@@ -91,6 +92,10 @@ class PreviewView final : public CapturePicture {
   void removeSelectedShape();
   void removeLastShape();
   void removeAllShapes() override;
+  /// What lies over the picture, in words (measure/OverlayText.h).
+  std::string overlayText() const;
+  /// Not owned; null for none.
+  void setOverlayDelegate(PreviewViewOverlayDelegate* delegate) { overlayDelegate_ = delegate; }
   /// Colours or text size have changed.
   void preferencesDidChange() { redrawLinesAndPoints(); }
   /// Rebuilds everything that lies over the picture; the next tick shows it.
@@ -142,6 +147,9 @@ class PreviewView final : public CapturePicture {
   /// Main-thread half of a new frame size: fits view and window to it.
   void frameSizeDidChange();
   ViewPoint viewPoint(const MouseLocation& location) const;
+  /// A step was made that changes what lies over the picture; it shows with the next tick.
+  void overlayDidChange();
+  void tellFinished(int32_t index);
   /// How the user is told what was done with a picture, and to do it again.
   struct Done {
     const char* word;
@@ -160,6 +168,7 @@ class PreviewView final : public CapturePicture {
   TextureSize
       _cvTextureSize;  // `_cvTextureWidth`, `_cvTextureHeight` as the main thread knows them
   PreviewViewLocationDelegate* _locationDelegate = nullptr;
+  PreviewViewOverlayDelegate* overlayDelegate_ = nullptr;
   ViewGeometry geometry_{dependencies_.host, _cvTextureSize};
   FrameRing ring_;
   FrameRate frameRate_;
