@@ -11,7 +11,8 @@ build=(g++ "${sources[@]}" libegl-dev libxcb1-dev libgtest-dev libgmock-dev libb
   fonts-open-sans libqt6svg6 libgl1-mesa-dri libegl-mesa0)
 test=(xvfb xauth openbox xdotool imagemagick x11-utils libumockdev-dev umockdev dbus-x11 ffmpeg
   clang-format python3 desktop-file-utils strace locales appstream bash-completion groff-base
-  librsvg2-bin weston qt6-wayland libimage-exiftool-perl xclip)
+  librsvg2-bin weston qt6-wayland libimage-exiftool-perl xclip at-spi2-core dbus-daemon
+  python3-pyatspi gir1.2-atspi-2.0)
 abuse=(fuse3 libfuse3-dev)
 tidy=(clang-tidy)
 package=(build-essential "${sources[@]}" debhelper lintian)

@@ -15,7 +15,8 @@ TESTS = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 # Import this one before desk and movies: it knows where they are.
 sys.path += [os.path.join(TESTS, 'day'), os.path.join(TESTS, 'movie')]
 
-from desk import Failure, Program, key, wait_for  # noqa: E402
+from desk import (Failure, Program, key, settings_folder, wait_for,  # noqa: E402
+                  write_settings)
 
 BUSY = [sys.executable, '-c', 'while True: pass']
 SKIPPED = 77
@@ -85,15 +86,8 @@ class Trial:
 
     # The program under trial.
 
-    def settings_folder(self, program):
-        return os.path.join(os.environ['XDG_CONFIG_HOME'], os.path.basename(program))
-
-    def write_settings(self, program, **values):
-        folder = self.settings_folder(program)
-        os.makedirs(folder, exist_ok=True)
-        with open(os.path.join(folder, os.path.basename(program) + '.ini'), 'w',
-                  encoding='utf-8') as file:
-            file.write('[General]\n' + ''.join(f'{name}={value}\n' for name, value in values.items()))
+    settings_folder = staticmethod(settings_folder)
+    write_settings = staticmethod(write_settings)
 
     def launch(self, program, size, log=None, environment=None):
         """The program with the picture of its microscope in its window."""

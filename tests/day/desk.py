@@ -52,6 +52,22 @@ def screen():
     return Picture.from_ppm(done.stdout)
 
 
+def settings_folder(program):
+    """Where that program keeps its settings."""
+    return os.path.join(os.environ['XDG_CONFIG_HOME'], os.path.basename(program))
+
+
+def settings_file(program):
+    return os.path.join(settings_folder(program), os.path.basename(program) + '.ini')
+
+
+def write_settings(program, **values):
+    """What it finds at its next start, in place of what is there."""
+    os.makedirs(settings_folder(program), exist_ok=True)
+    with open(settings_file(program), 'w', encoding='utf-8') as file:
+        file.write('[General]\n' + ''.join(f'{name}={value}\n' for name, value in values.items()))
+
+
 class Window:
     """A window of the program by its X id; x, y, width and height without its frame."""
 
@@ -78,8 +94,7 @@ class Program:
     """The program under test. `settings` is the file that it keeps its settings in."""
 
     def __init__(self, program, log, environment=None):
-        name = os.path.basename(program)
-        self.settings = os.path.join(os.environ['XDG_CONFIG_HOME'], name, name + '.ini')
+        self.settings = settings_file(program)
         self.log = open(log, 'a', encoding='utf-8')
         self.process = subprocess.Popen([program], stdout=self.log, stderr=self.log,
                                         env={**os.environ, **(environment or {})})

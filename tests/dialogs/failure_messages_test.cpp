@@ -40,6 +40,29 @@ TEST_F(FailureMessagesTest, AMessageGoesWithItsCause) {
   EXPECT_EQ(changes, 2);
 }
 
+TEST_F(FailureMessagesTest, IsSaidOnce) {
+  EXPECT_EQ(messages.takeUnsaid(), "");
+  messages.failed(Failure::Camera, "in use");
+  EXPECT_EQ(messages.takeUnsaid(), "in use");
+  EXPECT_EQ(messages.takeUnsaid(), "");
+  messages.failed(Failure::FramesLost, "slow");
+  EXPECT_EQ(messages.takeUnsaid(), "slow");
+  messages.failed(Failure::FramesLost, "slow");
+  EXPECT_EQ(messages.takeUnsaid(), "") << "it only goes on";
+  messages.recovered(Failure::FramesLost);
+  EXPECT_EQ(messages.text(), "in use");
+  EXPECT_EQ(messages.takeUnsaid(), "") << "it was said before the other";
+  messages.failed(Failure::Camera, "not permitted");
+  EXPECT_EQ(messages.takeUnsaid(), "not permitted");
+}
+
+TEST_F(FailureMessagesTest, EveryPictureThatIsNotSavedIsSaid) {
+  for (int i = 0; i < 2; ++i) {
+    messages.failed(Failure::StillNotSaved, "full");
+    EXPECT_EQ(messages.takeUnsaid(), "full");
+  }
+}
+
 TEST_F(FailureMessagesTest, WhatIsWrongWithTheCameraStaysUntilItIsPutRight) {
   messages.failed(Failure::Camera, "in use");
   pass(1000);

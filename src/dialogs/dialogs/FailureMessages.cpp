@@ -1,5 +1,8 @@
 #include "dialogs/FailureMessages.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "base/Log.h"
 
 namespace tessary {
@@ -14,8 +17,14 @@ bool lasts(Failure failure) {
 
 void FailureMessages::failed(Failure failure, const std::string& text) {
   const std::string before = this->text();
+  // What is told again while it lasts was said. A picture that is not saved is another one each
+  // time.
+  const bool isSaid =
+      failure != Failure::StillNotSaved && std::ranges::any_of(messages_, [&](const Message& each) {
+        return each.isSaid && each.failure == failure && each.text == text;
+      });
   std::erase_if(messages_, [failure](const Message& each) { return each.failure == failure; });
-  messages_.push_back({failure, text, kSecondsShown});
+  messages_.push_back({failure, text, kSecondsShown, isSaid});
   if (text == before) return;
   log("{}", text);
   changed();
@@ -37,6 +46,11 @@ void FailureMessages::secondPassed() {
 
 std::string FailureMessages::text() const {
   return messages_.empty() ? std::string() : messages_.back().text;
+}
+
+std::string FailureMessages::takeUnsaid() {
+  if (messages_.empty() || std::exchange(messages_.back().isSaid, true)) return {};
+  return messages_.back().text;
 }
 
 void FailureMessages::changed() const {

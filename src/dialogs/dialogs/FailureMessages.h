@@ -26,12 +26,15 @@ class FailureMessages final : public FailureListener {
 
   /// The message to show; empty for none.
   std::string text() const;
+  /// The same for those who hear it: once for each failure, empty when it was taken.
+  std::string takeUnsaid();
 
  private:
   struct Message {
     Failure failure;
     std::string text;
     int secondsLeft;
+    bool isSaid;
   };
 
   void changed() const;

@@ -8,7 +8,7 @@ namespace tessary {
 
 inline constexpr int32_t kOprDrag = 0;  ///< Of `_opr1`: select, move, pan. Of `_opr2`: nothing.
 inline constexpr int32_t kOprLine = 1;
-inline constexpr int32_t kOprLine2 = 2;  ///< Parallel Lines.
+inline constexpr int32_t kOprLine2 = 2;  ///< Parallel lines.
 inline constexpr int32_t kOprCircle = 3;
 inline constexpr int32_t kOprRect = 4;
 inline constexpr int32_t kOprAngle = 5;

@@ -5,6 +5,8 @@
 #include <QtGui/QPixmapCache>
 #include <QtWidgets/QColorDialog>
 
+#include "dialogs/ColorText.h"
+
 namespace tessary {
 namespace {
 
@@ -37,6 +39,7 @@ void ColorWell::setColor(const Color& color) {
   color_ = color;
   setIconSize(kSwatch);
   setIcon(swatchOf(displayColor(color)));
+  setAccessibleDescription(QString::fromStdString(colorText(color)));
 }
 
 void ColorWell::chooseColor() {

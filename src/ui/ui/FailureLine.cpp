@@ -21,8 +21,8 @@ constexpr std::chrono::seconds kSecond(1);
 
 }  // namespace
 
-FailureLine::FailureLine(QWidget& container, FailureMessages& messages)
-    : QLabel(&container), container_(container), messages_(messages) {
+FailureLine::FailureLine(QWidget& container, FailureMessages& messages, Announcer& announcer)
+    : QLabel(&container), container_(container), messages_(messages), announcer_(announcer) {
   setObjectName(QStringLiteral("failureText"));
   styleOverPicture(*this);
   setMargin(3);
@@ -52,14 +52,21 @@ void FailureLine::messageDidChange() {
   layOut();
   raise();
   timer_.start(kSecond);
-  QAccessibleEvent alert(this, QAccessible::Alert);
-  QAccessible::updateAccessibility(&alert);
+  announce();
+}
+
+void FailureLine::announce() {
+  // What is told while the program starts is kept until somebody listens.
+  if (!QAccessible::isActive()) return;
+  const std::string text = messages_.takeUnsaid();
+  if (!text.empty()) announcer_.announce(QString::fromStdString(text));
 }
 
 void FailureLine::secondPassed() {
   // A message that nobody can see keeps its time.
   if (window()->isMinimized()) return;
   layOut();  // a sheet may have come or moved
+  announce();
   messages_.secondPassed();
 }
 

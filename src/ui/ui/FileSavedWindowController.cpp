@@ -2,7 +2,6 @@
 
 #include <chrono>
 
-#include <QtGui/QAccessible>
 #include <QtGui/QCloseEvent>
 
 #include "dialogs/Placement.h"
@@ -43,8 +42,6 @@ void FileSavedWindowController::setFileName(const QString& name) {
 void FileSavedWindowController::showWindow() {
   show();
   raise();
-  QAccessibleEvent alert(this, QAccessible::Alert);
-  QAccessible::updateAccessibility(&alert);
 }
 
 void FileSavedWindowController::timerTriggered() {

@@ -4,9 +4,12 @@
 
 #include <QtGui/QCloseEvent>
 #include <QtGui/QExposeEvent>
+#include <QtGui/QGuiApplication>
 #include <QtGui/QKeyEvent>
 #include <QtGui/QScreen>
 #include <QtGui/QWindow>
+
+#include "ui/Accessibility.h"
 
 namespace tessary {
 namespace {
@@ -19,6 +22,9 @@ constexpr int kRoomForTitle = 25;
 }  // namespace
 
 MainWindow::MainWindow() {
+  installAccessibleInterfaces();  // before anything in it is made
+  // It has no title of its own.
+  setAccessibleName(QGuiApplication::applicationDisplayName());
   setMinimumSize(kMinimumSize);
   resize(kInitialSize);
   // Far enough left for the usual picture, which the window grows to with its left edge in place.

@@ -77,10 +77,12 @@ void OptionsWindowController::folderClicked() {
 
 void OptionsWindowController::showFolder() {
   QString text;
+  QString path = tr("No folder chosen");
   if (preferences_.url) {
-    const QUrl url = QUrl::fromLocalFile(QString::fromStdString(*preferences_.url));
-    text = url.toString(QUrl::FullyEncoded);
+    path = QString::fromStdString(*preferences_.url);
+    text = QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded);
   }
+  ui_->folderFld->setAccessibleDescription(path);
   ui_->folderFld->setText(text.replace('&', "&&"));  // one alone would underline what follows
 }
 

@@ -7,6 +7,7 @@
 
 #include "ui/OverPicture.h"
 #include "ui/StatusText.h"
+#include "ui/ZoomSlider.h"
 
 namespace tessary {
 namespace {
@@ -36,24 +37,21 @@ PreviewControls::PreviewControls(QWidget& container, PreviewView& previewView)
 }
 
 void PreviewControls::setupSliders() {
-  const auto add = [this](Qt::Orientation orientation, const char* name, const QString& title) {
-    auto* slider = new QSlider(orientation, &container_);
-    slider->setObjectName(QString::fromLatin1(name));
-    slider->setAccessibleName(title);
-    slider->setToolTip(title);
-    slider->setGeometry(0, 0, 0, 0);
-    slider->setTickPosition(QSlider::TicksBelow);
-    styleOverPicture(*slider);
-    slider->show();
-    return slider;
+  horizontalSlider = new QSlider(Qt::Horizontal, &container_);
+  verticalSlider = new QSlider(Qt::Vertical, &container_);
+  zoomSlider = new ZoomSlider(&container_);
+  const auto setup = [](QSlider& slider, const char* name, const QString& title) {
+    slider.setObjectName(QString::fromLatin1(name));
+    slider.setAccessibleName(title);
+    slider.setToolTip(title);
+    slider.setGeometry(0, 0, 0, 0);
+    slider.setTickPosition(QSlider::TicksBelow);
+    styleOverPicture(slider);
+    slider.show();
   };
-  horizontalSlider = add(Qt::Horizontal, "horizontalSlider", tr("Scroll across"));
-  verticalSlider = add(Qt::Vertical, "verticalSlider", tr("Scroll down"));
-  zoomSlider = add(Qt::Horizontal, "zoomSlider", tr("Zoom"));
-  zoomSlider->setRange(0, kLargestZoom);
-  zoomSlider->setTickInterval(1);
-  zoomSlider->setPageStep(1);
-  zoomSlider->setValue(kZoom100);
+  setup(*horizontalSlider, "horizontalSlider", tr("Scroll across"));
+  setup(*verticalSlider, "verticalSlider", tr("Scroll down"));
+  setup(*zoomSlider, "zoomSlider", tr("Zoom"));
   connect(horizontalSlider, &QSlider::valueChanged, this, &PreviewControls::horizontalSliderAct);
   connect(verticalSlider, &QSlider::valueChanged, this, &PreviewControls::verticalSliderAct);
   connect(zoomSlider, &QSlider::valueChanged, this, &PreviewControls::zoomSliderAct);
@@ -164,11 +162,7 @@ void PreviewControls::clearStatus() {
 }
 
 void PreviewControls::showZoom() {
-  zoomText->showText(QStringLiteral("%1%").arg(mapZoom100(previewView_.zoom())));
-}
-
-int PreviewControls::mapZoom100(int32_t zoom) {
-  return int(mapZoom(zoom) * 100);  // whole for every step
+  zoomText->showText(QStringLiteral("%1%").arg(ZoomSlider::mapZoom100(previewView_.zoom())));
 }
 
 }  // namespace tessary

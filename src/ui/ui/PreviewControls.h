@@ -10,6 +10,7 @@ class QWidget;
 namespace tessary {
 
 class StatusText;
+class ZoomSlider;
 
 /// The three sliders and the two status texts that lie over the picture, and their two-way link
 /// with the picture's location and zoom.
@@ -43,14 +44,13 @@ class PreviewControls final : public QObject {
   void verticalSliderFrameDidChange();
   void zoomSliderFrameDidChange();
   void showZoom();
-  static int mapZoom100(int32_t zoom);
 
   QWidget& container_;
   PreviewView& previewView_;
   // Children of the container.
   QSlider* horizontalSlider = nullptr;
   QSlider* verticalSlider = nullptr;
-  QSlider* zoomSlider = nullptr;
+  ZoomSlider* zoomSlider = nullptr;
   StatusText* zoomText = nullptr;
   StatusText* fpsText = nullptr;
 };

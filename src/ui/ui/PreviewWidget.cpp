@@ -1,5 +1,8 @@
 #include "ui/PreviewWidget.h"
 
+#include <utility>
+
+#include <QtGui/QAccessible>
 #include <QtGui/QMouseEvent>
 
 #include "ui/OpenGlSurface.h"
@@ -40,6 +43,18 @@ void PreviewWidget::setPreviewView(PreviewView* view) {
   surface_->setPreviewView(view);
   view_ = view;
   drawSoon();
+}
+
+QString PreviewWidget::overlayText() const {
+  return view_ ? QString::fromStdString(view_->overlayText()) : QString();
+}
+
+void PreviewWidget::overlayTextMayHaveChanged() {
+  if (!QAccessible::isActive()) return;
+  const QString text = overlayText();
+  if (text == std::exchange(toldText_, text)) return;
+  QAccessibleEvent described(this, QAccessible::DescriptionChanged);
+  QAccessible::updateAccessibility(&described);
 }
 
 void PreviewWidget::resizeEvent(QResizeEvent*) { surface_->widget().setGeometry(rect()); }

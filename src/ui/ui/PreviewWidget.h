@@ -26,6 +26,10 @@ class PreviewWidget final : public QWidget {
   void withGraphicsContext(const std::function<void()>& work) {
     surface_->withGraphicsContext(work);
   }
+  /// What lies over the picture, in words; empty without a view.
+  QString overlayText() const;
+  /// It may have changed: screen readers are told if it has.
+  void overlayTextMayHaveChanged();
 
  signals:
   /// The graphics context was lost with all in it, or could not be made. From now on this draws
@@ -45,6 +49,7 @@ class PreviewWidget final : public QWidget {
 
   std::unique_ptr<PictureSurface> surface_;
   PreviewView* view_ = nullptr;
+  QString toldText_;  // to screen readers
   bool pressedInView_ = false;
 };
 

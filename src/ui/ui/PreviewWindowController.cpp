@@ -41,7 +41,7 @@ PreviewWindowController::PreviewWindowController(Dependencies dependencies)
            dependencies_.clock,
            [] { return gCurrMicroscope ? gCurrMicroscope->name : std::string(); }}),
       calibration_(window_, previewView, dependencies_.preferences, dependencies_.clock),
-      saving_(window_, previewView, dependencies_.preferences, dependencies_.clock),
+      saving_(window_, previewView, dependencies_.preferences, dependencies_.clock, announcer_),
       copying_(previewView, dependencies_.pngEncoder, failures_),
       cameraControls_(dependencies_.captureSystem, dependencies_.rememberedControls),
       capture_({dependencies_.captureSystem, dependencies_.catalogue, gCurrMicroscope,
@@ -61,7 +61,7 @@ PreviewWindowController::PreviewWindowController(Dependencies dependencies)
   window_.setWindowTitle(QString());
   setupCameraKey();
   setupPreviewView();
-  new FailureLine(containerView, failures_);  // owned by the container
+  new FailureLine(containerView, failures_, announcer_);  // owned by the container
 }
 
 PreviewWindowController::~PreviewWindowController() {
@@ -75,6 +75,7 @@ void PreviewWindowController::setupPreviewView() {
           [this] { previewWidget_.setGeometry(containerView.rect()); });
   previewView.setCalibration(kUncalibrated, kUnitMillimetre);
   previewView.setLocationDelegate(this);
+  previewView.setOverlayDelegate(this);
   previewWidget_.setPreviewView(&previewView);
   connect(&previewWidget_, &PreviewWidget::rendererWasLost, this, [this] {
     log("OpenGL is lost: the picture is drawn without it from now on");
@@ -191,6 +192,10 @@ void PreviewWindowController::previewViewLocationDidChange(ViewPoint location) {
 }
 
 void PreviewWindowController::previewViewZoomDidChange() { controls_.previewViewZoomDidChange(); }
+
+void PreviewWindowController::shapeDidFinish(const std::string& text) {
+  announcer_.announce(QString::fromStdString(text));
+}
 
 bool PreviewWindowController::closeCalibrationWindow() {
   return calibration_.closeCalibrationWindow();

@@ -12,6 +12,7 @@
 #include "capture/CaptureController.h"
 #include "dialogs/FailureMessages.h"
 #include "platform/Renderer.h"
+#include "ui/Announcer.h"
 #include "ui/CalibrationFlow.h"
 #include "ui/CameraControlsWindow.h"
 #include "ui/CopyFlow.h"
@@ -34,6 +35,7 @@ namespace tessary {
 class PreviewWindowController final : public QObject,
                                       private CaptureDialogs,
                                       private PreviewViewLocationDelegate,
+                                      private PreviewViewOverlayDelegate,
                                       private MicroscopeWindowDelegate {
   Q_OBJECT
  public:
@@ -98,6 +100,10 @@ class PreviewWindowController final : public QObject,
   void previewViewLocationDidChange(ViewPoint location) override;
   void previewViewZoomDidChange() override;
 
+  // PreviewViewOverlayDelegate
+  void overlayTextMayHaveChanged() override { previewWidget_.overlayTextMayHaveChanged(); }
+  void shapeDidFinish(const std::string& text) override;
+
   // CaptureDialogs
   bool closeCalibrationWindow() override;
   void closeInputTextWindow() override;
@@ -125,6 +131,7 @@ class PreviewWindowController final : public QObject,
   MainWindow window_;
   PreviewContainerView& containerView;  // owned by the window
   PreviewWidget& previewWidget_;        // owned by the container
+  Announcer announcer_{containerView};
   QtViewHost viewHost_{window_, containerView};
   PreviewView previewView;
   PreviewControls controls_{containerView, previewView};

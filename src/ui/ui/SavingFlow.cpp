@@ -1,15 +1,44 @@
 #include "ui/SavingFlow.h"
 
+#include <atomic>
 #include <utility>
 
 #include "base/Log.h"
+#include "output/RecordingStatus.h"
 #include "ui/Windows.h"
 
 namespace tessary {
+namespace {
+
+/// Passes on to the sheet how a recording goes, and tells of the movie's end, by when the sheet has
+/// gone.
+class MovieStatus final : public PreviewViewRecordDelegate {
+ public:
+  /// `saved` is called on the main thread, for a movie that holds something.
+  MovieStatus(std::weak_ptr<PreviewViewRecordDelegate> sheet, std::function<void()> saved)
+      : sheet_(std::move(sheet)), saved_(std::move(saved)) {}
+
+  void recordStatusDidChange(int64_t status) override {
+    if (const auto sheet = sheet_.lock()) sheet->recordStatusDidChange(status);
+    if (status == kRecordingRunning) hasFrames_ = true;
+    if (status == kRecordingFinished && hasFrames_) saved_();
+  }
+
+ private:
+  const std::weak_ptr<PreviewViewRecordDelegate> sheet_;
+  const std::function<void()> saved_;
+  std::atomic<bool> hasFrames_{false};  // set on the recording queue
+};
+
+}  // namespace
 
 SavingFlow::SavingFlow(QWidget& window, PreviewView& previewView, Preferences& preferences,
-                       Clock& clock)
-    : window_(window), previewView_(previewView), preferences_(preferences), fileNames_(clock) {}
+                       Clock& clock, Announcer& announcer)
+    : window_(window),
+      previewView_(previewView),
+      preferences_(preferences),
+      fileNames_(clock),
+      announcer_(announcer) {}
 
 void SavingFlow::withFolder(std::function<void()> go) {
   if (preferences_.url) {
@@ -41,6 +70,11 @@ void SavingFlow::showFileSavedWindow(const std::string& fileName) {
   fileSavedWindowController->setParentWindow(window_);
   fileSavedWindowController->setFileName(QString::fromStdString(fileName));
   fileSavedWindowController->showWindow();
+  announceSaved(fileName);
+}
+
+void SavingFlow::announceSaved(const std::string& fileName) {
+  announcer_.announce(tr("Saved %1").arg(QString::fromStdString(fileName)));
 }
 
 void SavingFlow::recordToolbarItemDidClick() {
@@ -57,10 +91,12 @@ void SavingFlow::showRecordWindow() {
 }
 
 void SavingFlow::startRecord(RecordWindowController& sender) {
-  const std::string file =
-      preferences_.url.value_or(std::string()) + "/" + fileNames_.makeNewFileName(kMovieExtension);
+  const std::string name = fileNames_.makeNewFileName(kMovieExtension);
+  const std::string file = preferences_.url.value_or(std::string()) + "/" + name;
   recordLimitDidChange();
-  previewView_.startRecord(file, sender.statusDelegate());
+  movie_ =
+      std::make_shared<MovieStatus>(sender.statusDelegate(), [this, name] { announceSaved(name); });
+  previewView_.startRecord(file, movie_);
   log("startRecord: {}", file);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 
 #include <QtCore/QObject>
@@ -8,6 +9,7 @@
 
 #include "output/FileNames.h"
 #include "settings/Preferences.h"
+#include "ui/Announcer.h"
 #include "ui/FileSavedWindowController.h"
 #include "ui/RecordWindowController.h"
 #include "view/PreviewView.h"
@@ -15,12 +17,13 @@
 namespace tessary {
 
 /// How stills and movies get into the user's folder: the folder is asked for once, files are named
-/// by the clock, the record sheet starts and stops a movie, and a notice names the still just
-/// saved.
+/// by the clock, the record sheet starts and stops a movie, a notice names the still just saved,
+/// and screen readers are told of either.
 class SavingFlow final : public QObject, private RecordWindowDelegate {
  public:
   /// All must outlive it; `window` carries the sheets.
-  SavingFlow(QWidget& window, PreviewView& previewView, Preferences& preferences, Clock& clock);
+  SavingFlow(QWidget& window, PreviewView& previewView, Preferences& preferences, Clock& clock,
+             Announcer& announcer);
 
   /// Saves a still, after asking for the folder if there is none.
   void getPathAndSaveImage();
@@ -33,6 +36,7 @@ class SavingFlow final : public QObject, private RecordWindowDelegate {
   void withFolder(std::function<void()> go);
   bool saveImageFile();
   void showFileSavedWindow(const std::string& fileName);
+  void announceSaved(const std::string& fileName);
   void showRecordWindow();
   void startRecord(RecordWindowController& sender) override;
   void recordLimitDidChange() override;
@@ -41,7 +45,9 @@ class SavingFlow final : public QObject, private RecordWindowDelegate {
   PreviewView& previewView_;
   Preferences& preferences_;
   FileNames fileNames_;
-  QPointer<RecordWindowController> recordWindowController;        // while the sheet is up
+  Announcer& announcer_;
+  std::shared_ptr<PreviewViewRecordDelegate> movie_;        // told of the recording last started
+  QPointer<RecordWindowController> recordWindowController;  // while the sheet is up
   QPointer<FileSavedWindowController> fileSavedWindowController;  // kept after its first use
 };
 
