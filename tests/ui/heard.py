@@ -249,6 +249,16 @@ class Heard:
         self.program.drag((100, 150), (120, 170))
         self.program.click((400, 400))
         self.wait_for_overlay(calibration='400.00 pixels per mm')
+        # A click that changes nothing is nothing to tell.
+        self.reader.nothing_was_said()
+        self.reader.changes.clear()
+        self.program.click((400, 400))
+        key('ctrl+1')
+        text = self.wait_for_overlay(reticle='Crosshair', calibration='400.00 pixels per mm')
+        self.reader.wait_for_change('Microscope picture', text)
+        check(len(self.reader.changes) == 1, f'{self.reader.changes} was told')
+        key('ctrl+1')
+        self.wait_for_overlay(calibration='400.00 pixels per mm')
 
     def stills_and_failures(self):
         # Two, before it is asked what they are.
