@@ -19,17 +19,21 @@ TEST(TableText, HasALineAShapeAndTheCalibrationInTheLastColumn) {
             "Text\tgrain boundary\t\t\t\t\t\t4x\n");
 }
 
+/// With its value as it is read in every locale.
+std::string numberCell(const std::string& number) {
+  return "<td sdval=\"" + number + "\" sdnum=\"1033;0;0.000\">" + number + "</td>";
+}
+
 TEST(TableText, IsTheSameTableInHtml) {
+  const std::string empty = "<td></td>";
+  const std::string last = "<td>4x</td></tr>\n";
   const std::string html = htmlText(table());
   EXPECT_NE(html.find("<meta charset=\"utf-8\">"), std::string::npos);
-  EXPECT_NE(html.find("<table>\n"
-                      "<tr><td>Line</td><td>0.500</td><td>mm</td><td></td><td></td><td></td>"
-                      "<td></td><td>4x</td></tr>\n"
-                      "<tr><td>Circle</td><td>1.000</td><td>mm</td><td>6.283</td><td>mm</td>"
-                      "<td>314.159</td><td>mm^2</td><td>4x</td></tr>\n"
-                      "<tr><td>Text</td><td>grain boundary</td><td></td><td></td><td></td>"
-                      "<td></td><td></td><td>4x</td></tr>\n"
-                      "</table>"),
+  EXPECT_NE(html.find("<table>\n<tr><td>Line</td>" + numberCell("0.500") + "<td>mm</td>" + empty +
+                      empty + empty + empty + last + "<tr><td>Circle</td>" + numberCell("1.000") +
+                      "<td>mm</td>" + numberCell("6.283") + "<td>mm</td>" + numberCell("314.159") +
+                      "<td>mm^2</td>" + last + "<tr><td>Text</td><td>grain boundary</td>" + empty +
+                      empty + empty + empty + empty + last + "</table>"),
             std::string::npos)
       << html;
 }

@@ -82,7 +82,7 @@ TEST_F(Copy, GivesThePictureToThoseWhoWantOneAndTheTableToTheOthers) {
   EXPECT_EQ(paste("UTF8_STRING").toStdString(), kTable);
   EXPECT_EQ(paste("text/plain").toStdString(), kTable);
   const QByteArray html = paste("text/html");
-  EXPECT_TRUE(html.contains("<tr><td>Line</td><td>0.500</td><td>mm</td>")) << html.toStdString();
+  EXPECT_TRUE(html.contains(">0.500</td><td>mm</td>")) << html.toStdString();
   EXPECT_TRUE(html.contains("<td>4x &lt;air&gt;</td></tr>")) << html.toStdString();
 
   gPreferences->url = folder.path().toStdString();

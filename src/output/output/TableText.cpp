@@ -9,18 +9,26 @@
 namespace tessary {
 namespace {
 
-using Cells = std::array<std::string_view, 2 + 2 * MeasurementTable::kMostValues>;
+struct Cell {
+  std::string_view text;
+  bool isNumber = false;
+};
+using Cells = std::array<Cell, 2 + 2 * MeasurementTable::kMostValues>;
+
+/// What LibreOffice has a number from, whatever its locale: where a point parts thousands, "0.500"
+/// alone would be taken for five hundred. As it is written in English (1033), with three decimals.
+constexpr std::string_view kNumberFormat = "\" sdnum=\"1033;0;0.000\">";
 
 /// Borrows the table's texts.
 Cells cellsOf(const MeasurementTable::Row& row, std::string_view calibration) {
   Cells cells;
-  cells.front() = row.kind;
-  cells.back() = calibration;
-  cells[1] = row.text;
+  cells.front() = {row.kind};
+  cells.back() = {calibration};
+  cells[1] = {row.text};
   size_t next = 1;
   for (const MeasurementTable::Value& value : row.values) {
-    cells[next++] = value.number;
-    cells[next++] = value.unit;
+    cells[next++] = {value.number, true};
+    cells[next++] = {value.unit};
   }
   return cells;
 }
@@ -44,7 +52,7 @@ std::string tabSeparatedText(const MeasurementTable& table) {
   std::string text;
   for (const MeasurementTable::Row& row : table.rows) {
     const Cells cells = cellsOf(row, table.calibration);
-    for (const std::string_view cell : cells) text.append(tabSeparatedCell(cell)).append("\t");
+    for (const Cell& cell : cells) text.append(tabSeparatedCell(cell.text)).append("\t");
     text.back() = '\n';
   }
   return text;
@@ -54,8 +62,14 @@ std::string htmlText(const MeasurementTable& table) {
   std::string html = "<!DOCTYPE html><html><head><meta charset=\"utf-8\"></head><body><table>\n";
   for (const MeasurementTable::Row& row : table.rows) {
     html += "<tr>";
-    for (const std::string_view cell : cellsOf(row, table.calibration))
-      html.append("<td>").append(markupText(cell)).append("</td>");
+    for (const auto& [text, isNumber] : cellsOf(row, table.calibration)) {
+      html += "<td";
+      if (isNumber)
+        html.append(" sdval=\"").append(text).append(kNumberFormat);
+      else
+        html += ">";
+      html.append(markupText(text)).append("</td>");
+    }
     html += "</tr>\n";
   }
   return html + "</table></body></html>\n";
