@@ -5,6 +5,7 @@
 
 #include <QtGui/QIcon>
 #include <QtGui/QPainter>
+#include <QtGui/QPalette>
 #include <QtGui/QPixmap>
 #include <QtWidgets/QApplication>
 
