@@ -45,6 +45,7 @@ double QtViewHost::desktopBottom() const {
 }
 
 void QtViewHost::setContentSize(Size size) {
+  contentSize_ = size;
   // Toolbar and menu count as part of the frame here.
   const QSize bars = window_.size() - container_.size();
   const QSize wanted = QSize(int(size.width), int(size.height)) + bars;
@@ -63,8 +64,11 @@ void QtViewHost::setFrameOrigin(ScreenPoint origin) {
 void QtViewHost::bringWithinScreen() {
   const QRect frame(window_.frameGeometry().topLeft(), window_.size().grownBy(frameMargins()));
   const QRect within = withinScreen(frame);
-  // What is right is not said again: the window manager may not have come to what was said last.
-  if (within.size() != frame.size()) resizeFrame(within.size());
+  // The window's own size may be from before a picture that the window manager has yet to come to.
+  if (contentSize_)
+    setContentSize(*contentSize_);
+  else if (within.size() != frame.size())
+    resizeFrame(within.size());
   if (within.topLeft() != frame.topLeft()) window_.move(within.topLeft());
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include <QtCore/QMargins>
 #include <QtCore/QRect>
 
@@ -34,6 +36,7 @@ class QtViewHost final : public ViewHost {
 
   QWidget& window_;
   QWidget& container_;
+  std::optional<Size> contentSize_;  // the last that was asked for
 };
 
 }  // namespace tessary
