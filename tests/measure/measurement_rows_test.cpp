@@ -102,7 +102,7 @@ TEST(MeasurementRows, LeaveOutWhatShowsNoLabelYet) {
   desk.overlay.changeOperation(kOprCircle);
   desk.press({100, 100});
   desk.drag({150, 100});
-  EXPECT_THAT(rowsOf(desk), ElementsAre("Circle|50.000|px|314.159|px|7853.982|px^2"))
+  EXPECT_THAT(rowsOf(desk), ElementsAre("Circle|50.000|px|314.159|px|7853.981|px^2"))
       << "its label grows with it";
   desk.release({150, 100});
   desk.shapes.removeAllShapes();
