@@ -13,6 +13,11 @@
 #include "dialogs/Placement.h"
 
 namespace tessary {
+namespace {
+
+bool isWayland() { return QGuiApplication::platformName().startsWith(QLatin1String("wayland")); }
+
+}  // namespace
 
 ScreenRect screenRect(const QRect& rect) {
   return {{double(rect.x()), double(rect.y())}, {double(rect.width()), double(rect.height())}};
@@ -20,7 +25,10 @@ ScreenRect screenRect(const QRect& rect) {
 
 void placeIn(QWidget& window, const QWidget& parent, double below) {
   window.adjustSize();
-  const ScreenPoint origin = placementIn(screenRect(parent.frameGeometry()), window.width(), below);
+  // Under Wayland a popup's place counts from where the platform takes its parent to be; the widget
+  // may take another place for its own, which the compositor has not granted.
+  const QRect frame = isWayland() ? parent.windowHandle()->frameGeometry() : parent.frameGeometry();
+  const ScreenPoint origin = placementIn(screenRect(frame), window.width(), below);
   window.move(int(origin.x), int(origin.y));
 }
 
@@ -36,6 +44,8 @@ void placeBelowTitle(QWidget& window, const QWidget& parent) {
 }
 
 void keepAbove(QWidget& window, const QWidget& parent) {
+  // Under X11 it floats, and could no longer be minimised by itself.
+  if (!isWayland()) return;
   window.winId();  // makes the platform's window
   window.windowHandle()->setTransientParent(parent.windowHandle());
 }
@@ -43,8 +53,7 @@ void keepAbove(QWidget& window, const QWidget& parent) {
 Qt::WindowFlags noticeFlags() {
   // Wayland gives any window the keyboard when it shows, and lets only popups be placed. X11 would
   // keep a popup above the windows of all other programs, too.
-  const bool isWayland = QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
-  return (isWayland ? Qt::ToolTip : Qt::Tool) | Qt::FramelessWindowHint |
+  return (isWayland() ? Qt::ToolTip : Qt::Tool) | Qt::FramelessWindowHint |
          Qt::WindowDoesNotAcceptFocus;
 }
 

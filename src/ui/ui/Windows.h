@@ -20,9 +20,8 @@ void placeIn(QWidget& window, const QWidget& parent, double below);
 /// The place of the auxiliary windows: 77 below.
 void placeBelowTitle(QWidget& window, const QWidget& parent);
 
-/// Has the window manager keep `window`, which is not shown yet, above `parent`, and minimise it
-/// with that. Where programs can't raise or place their windows, as under Wayland, nothing else
-/// does.
+/// Has a Wayland compositor keep `window`, which is not shown yet, above `parent`: no flag of the
+/// window does that there.
 void keepAbove(QWidget& window, const QWidget& parent);
 
 /// The flags of a notice over the picture, which never takes the keyboard.
