@@ -47,22 +47,22 @@ TEST(Placement, BesideTheParentIsWhereThereIsRoom) {
         << row.parentX << " " << row.parentWidth;
 }
 
-TEST(Placement, BroughtWithinAScreenTheCornerStaysAsLongAsItCan) {
+TEST(Placement, BroughtWithinAScreenAFrameIsMovedAndOnlyThenCut) {
   constexpr ScreenRect kScreen{{100, 30}, {1000, 700}};  // to 1100 and 730
   struct Row {
     ScreenRect frame, within;
   };
   constexpr Row kRows[] = {
-      {{{200, 50}, {800, 600}}, {{200, 50}, {800, 600}}},    // there is room
-      {{{100, 30}, {1000, 700}}, {{100, 30}, {1000, 700}}},  // just enough
-      {{{200, 50}, {901, 600}}, {{200, 50}, {900, 600}}},    // too wide
-      {{{200, 50}, {800, 681}}, {{200, 50}, {800, 680}}},    // too high
-      {{{200, 50}, {5000, 5000}}, {{200, 50}, {900, 680}}},  // both
-      {{{620, 370}, {800, 600}}, {{620, 370}, {480, 360}}},  // down to the least
-      {{{900, 700}, {800, 600}}, {{620, 370}, {480, 360}}},  // and moved
-      {{{60, 10}, {800, 600}}, {{100, 30}, {800, 600}}},     // above and left of it
-      {{{60, 10}, {1200, 900}}, {{100, 30}, {1000, 700}}},   // and too large
-      {{{200, 50}, {300, 200}}, {{200, 50}, {300, 200}}},    // smaller than the least
+      {{{200, 50}, {800, 600}}, {{200, 50}, {800, 600}}},     // there is room
+      {{{100, 30}, {1000, 700}}, {{100, 30}, {1000, 700}}},   // just enough
+      {{{200, 50}, {901, 600}}, {{199, 50}, {901, 600}}},     // too far right
+      {{{200, 50}, {800, 681}}, {{200, 49}, {800, 681}}},     // too far down
+      {{{200, 50}, {5000, 5000}}, {{100, 30}, {1000, 700}}},  // too large
+      {{{620, 370}, {800, 600}}, {{300, 130}, {800, 600}}},   // both
+      {{{900, 700}, {800, 600}}, {{300, 130}, {800, 600}}},   // and further
+      {{{60, 10}, {800, 600}}, {{100, 30}, {800, 600}}},      // above and left of it
+      {{{60, 10}, {1200, 900}}, {{100, 30}, {1000, 700}}},    // and too large
+      {{{200, 50}, {300, 200}}, {{200, 50}, {300, 200}}},     // smaller than the least
   };
   for (const Row& row : kRows)
     EXPECT_EQ(broughtWithin(row.frame, kScreen, {480, 360}), row.within)

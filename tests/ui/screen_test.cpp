@@ -73,7 +73,6 @@ TEST(Screen, TheFirstPictureLeavesTheWindowWithinIt) {
     Program program(Start{.width = picture.width(), .height = picture.height()});
     ASSERT_TRUE(program.waitForPicture());
     EXPECT_TRUE(showsWhatItCan(program, picture)) << picture.width();
-    EXPECT_EQ(frameOnDisplay(program.window()).top(), 25) << "its corner stays";
     QSlider& zoom = program.slider("zoomSlider");
     click(zoom, {6, zoom.height() / 2 - 3});
     EXPECT_TRUE(waitUntil([&] { return zoom.value() < kZoom100; })) << "it can be reached";
@@ -102,13 +101,19 @@ TEST(Screen, AWindowNearItsCornerMakesRoomForANewPicture) {
   const QPoint corner(room.width() - 500, room.height() - 300);
   window.move(corner);
   ASSERT_TRUE(waitUntil([&] { return frameOnDisplay(window).topLeft() == corner; }));
-  program.microscope->unplug();
-  ASSERT_TRUE(waitUntil([&] { return !gCurrMicroscope; }));
-  program.microscope->plug();
-  ASSERT_TRUE(program.waitForPicture());
-  EXPECT_TRUE(showsWhatItCan(program, {640, 480}));
-  EXPECT_EQ(frameOnDisplay(window).left(), corner.x());
-  EXPECT_LT(frameOnDisplay(window).top(), corner.y()) << "or too little of it would be left";
+  const auto replug = [&] {
+    program.microscope->unplug();
+    ASSERT_TRUE(waitUntil([&] { return !gCurrMicroscope; }));
+    program.microscope->plug();
+    ASSERT_TRUE(program.waitForPicture());
+    EXPECT_TRUE(showsWhatItCan(program, {640, 480}));
+  };
+  replug();
+  const QRect place = frameOnDisplay(window);
+  EXPECT_NEAR(place.left(), corner.x(), 10) << "as far as its frame needs";
+  EXPECT_LT(place.top(), corner.y()) << "or too little of it would be left";
+  replug();
+  EXPECT_EQ(frameOnDisplay(window), place) << "it doesn't creep";
 }
 
 }  // namespace

@@ -12,9 +12,9 @@ struct Span {
 };
 
 Span broughtWithin(Span span, Span room, double least) noexcept {
-  const double end = room.start + room.length;
-  const double start = std::max(std::min(span.start, end - least), room.start);
-  return {start, std::min(span.length, std::max(end - start, least))};
+  const double length = std::min(span.length, std::max(room.length, least));
+  const double last = room.start + room.length - length;
+  return {std::max(std::min(span.start, last), room.start), length};
 }
 
 }  // namespace

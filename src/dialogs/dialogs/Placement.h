@@ -19,9 +19,8 @@ ScreenPoint placementIn(const ScreenRect& parent, double width, double below) no
 ScreenPoint placementBeside(const ScreenRect& parent, const ScreenRect& screen,
                             double width) noexcept;
 
-/// `frame` as far as `screen`, the part of it that is for windows, has room for it. Its upper left
-/// corner stays if it lies there; what would stick out on the other side is taken off, but of
-/// `least` nothing: for that the corner gives way.
+/// `frame` brought into `screen`, the part of it that is for windows: moved no further than need
+/// be, and cut only where the screen is too small for it, though not below `least`.
 ScreenRect broughtWithin(const ScreenRect& frame, const ScreenRect& screen, Size least) noexcept;
 
 }  // namespace tessary

@@ -32,7 +32,11 @@ QtViewHost::QtViewHost(QWidget& window, QWidget& container)
 
 Size QtViewHost::superviewFrameSize() const { return sizeOf(container_.size()); }
 
-ScreenRect QtViewHost::windowFrame() const { return screenRect(window_.frameGeometry()); }
+ScreenRect QtViewHost::windowFrame() const {
+  QRect frame = window_.frameGeometry();
+  if (lastMove_ && lastMove_->granted == frame.topLeft()) frame.moveTopLeft(lastMove_->asked);
+  return screenRect(frame);
+}
 
 Size QtViewHost::screenSize() const {
   const QScreen* screen = window_.screen();
@@ -55,21 +59,23 @@ void QtViewHost::setContentSize(Size size) {
       withinScreen({window_.frameGeometry().topLeft(), granted.grownBy(frameMargins())}).size());
 }
 
-void QtViewHost::setFrameOrigin(ScreenPoint origin) {
-  const QPoint topLeft(int(origin.x), int(origin.y));
-  const QPoint within = withinScreen({topLeft, window_.size().grownBy(frameMargins())}).topLeft();
-  if (within != window_.frameGeometry().topLeft()) window_.move(within);
+void QtViewHost::setFrameOrigin(ScreenPoint origin) { moveFrame({int(origin.x), int(origin.y)}); }
+
+void QtViewHost::moveFrame(QPoint asked) {
+  const QPoint granted = withinScreen({asked, window_.size().grownBy(frameMargins())}).topLeft();
+  lastMove_ = Move{asked, granted};
+  if (granted != window_.frameGeometry().topLeft()) window_.move(granted);
 }
 
 void QtViewHost::bringWithinScreen() {
-  const QRect frame(window_.frameGeometry().topLeft(), window_.size().grownBy(frameMargins()));
-  const QRect within = withinScreen(frame);
+  const ScreenPoint origin = windowFrame().origin;
+  const QSize size = window_.size().grownBy(frameMargins());
   // The window's own size may be from before a picture that the window manager has yet to come to.
   if (contentSize_)
     setContentSize(*contentSize_);
-  else if (within.size() != frame.size())
-    resizeFrame(within.size());
-  if (within.topLeft() != frame.topLeft()) window_.move(within.topLeft());
+  else
+    resizeFrame(withinScreen({window_.frameGeometry().topLeft(), size}).size());
+  setFrameOrigin(origin);
 }
 
 QMargins QtViewHost::frameMargins() const {

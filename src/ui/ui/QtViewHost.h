@@ -19,6 +19,8 @@ class QtViewHost final : public ViewHost {
   QtViewHost(QWidget& window, QWidget& container);
 
   Size superviewFrameSize() const override;
+  /// Where the window was last asked to be while it is where it was brought from there: else each
+  /// new picture would bring it a bit further.
   ScreenRect windowFrame() const override;
   Size screenSize() const override;
   double desktopBottom() const override;
@@ -33,10 +35,16 @@ class QtViewHost final : public ViewHost {
   /// `frame`, brought within its screen. A window that fills the screen is the window manager's.
   QRect withinScreen(const QRect& frame) const;
   void resizeFrame(QSize size);
+  void moveFrame(QPoint asked);
 
+  struct Move {
+    QPoint asked;
+    QPoint granted;
+  };
   QWidget& window_;
   QWidget& container_;
   std::optional<Size> contentSize_;  // the last that was asked for
+  std::optional<Move> lastMove_;
 };
 
 }  // namespace tessary
