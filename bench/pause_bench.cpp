@@ -18,6 +18,8 @@
 #include <QtGui/QAction>
 #include <QtGui/QKeyEvent>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QMenu>
+#include <QtWidgets/QMenuBar>
 #include <QtWidgets/QSlider>
 #include <fmt/format.h>
 
@@ -124,9 +126,10 @@ void benchStills(MainThread& mainThread, const std::filesystem::path& folder, in
 
 /// The slider of the camera's brightness in the window of its controls.
 QSlider& openControls(MainThread& mainThread) {
-  QWidget& window = gPreviewWindowController->window();
-  for (QAction* action : window.findChildren<QAction*>())
-    if (action->text().startsWith("Camera Con")) action->trigger();
+  MainWindow& window = gPreviewWindowController->window();
+  for (const QAction* menu : window.menuBar()->actions())
+    for (QAction* action : menu->menu()->actions())
+      if (action->text().remove('&').startsWith("Camera Controls")) action->trigger();
   QSlider* slider = nullptr;
   mainThread.runUntil([&] {
     const auto* controls = window.findChild<CameraControlsWindow*>();
