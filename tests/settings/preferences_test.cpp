@@ -299,20 +299,24 @@ TEST_F(PreferencesTest, TheSlotInForceIsTheOneThatTheCalibrationCameFrom) {
   preferences->calibrations[0].ppu = 400.0;
   preferences->calibrations[3].ppu = 1.0 / 3.0;
   preferences->calibrations[9].ppu = 400.0;
+  preferences->calibrations[9].unit = 2;  // any but 0 is micrometres
   struct Row {
     int32_t calibration;
     float pixelsPerUnit;
+    std::string_view unit;
     std::optional<int32_t> slot;
   };
   const Row rows[] = {
-      {0, 400.0F, 0},  {9, 400.0F, 9},   {3, float(1.0 / 3.0), 3}, {0, -1.0F, {}},  // none in force
-      {1, -1.0F, {}},                    // an empty slot was applied
-      {0, 0.0F, {}},   {1, 400.0F, {}},  // deleted, and its calibration still in force
-      {0, 401.0F, {}}, {-1, 400.0F, {}}, {10, 400.0F, {}}};
+      {0, 400.0F, "mm", 0},  {9, 400.0F, "μm", 9},   {3, float(1.0 / 3.0), "mm", 3},
+      {0, -1.0F, "mm", {}},                          // none in force
+      {1, -1.0F, "mm", {}},                          // an empty slot was applied
+      {0, 0.0F, "mm", {}},   {1, 400.0F, "mm", {}},  // deleted, and its calibration still in force
+      {0, 401.0F, "mm", {}}, {0, 400.0F, "μm", {}},  // the same number of the other unit
+      {9, 400.0F, "mm", {}}, {-1, 400.0F, "mm", {}}, {10, 400.0F, "mm", {}}};
   for (const Row& row : rows) {
     preferences->calibration = row.calibration;
-    EXPECT_EQ(preferences->slotInForce(row.pixelsPerUnit), row.slot)
-        << row.calibration << " " << row.pixelsPerUnit;
+    EXPECT_EQ(preferences->slotInForce(row.pixelsPerUnit, row.unit), row.slot)
+        << row.calibration << " " << row.pixelsPerUnit << row.unit;
   }
 }
 

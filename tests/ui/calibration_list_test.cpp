@@ -9,6 +9,7 @@
 #include <QtWidgets/QToolTip>
 
 #include "DialogRig.h"
+#include "overlay/Calibration.h"
 #include "ui/CalibrationListWindowController.h"
 
 namespace tessary::test {
@@ -34,7 +35,7 @@ class CalibrationList : public DialogRig, public CalibrationListDelegate {
 
   void show(int32_t row) {
     dialog = std::make_unique<CalibrationListWindowController>(&window, preferences,
-                                                               [this] { return pixelsPerUnit; });
+                                                               [this] { return inForce(); });
     dialog->setDelegate(this);
     dialog->setEditingItem(row);
     open(*dialog);
@@ -74,6 +75,9 @@ class CalibrationList : public DialogRig, public CalibrationListDelegate {
     EXPECT_EQ(dialog->editingItem(), -1);
   }
 
+  std::optional<int32_t> inForce() const {
+    return preferences.slotInForce(calibration._pixelsPerUnit, calibration._unit);
+  }
   /// The rows that are marked as in force, each with what a screen reader reads out.
   QStringList marked() {
     QStringList rows;
@@ -87,7 +91,7 @@ class CalibrationList : public DialogRig, public CalibrationListDelegate {
     return rows;
   }
 
-  float pixelsPerUnit = kUncalibrated;
+  Calibration calibration;
   std::unique_ptr<CalibrationListWindowController> dialog;
   std::vector<std::pair<int32_t, bool>> completed;
 };
@@ -109,7 +113,7 @@ TEST_F(CalibrationList, TheSlotInForceIsMarkedAndItsTextsStay) {
   show(0);
   EXPECT_EQ(marked(), QStringList()) << "none is in force";
   dialog->close();
-  pixelsPerUnit = 0.4F;
+  calibration.setCalibration(0.4F, kUnitMicrometre);
   show(0);
   EXPECT_EQ(marked(), QStringList("4, in force"));
   EXPECT_EQ(cells(3), QStringList({"4", "4x", "0.40", "μm", "", ""}));
@@ -140,7 +144,7 @@ TEST_F(CalibrationList, TheSlotInForceIsMarkedAndItsTextsStay) {
 
 TEST_F(CalibrationList, ADeletedSlotIsNotInForceAnyMoreAndNoOtherIs) {
   preferences.calibration = 0;
-  pixelsPerUnit = 1706.0F;
+  calibration.setCalibration(1706.0F, kUnitMillimetre);
   show(0);
   EXPECT_EQ(marked(), QStringList("1, in force"));
   click(push("deleteBtn"));

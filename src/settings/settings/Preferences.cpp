@@ -171,11 +171,12 @@ std::string Preferences::CalibrationsToString() const {
   return text;
 }
 
-std::optional<int32_t> Preferences::slotInForce(float pixelsPerUnit) const {
+std::optional<int32_t> Preferences::slotInForce(float pixelsPerUnit, std::string_view unit) const {
   if (!(pixelsPerUnit > 0) || calibration < 0 || calibration >= int32_t(kCalibrationSlots))
     return std::nullopt;
+  const CalibrationRecord& slot = calibrations[size_t(calibration)];
   // What is in force was narrowed like this.
-  if (float(calibrations[size_t(calibration)].ppu) != pixelsPerUnit) return std::nullopt;
+  if (float(slot.ppu) != pixelsPerUnit || unitText(slot.unit) != unit) return std::nullopt;
   return calibration;
 }
 

@@ -54,9 +54,10 @@ class Preferences {
   void CalibrationsFromString(std::optional<std::string_view> string);
   std::string CalibrationsToString() const;
 
-  /// The slot that a calibration in force came from: the one last completed or applied, unless it
-  /// holds another one by now. Nothing for no calibration.
-  std::optional<int32_t> slotInForce(float pixelsPerUnit) const;
+  /// The slot that the calibration in force, of so many texture pixels per `unit` (its text), came
+  /// from: the one last completed or applied, unless it holds another one by now. Nothing for no
+  /// calibration.
+  std::optional<int32_t> slotInForce(float pixelsPerUnit, std::string_view unit) const;
 
   /// Path (UTF-8) of the folder for saved images and videos.
   std::optional<std::string> url;

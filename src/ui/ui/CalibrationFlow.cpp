@@ -16,8 +16,8 @@ void CalibrationFlow::calibrationToolbarItemDidClick() {
 
 void CalibrationFlow::showCalibrationListWindow(int32_t row) {
   if (calibrationListWndController) return;
-  auto* sheet = new CalibrationListWindowController(
-      &window_, preferences_, [this] { return previewView_.pixelsPerUnit(); });
+  auto* sheet = new CalibrationListWindowController(&window_, preferences_,
+                                                    [this] { return previewView_.slotInForce(); });
   sheet->setDelegate(this);
   sheet->setEditingItem(row);
   openSheet(*this, calibrationListWndController, *sheet);

@@ -21,10 +21,10 @@ constexpr int kCellMargin = 16;
 }  // namespace
 
 CalibrationListWindowController::CalibrationListWindowController(
-    QWidget* parent, Preferences& preferences, std::function<float()> pixelsPerUnit)
+    QWidget* parent, Preferences& preferences, std::function<std::optional<int32_t>()> slotInForce)
     : Dialog(parent),
       ui_(std::make_unique<Ui::CalibrationListWindowController>()),
-      model_(new CalibrationTableModel(preferences, std::move(pixelsPerUnit), this)) {
+      model_(new CalibrationTableModel(preferences, std::move(slotInForce), this)) {
   ui_->setupUi(this);
   layOutTable();
   connect(ui_->calibrations->selectionModel(), &QItemSelectionModel::selectionChanged, this,

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "settings/Preferences.h"
 #include "ui/Dialog.h"
@@ -29,10 +30,10 @@ class CalibrationListDelegate {
 class CalibrationListWindowController final : public Dialog {
   Q_OBJECT
  public:
-  /// Reads and changes the slots of `preferences`, which must outlive it. `pixelsPerUnit` tells the
-  /// calibration in force.
+  /// Reads and changes the slots of `preferences`, which must outlive it. `slotInForce` tells
+  /// which of them the calibration in force is, if any.
   CalibrationListWindowController(QWidget* parent, Preferences& preferences,
-                                  std::function<float()> pixelsPerUnit);
+                                  std::function<std::optional<int32_t>()> slotInForce);
   ~CalibrationListWindowController() override;
 
   void setDelegate(CalibrationListDelegate* delegate) { _delegate = delegate; }

@@ -50,10 +50,11 @@ QVariant markOfSlotInForce(int row, int role) {
 }  // namespace
 
 CalibrationTableModel::CalibrationTableModel(Preferences& preferences,
-                                             std::function<float()> pixelsPerUnit, QObject* parent)
+                                             std::function<std::optional<int32_t>()> slotInForce,
+                                             QObject* parent)
     : QAbstractTableModel(parent),
       preferences_(preferences),
-      pixelsPerUnit_(std::move(pixelsPerUnit)) {}
+      slotInForce_(std::move(slotInForce)) {}
 
 int CalibrationTableModel::rowCount(const QModelIndex& parent) const {
   return parent.isValid() ? 0 : int(kCalibrationSlots);
@@ -85,9 +86,7 @@ QVariant CalibrationTableModel::data(const QModelIndex& index, int role) const {
     case Qt::DecorationRole:
     case Qt::ToolTipRole:
     case Qt::AccessibleTextRole:
-      if (index.column() != kIdColumn ||
-          preferences_.slotInForce(pixelsPerUnit_()) != int32_t(index.row()))
-        return {};
+      if (index.column() != kIdColumn || slotInForce_() != int32_t(index.row())) return {};
       return markOfSlotInForce(index.row(), role);
     default: return {};
   }

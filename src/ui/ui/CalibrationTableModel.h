@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
+#include <optional>
 
 #include <QtCore/QAbstractTableModel>
 
@@ -13,10 +15,10 @@ namespace tessary {
 class CalibrationTableModel final : public QAbstractTableModel {
   Q_OBJECT
  public:
-  /// Reads and changes the slots of `preferences`, which must outlive it. `pixelsPerUnit` tells the
-  /// calibration in force.
-  CalibrationTableModel(Preferences& preferences, std::function<float()> pixelsPerUnit,
-                        QObject* parent);
+  /// Reads and changes the slots of `preferences`, which must outlive it. `slotInForce` tells
+  /// which of them the calibration in force is, if any.
+  CalibrationTableModel(Preferences& preferences,
+                        std::function<std::optional<int32_t>()> slotInForce, QObject* parent);
 
   int rowCount(const QModelIndex& parent = {}) const override;
   int columnCount(const QModelIndex& parent = {}) const override;
@@ -32,7 +34,7 @@ class CalibrationTableModel final : public QAbstractTableModel {
 
  private:
   Preferences& preferences_;
-  std::function<float()> pixelsPerUnit_;
+  std::function<std::optional<int32_t>()> slotInForce_;
 };
 
 }  // namespace tessary

@@ -218,9 +218,14 @@ StillInfo PreviewView::stillInfo() const {
   StillInfo info{dependencies_.clock.localTime(), dependencies_.cameraModel(),
                  calibration._pixelsPerUnit, calibration._unit};
   info.table.rows = measurementRows(overlay_.shapes, overlay_.tool, calibration);
-  if (const auto slot = preferences.slotInForce(calibration._pixelsPerUnit))
+  if (const auto slot = slotInForce())
     info.table.calibration = preferences.calibrations[size_t(*slot)].name;
   return info;
+}
+
+std::optional<int32_t> PreviewView::slotInForce() const {
+  const Calibration& calibration = overlay_.context.calibration;
+  return dependencies_.preferences.slotInForce(calibration._pixelsPerUnit, calibration._unit);
 }
 
 void PreviewView::startRecord(const std::string& file,

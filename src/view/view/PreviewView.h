@@ -3,6 +3,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "base/Clock.h"
@@ -81,6 +82,8 @@ class PreviewView final : public CapturePicture {
   void setCalibration(float pixelsPerUnit, int32_t unit) override;
   /// The calibration in force; negative for none.
   float pixelsPerUnit() const { return overlay_.context.calibration._pixelsPerUnit; }
+  /// The slot that the calibration in force came from, as long as it holds that calibration.
+  std::optional<int32_t> slotInForce() const;
   void startCalibration();
   void stopCalibration() override;
   /// Length of the calibration line in video pixels.
