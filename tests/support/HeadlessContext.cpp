@@ -8,18 +8,30 @@
 namespace tessary {
 namespace {
 
-EGLDisplay surfacelessDisplay() {
+/// Without a screen: Mesa's platform for that, or the first graphics card of a driver that has
+/// none.
+EGLDisplay initializedDisplay() {
   const auto getPlatformDisplay = reinterpret_cast<PFNEGLGETPLATFORMDISPLAYEXTPROC>(
       eglGetProcAddress("eglGetPlatformDisplayEXT"));
+  const auto queryDevices =
+      reinterpret_cast<PFNEGLQUERYDEVICESEXTPROC>(eglGetProcAddress("eglQueryDevicesEXT"));
   if (!getPlatformDisplay) return EGL_NO_DISPLAY;
-  return getPlatformDisplay(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr);
+  EGLDisplay display =
+      getPlatformDisplay(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr);
+  if (display != EGL_NO_DISPLAY && eglInitialize(display, nullptr, nullptr)) return display;
+  EGLDeviceEXT device = nullptr;
+  EGLint devices = 0;
+  if (!queryDevices || !queryDevices(1, &device, &devices) || devices == 0) return EGL_NO_DISPLAY;
+  display = getPlatformDisplay(EGL_PLATFORM_DEVICE_EXT, device, nullptr);
+  return display != EGL_NO_DISPLAY && eglInitialize(display, nullptr, nullptr) ? display
+                                                                               : EGL_NO_DISPLAY;
 }
 
 }  // namespace
 
 std::unique_ptr<HeadlessContext> HeadlessContext::make() {
-  EGLDisplay display = surfacelessDisplay();
-  if (display == EGL_NO_DISPLAY || !eglInitialize(display, nullptr, nullptr)) {
+  EGLDisplay display = initializedDisplay();
+  if (display == EGL_NO_DISPLAY) {
     log("No headless display: EGL error {:#x}", eglGetError());
     return nullptr;
   }

@@ -7,8 +7,9 @@
 
 namespace tessary {
 
-/// What shows around the picture, and without one: a grey, 0 to 1, in all three channels.
-inline constexpr float kSurroundingGrey = 0.1F;
+/// What shows around the picture, and without one: a grey, 0 to 1, in all three channels. It is a
+/// tenth, said as a byte: halfway between two, each graphics card would take its own.
+inline constexpr float kSurroundingGrey = 26.0F / 255.0F;
 
 /// Whole device pixels from a surface's top left; `right` and `bottom` are the first beyond.
 struct SurfaceClip {

@@ -24,10 +24,14 @@ void main() {
 }
 )";
 
+/// Rounds to bytes by itself, halves upwards: graphics cards take either of two when a colour lies
+/// halfway between them, and a still's bytes are the same on all.
 inline constexpr std::string_view kOverlayFragmentShader = R"(
 in vec4 vertexColor;
 layout(location = 0) out vec4 fragment;
-void main() { fragment = vertexColor.bgra; }
+void main() {
+  fragment = floor(clamp(vertexColor.bgra, 0.0, 1.0) * 255.0 + 0.5) / 255.0;
+}
 )";
 
 /// One triangle over the whole surface; the scissor cuts out the picture.
