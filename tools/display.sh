@@ -7,6 +7,7 @@ end_started() {
   local i
   for ((i = ${#started[@]} - 1; i >= 0; i--)); do
     kill -TERM "${started[i]}" 2>/dev/null || true
+    kill -CONT "${started[i]}" 2>/dev/null || true  # a test may have stopped it
   done
   wait 2>/dev/null || true
 }
@@ -36,7 +37,10 @@ open_display() {
   # Windows that are mapped before the window manager is there end up anywhere. On a busy machine
   # it has been seen to give up.
   for _ in $(seq 600); do
-    xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id' && return
+    if xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'; then
+      export WINDOW_MANAGER_PID=${started[-1]}
+      return
+    fi
     if ! kill -0 "${started[-1]}" 2>/dev/null; then
       openbox >/dev/null 2>&1 &
       started[-1]=$!

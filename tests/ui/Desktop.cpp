@@ -182,8 +182,9 @@ std::optional<QRect> placeOnDisplay(const QWidget& window) {
   return QRect(corner->dst_x, corner->dst_y, size->width, size->height);
 }
 
-bool isActiveOnDisplay(const QWidget& window) {
-  if (isWayland()) return window.isActiveWindow();  // the compositor itself says so
+bool hasKeyboard(const QWidget& window) {
+  if (!window.isActiveWindow()) return false;
+  if (isWayland()) return true;  // the compositor itself says so
   constexpr std::string_view kName = "_NET_ACTIVE_WINDOW";
   const Reply<xcb_intern_atom_reply_t> atom(
       xcb_intern_atom_reply(display(), xcb_intern_atom(display(), 1, kName.size(), kName.data()),

@@ -15,8 +15,9 @@ bool isWayland();
 /// Where the display has a window, without its frame, in its pixels; nothing while it does not show
 /// it, or not enough of it. The window manager moves and shows windows in its own time.
 std::optional<QRect> placeOnDisplay(const QWidget& window);
-/// Whether the window manager, too, takes it for the active window: its own keys go there.
-bool isActiveOnDisplay(const QWidget& window);
+/// Whether it is the active window, and the window manager takes it for that, too, with its own
+/// keys. Whoever acts before meets the keyboard on its way from one window to the next.
+bool hasKeyboard(const QWidget& window);
 /// Whether the display has the window where, and as large as, the program believes it to be.
 /// Wayland tells programs no places.
 bool isInItsPlace(const QWidget& window);

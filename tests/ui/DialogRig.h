@@ -18,7 +18,7 @@ class DialogRig : public ::testing::Test {
   DialogRig() {
     window.setGeometry(200, 150, 800, 600);
     window.show();
-    EXPECT_TRUE(waitUntil([this] { return window.isActiveWindow(); }));
+    EXPECT_TRUE(waitUntil([this] { return hasKeyboard(window); }));
   }
 
   /// Opens a sheet as its owner would, and waits until it takes keys. `finished` counts its ends.
@@ -32,7 +32,7 @@ class DialogRig : public ::testing::Test {
   }
 
   void waitForKeys(QWidget& dialog) {
-    EXPECT_TRUE(waitUntil([&] { return dialog.isActiveWindow() && isActiveOnDisplay(dialog); }));
+    EXPECT_TRUE(waitUntil([&] { return hasKeyboard(dialog); }));
   }
 
   /// To the window below, for the next dialog. The window manager, busy with its own key, does not

@@ -130,7 +130,7 @@ Program::Program(Start start) : platform(std::make_unique<Platform>()) {
   if (start.furnish) start.furnish(*platform);
   delegate = std::make_unique<AppDelegate>(*platform);
   delegate->applicationDidFinishLaunching();
-  EXPECT_TRUE(waitUntil([this] { return window().isActiveWindow(); }));
+  EXPECT_TRUE(waitUntil([this] { return hasKeyboard(window()); }));
   // The window manager places the window after it is mapped: clicks before that would miss.
   QRect place;
   int turnsInPlace = 0;

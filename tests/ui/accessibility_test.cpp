@@ -48,7 +48,7 @@ TEST(Accessibility, EveryControlHasAName) {
     SCOPED_TRACE(title);
     const auto isThere = [](const QString& wanted) {
       const QWidget* active = QApplication::activeWindow();
-      return active && active->windowTitle() == wanted;
+      return active && active->windowTitle() == wanted && hasKeyboard(*active);
     };
     key(keys[0]);
     if (keys[1]) {
@@ -58,7 +58,7 @@ TEST(Accessibility, EveryControlHasAName) {
     ASSERT_TRUE(waitUntil([&] { return isThere(title); }));
     EXPECT_THAT(namelessControls(*QApplication::activeWindow()), ::testing::IsEmpty());
     QApplication::activeWindow()->close();
-    ASSERT_TRUE(waitUntil([&] { return program.window().isActiveWindow(); }));
+    ASSERT_TRUE(waitUntil([&] { return hasKeyboard(program.window()); }));
   }
 }
 

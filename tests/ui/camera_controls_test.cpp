@@ -22,8 +22,7 @@ class ControlsRig {
   void open() {
     key("ctrl+e");
     ASSERT_TRUE(waitUntil([&] {
-      return window() && window()->isActiveWindow() && isActiveOnDisplay(*window()) &&
-             !window()->findChildren<QSpinBox*>().isEmpty();
+      return window() && hasKeyboard(*window()) && !window()->findChildren<QSpinBox*>().isEmpty();
     }));
     waitForPlace(*window());
   }
@@ -203,10 +202,10 @@ TEST(CameraControls, TheWindowStaysBesideThePictureAndClosesWithEscape) {
   const QRect picture = rig.program.window().frameGeometry();
   EXPECT_EQ(rig.window()->x(), picture.x() + picture.width());
   click(rig.program.button("Grid Item Identifier"));
-  EXPECT_TRUE(waitUntil([&] { return rig.program.window().isActiveWindow(); })) << "not modal";
+  EXPECT_TRUE(waitUntil([&] { return hasKeyboard(rig.program.window()); })) << "not modal";
   EXPECT_TRUE(rig.window()->isVisible());
   key("ctrl+e");
-  ASSERT_TRUE(waitUntil([&] { return isActiveOnDisplay(*rig.window()); })) << "the same one";
+  ASSERT_TRUE(waitUntil([&] { return hasKeyboard(*rig.window()); })) << "the same one";
   key("Escape");
   EXPECT_TRUE(waitUntil([&] { return !rig.window(); }));
   EXPECT_TRUE(rig.program.window().isVisible());

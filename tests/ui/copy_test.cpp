@@ -123,7 +123,7 @@ TEST_F(Copy, InATextFieldTheKeyIsTheFields) {
   key("ctrl+t");
   ASSERT_TRUE(waitUntil([&] {
     const auto* sheet = program.window().findChild<InputTextWindowController*>();
-    return sheet && sheet->isActiveWindow() && isActiveOnDisplay(*sheet);
+    return sheet && hasKeyboard(*sheet);
   }));
   xdotool({"type", "grain"});
   key("ctrl+a");

@@ -34,7 +34,7 @@ T* sheet(Program& program) {
 bool waitForSheet(Program& program) {
   return waitUntil([&] {
     auto* dialog = sheet<MicroscopeWindowController>(program);
-    return dialog && dialog->isActiveWindow();
+    return dialog && hasKeyboard(*dialog);
   });
 }
 
@@ -48,7 +48,7 @@ QPushButton& button(QWidget& dialog, QDialogButtonBox::StandardButton which) {
 
 bool waitForOptions() {
   return waitUntil(
-      [] { return gOptionsWindowController && gOptionsWindowController->isActiveWindow(); });
+      [] { return gOptionsWindowController && hasKeyboard(*gOptionsWindowController); });
 }
 
 TEST(MicroscopeSheet, ChoosingAMicroscopeMakesItLiveAndIsRemembered) {
@@ -186,7 +186,7 @@ TEST(Sheets, EndOnceHoweverOftenTheirKeyComes) {
       return active && active->windowTitle() == row.title;
     }));
     xdotoolAtOnce({"key", row.key, row.key, row.key});
-    ASSERT_TRUE(waitUntil([&] { return program.window().isActiveWindow(); }));
+    ASSERT_TRUE(waitUntil([&] { return hasKeyboard(program.window()); }));
     EXPECT_EQ(program.store->storeCalls - stored, row.saves);
     ASSERT_TRUE(waitUntil([&] { return program.enabledCommands() == 20; }));
   }
@@ -466,7 +466,7 @@ TEST(OptionsWindow, AChosenColourIsTakenWithOkAndForgottenWithCancel) {
     ASSERT_TRUE(waitForOptions());
     const auto chooser = [] { return gOptionsWindowController->findChild<QColorDialog*>(); };
     click(*gOptionsWindowController->findChild<QWidget*>("lineColorFld"));
-    ASSERT_TRUE(waitUntil([&] { return chooser() && chooser()->isActiveWindow(); }));
+    ASSERT_TRUE(waitUntil([&] { return chooser() && hasKeyboard(*chooser()); }));
     chooser()->setCurrentColor(QColor(255, 0, 51));
     key("Return");
     ASSERT_TRUE(waitUntil([&] { return !chooser(); }));
@@ -503,7 +503,7 @@ TEST(OptionsWindow, AChosenFolderStaysAlthoughTheWindowIsCancelled) {
   const auto chooser = [] { return gOptionsWindowController->findChild<QFileDialog*>(); };
   auto* folderFld = gOptionsWindowController->findChild<QPushButton*>("folderFld");
   click(*folderFld);
-  ASSERT_TRUE(waitUntil([&] { return chooser() && chooser()->isActiveWindow(); }));
+  ASSERT_TRUE(waitUntil([&] { return chooser() && hasKeyboard(*chooser()); }));
   EXPECT_EQ(chooser()->windowTitle(), "Choose path to save image and video files");
   xdotool({"type", folder.path()});
   key("Return");
@@ -539,7 +539,7 @@ TEST(OptionsWindow, MinimisedItComesBackWhenItIsAskedForAgain) {
   ASSERT_TRUE(waitUntil([] { return gOptionsWindowController->isMinimized(); }));
   click(program.button(kOptions));
   EXPECT_TRUE(waitUntil([] {
-    return !gOptionsWindowController->isMinimized() && gOptionsWindowController->isActiveWindow();
+    return !gOptionsWindowController->isMinimized() && hasKeyboard(*gOptionsWindowController);
   }));
 }
 
@@ -566,20 +566,22 @@ TEST(HelpWindow, KeepsItsPlaceWhenItIsShownAgain) {
   Program program(Start{.plugged = false});
   key("F1");
   ASSERT_TRUE(waitUntil([] {
-    return gCalibrationHelpWindowController && gCalibrationHelpWindowController->isVisible();
+    return gCalibrationHelpWindowController && hasKeyboard(*gCalibrationHelpWindowController);
   }));
+  waitForPlace(*gCalibrationHelpWindowController);
   const auto* first = gCalibrationHelpWindowController.get();
   gCalibrationHelpWindowController->move(30, 500);
   QPoint place;
   EXPECT_TRUE(waitUntil([&] {
     place = gCalibrationHelpWindowController->pos();
-    return place.y() > 400;
+    return place.y() > 400 && isInItsPlace(*gCalibrationHelpWindowController);
   }));
   gCalibrationHelpWindowController->close();
   program.window().move(200, 80);
   click(program.button("Help Item Identifier"));
-  ASSERT_TRUE(waitUntil([] { return gCalibrationHelpWindowController->isVisible(); }));
+  ASSERT_TRUE(waitUntil([] { return hasKeyboard(*gCalibrationHelpWindowController); }));
   EXPECT_EQ(gCalibrationHelpWindowController.get(), first);
+  waitForPlace(*gCalibrationHelpWindowController);
   EXPECT_EQ(gCalibrationHelpWindowController->pos(), place);
 }
 

@@ -25,7 +25,7 @@ struct FailureLineTest : ::testing::Test {
     click(program.button("Record Item Identifier"));
     EXPECT_TRUE(waitUntil([this] {
       auto* sheet = program.window().findChild<RecordWindowController*>();
-      return sheet && sheet->isActiveWindow();
+      return sheet && hasKeyboard(*sheet);
     }));
     return *program.window().findChild<RecordWindowController*>();
   }

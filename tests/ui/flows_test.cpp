@@ -54,7 +54,7 @@ struct Rig {
   bool waitFor() {
     return waitUntil([&] {
       auto* found = dialog<T>();
-      return found && found->isVisible() && found->isActiveWindow();
+      return found && found->isVisible() && hasKeyboard(*found);
     });
   }
   template <typename T>
@@ -130,8 +130,8 @@ TEST(Stills, TheMicroscopesOwnButtonSavesOneWhereverTheKeyboardIs) {
   key("XF86WebCam");
   ASSERT_TRUE(rig.waitForFiles(1));
   key("ctrl+comma");
-  ASSERT_TRUE(waitUntil(
-      [] { return gOptionsWindowController && gOptionsWindowController->isActiveWindow(); }));
+  ASSERT_TRUE(
+      waitUntil([] { return gOptionsWindowController && hasKeyboard(*gOptionsWindowController); }));
   key("XF86WebCam");
   EXPECT_TRUE(rig.waitForFiles(2));
 }
@@ -229,12 +229,12 @@ TEST(Stills, WithoutAFolderOneIsAskedForOnceAndKept) {
   ASSERT_TRUE(program.waitForPicture());
   click(program.button(kShutter));
   const auto chooser = [&] { return program.window().findChild<QFileDialog*>(); };
-  ASSERT_TRUE(waitUntil([&] { return chooser() && chooser()->isActiveWindow(); }));
+  ASSERT_TRUE(waitUntil([&] { return chooser() && hasKeyboard(*chooser()); }));
   key("Escape");
   ASSERT_TRUE(waitUntil([&] { return !chooser(); }));
   EXPECT_FALSE(gPreferences->url);
   click(program.button(kShutter));
-  ASSERT_TRUE(waitUntil([&] { return chooser() && chooser()->isActiveWindow(); }));
+  ASSERT_TRUE(waitUntil([&] { return chooser() && hasKeyboard(*chooser()); }));
   xdotool({"type", folder.path()});
   key("Return");
   ASSERT_TRUE(waitUntil([&] { return QDir(folder.path()).count() > 2; }));
@@ -249,16 +249,16 @@ TEST(Movies, WithoutAFolderOneIsAskedForFirst) {
   const auto chooser = [&] { return program.window().findChild<QFileDialog*>(); };
   const auto sheet = [&] { return program.window().findChild<RecordWindowController*>(); };
   key("ctrl+r");
-  ASSERT_TRUE(waitUntil([&] { return chooser() && chooser()->isActiveWindow(); }));
+  ASSERT_TRUE(waitUntil([&] { return chooser() && hasKeyboard(*chooser()); }));
   EXPECT_FALSE(sheet());
   key("Escape");
-  ASSERT_TRUE(waitUntil([&] { return !chooser() && program.window().isActiveWindow(); }));
+  ASSERT_TRUE(waitUntil([&] { return !chooser() && hasKeyboard(program.window()); }));
   EXPECT_FALSE(sheet());
   key("ctrl+r");
-  ASSERT_TRUE(waitUntil([&] { return chooser() && chooser()->isActiveWindow(); }));
+  ASSERT_TRUE(waitUntil([&] { return chooser() && hasKeyboard(*chooser()); }));
   xdotool({"type", folder.path()});
   key("Return");
-  EXPECT_TRUE(waitUntil([&] { return sheet() && sheet()->isActiveWindow(); }));
+  EXPECT_TRUE(waitUntil([&] { return sheet() && hasKeyboard(*sheet()); }));
   EXPECT_EQ(gPreferences->url, folder.path().toStdString());
 }
 
@@ -268,7 +268,7 @@ TEST(Stills, AFolderChosenTwiceIsChosenOnce) {
   ASSERT_TRUE(program.waitForPicture());
   key("space");
   const auto chooser = [&] { return program.window().findChild<QFileDialog*>(); };
-  ASSERT_TRUE(waitUntil([&] { return chooser() && chooser()->isActiveWindow(); }));
+  ASSERT_TRUE(waitUntil([&] { return chooser() && hasKeyboard(*chooser()); }));
   const int stored = program.store->storeCalls;
   xdotool({"type", folder.path()});
   xdotoolAtOnce({"key", "Return", "Return"});
@@ -393,7 +393,7 @@ void beginCalibration(Rig& rig, int32_t slot = 0) {
   ASSERT_TRUE(rig.waitForEnd<CalibrationListWindowController>());
   ASSERT_TRUE(waitUntil([&] {
     auto* window = rig.dialog<CalibrationWindowController>();
-    return window && window->isActiveWindow();
+    return window && hasKeyboard(*window);
   }));
 }
 

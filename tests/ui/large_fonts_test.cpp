@@ -183,7 +183,7 @@ TEST(LargeFontsInTheWindow, CutNothingOffInWhatGoesWrongNorInTheCamerasControls)
   key("ctrl+e");
   const auto controls = [&] { return program.window().findChild<CameraControlsWindow*>(); };
   ASSERT_TRUE(waitUntil([&] {
-    return controls() && controls()->isActiveWindow() &&
+    return controls() && hasKeyboard(*controls()) &&
            !controls()->findChildren<QSpinBox*>().isEmpty();
   }));
   EXPECT_EQ(clipped(*controls()).join(", ").toStdString(), "");

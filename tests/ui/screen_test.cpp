@@ -1,9 +1,11 @@
 // The window and the screen that it is on; run on screens of several sizes.
 
 #include <array>
+#include <csignal>
 #include <cstdlib>
 #include <string_view>
 
+#include <QtCore/QTimer>
 #include <QtGui/QScreen>
 #include <QtGui/QWindow>
 #include <gtest/gtest.h>
@@ -76,6 +78,34 @@ TEST(Screen, TheFirstPictureLeavesTheWindowWithinIt) {
     QSlider& zoom = program.slider("zoomSlider");
     click(zoom, {6, zoom.height() / 2 - 3});
     EXPECT_TRUE(waitUntil([&] { return zoom.value() < kZoom100; })) << "it can be reached";
+  }
+}
+
+/// The window manager handles nothing for a while, as it does on a busy machine.
+class SlowWindowManager {
+ public:
+  explicit SlowWindowManager(std::chrono::milliseconds pause) {
+    kill(pid_, SIGSTOP);
+    QTimer::singleShot(pause, &goesOn_, [this] { kill(pid_, SIGCONT); });
+  }
+  ~SlowWindowManager() { kill(pid_, SIGCONT); }
+
+ private:
+  pid_t pid_ = qEnvironmentVariableIntValue("WINDOW_MANAGER_PID");
+  QObject goesOn_;
+};
+
+TEST(Screen, HoweverSlowTheWindowManagerTheWindowComesToTheSamePlace) {
+  ASSERT_GT(qEnvironmentVariableIntValue("WINDOW_MANAGER_PID"), 0);
+  std::optional<QRect> usual;
+  for (const int milliseconds : {0, 20, 100, 500}) {
+    const SlowWindowManager windowManager{std::chrono::milliseconds(milliseconds)};
+    Program program;
+    ASSERT_TRUE(program.waitForPicture());
+    const QRect place = frameOnDisplay(program.window());
+    EXPECT_EQ(place.top(), 25) << milliseconds;
+    EXPECT_EQ(place, usual.value_or(place)) << milliseconds;
+    usual = place;
   }
 }
 

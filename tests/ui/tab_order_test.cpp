@@ -60,7 +60,7 @@ TEST(TabOrder, FollowsTheEye) {
     around.push_back(row.order.front());
     EXPECT_EQ(order, around);
     QApplication::activeWindow()->close();
-    ASSERT_TRUE(waitUntil([&] { return program.window().isActiveWindow(); }));
+    ASSERT_TRUE(waitUntil([&] { return hasKeyboard(program.window()); }));
   }
 }
 

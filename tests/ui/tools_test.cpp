@@ -383,14 +383,14 @@ TEST_F(Tools, HandlesLightUpWhileAnotherWindowIsActive) {
   other.setGeometry(1100, 880, 120, 80);
   other.show();
   other.activateWindow();
-  ASSERT_TRUE(waitUntil([&] { return other.isActiveWindow(); }));
+  ASSERT_TRUE(waitUntil([&] { return hasKeyboard(other); }));
   ASSERT_FALSE(program.window().isActiveWindow());
   goTo({150, 150});
   EXPECT_TRUE(shows("hovered", outline({150, 150}), inside({150, 150})));
   EXPECT_TRUE(other.isActiveWindow());
   carry({150, 150}, {0, 60});
   EXPECT_TRUE(shows("moved", inside({150, 210}))) << "the press that activates counts";
-  EXPECT_TRUE(waitUntil([&] { return program.window().isActiveWindow(); }));
+  EXPECT_TRUE(waitUntil([&] { return hasKeyboard(program.window()); }));
 }
 
 TEST_F(Tools, AfterACalibrationOnTheStageMicrometerHalfAMillimetreReadsSo) {

@@ -101,7 +101,7 @@ void PreviewWindowController::showWindow() {
 
 void PreviewWindowController::beginWork() {
   capture_.setupCaptureSession();
-  window_.move(window_.x(), window_.screen()->geometry().y() + kTopMargin);
+  moveFrameTo(window_, {window_.x(), window_.screen()->geometry().y() + kTopMargin});
   // From here on: until the first picture or a resize by hand nothing is meant to lay out controls.
   connect(&containerView, &PreviewContainerView::frameDidChange, this,
           &PreviewWindowController::containerViewFrameDidChange);

@@ -64,7 +64,7 @@ void QtViewHost::setFrameOrigin(ScreenPoint origin) { moveFrame({int(origin.x), 
 void QtViewHost::moveFrame(QPoint asked) {
   const QPoint granted = withinScreen({asked, window_.size().grownBy(frameMargins())}).topLeft();
   lastMove_ = Move{asked, granted};
-  if (granted != window_.frameGeometry().topLeft()) window_.move(granted);
+  moveFrameTo(window_, granted);
 }
 
 void QtViewHost::bringWithinScreen() {
@@ -93,6 +93,10 @@ QRect QtViewHost::withinScreen(const QRect& frame) const {
           int(within.size.height)};
 }
 
-void QtViewHost::resizeFrame(QSize size) { window_.resize(size.shrunkBy(frameMargins())); }
+void QtViewHost::resizeFrame(QSize size) {
+  const QPoint corner = window_.frameGeometry().topLeft();
+  window_.resize(size.shrunkBy(frameMargins()));
+  moveFrameTo(window_, corner);
+}
 
 }  // namespace tessary

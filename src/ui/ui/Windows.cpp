@@ -23,6 +23,14 @@ ScreenRect screenRect(const QRect& rect) {
   return {{double(rect.x()), double(rect.y())}, {double(rect.width()), double(rect.height())}};
 }
 
+void moveFrameTo(QWidget& window, QPoint place) {
+  if (window.frameGeometry().topLeft() != place) window.move(place);
+  // Until the window manager has given it a frame, QWidget takes it to have none, and the title bar
+  // would come to stand above `place`.
+  QWindow* handle = window.windowHandle();
+  if (handle && handle->frameMargins().isNull()) handle->setFramePosition(place);
+}
+
 void placeIn(QWidget& window, const QWidget& parent, double below) {
   window.adjustSize();
   // Under Wayland a popup's place counts from where the platform takes its parent to be; the widget

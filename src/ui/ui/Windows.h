@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include <QtCore/QPoint>
 #include <QtCore/QRect>
 #include <QtWidgets/QMessageBox>
 
@@ -14,6 +15,10 @@ namespace tessary {
 
 /// A rectangle of the desktop's.
 ScreenRect screenRect(const QRect& rect);
+
+/// Moves a window so that its frame's corner is at `place`, also while the window manager has not
+/// given it a frame yet.
+void moveFrameTo(QWidget& window, QPoint place);
 
 /// Places `window` over `parent`: centred across, and `below` the top edge of the parent's frame.
 void placeIn(QWidget& window, const QWidget& parent, double below);

@@ -1,12 +1,27 @@
 #include "qt/OpenGlProbe.h"
 
+#include <QtGui/QGuiApplication>
 #include <QtGui/QOffscreenSurface>
 #include <QtGui/QOpenGLContext>
 #include <QtGui/QOpenGLFunctions>
 
+#include "qt/GlxConfigs.h"
+
 namespace tessary {
+namespace {
+
+/// The toolkit ends the program where there is nothing to choose from.
+bool canBeAskedFor() {
+  if (qEnvironmentVariable("QT_XCB_GL_INTEGRATION", "xcb_glx") != QLatin1String("xcb_glx"))
+    return true;
+  const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+  return !x11 || hasGlxConfigs(x11->display());
+}
+
+}  // namespace
 
 std::optional<std::string> openGlRenderer() {
+  if (!canBeAskedFor()) return std::nullopt;
   QOpenGLContext context;
   QOffscreenSurface surface;
   if (!context.create()) return std::nullopt;
