@@ -37,7 +37,8 @@ open_display() {
   # Windows that are mapped before the window manager is there end up anywhere. On a busy machine
   # it has been seen to give up.
   for _ in $(seq 600); do
-    if xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'; then
+    # The list of its windows is the last that it makes before it takes new ones.
+    if xprop -root _NET_CLIENT_LIST 2>/dev/null | grep -q 'window id'; then
       export WINDOW_MANAGER_PID=${started[-1]}
       return
     fi

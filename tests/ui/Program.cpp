@@ -74,6 +74,22 @@ void xdotool(const QStringList& arguments) {
   waitUntil([&] { return settle.elapsed() > 30; });
 }
 
+namespace {
+
+/// Until one of the program's windows has the keyboard: a hand is slower than the window manager,
+/// which would otherwise meet the next press while it hands the keyboard from one to another. Not
+/// for long, as another program may have it.
+void waitForKeyboard() {
+  waitUntil(
+      [] {
+        const QWidget* active = QApplication::activeWindow();
+        return active && active->isVisible() && hasKeyboard(*active);
+      },
+      std::chrono::seconds(1));
+}
+
+}  // namespace
+
 void xdotoolAtOnce(const QStringList& arguments) {
   EXPECT_EQ(QProcess::execute(QStringLiteral("xdotool"), arguments), 0);
 }
@@ -83,6 +99,7 @@ void moveTo(const QWidget& widget, QPoint position) {
 }
 
 void moveToPixel(const QWidget& widget, QPoint pixel) {
+  waitForKeyboard();
   waitForPlace(*widget.window());
   const QPoint place = onDisplay(widget, QPoint(0, 0)) + pixel;
   xdotool({"mousemove", QString::number(place.x()), QString::number(place.y())});
@@ -107,7 +124,10 @@ void drag(const QWidget& widget, QPoint from, QPoint to) {
   release();
 }
 
-void key(const char* name) { xdotool({"key", QString::fromLatin1(name)}); }
+void key(const char* name) {
+  waitForKeyboard();
+  xdotool({"key", QString::fromLatin1(name)});
+}
 
 Program::Program(Start start) : platform(std::make_unique<Platform>()) {
   auto memory = std::make_unique<MemoryKeyValueStore>();

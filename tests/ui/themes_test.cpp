@@ -6,15 +6,18 @@
 #include <vector>
 
 #include <QtGui/QPainter>
+#include <QtGui/QPixmapCache>
 #include <QtGui/QScreen>
 #include <QtWidgets/QMenu>
 #include <QtWidgets/QMenuBar>
 #include <QtWidgets/QStyle>
+#include <QtWidgets/QStyleOption>
 #include <QtWidgets/QToolButton>
 #include <gtest/gtest.h>
 
 #include "Program.h"
 #include "ui/Contrast.h"
+#include "ui/MenuStyle.h"
 #include "ui/OverPicture.h"
 #include "ui/StatusText.h"
 #include "ui/ThemedIcon.h"
@@ -162,6 +165,28 @@ std::vector<QImage> pictures(QSize size) {
   white.fill(Qt::white);
   black.fill(Qt::black);
   return {white, black, noise(size)};
+}
+
+TEST(Themes, AHighlightedRowKeepsNothingInTheToolkitsCacheEachTimeItIsPainted) {
+  const int limit = QPixmapCache::cacheLimit();
+  QPixmapCache::clear();
+  QPixmapCache::setCacheLimit(100);  // kilobytes
+  QPixmap first(16, 16);
+  first.fill(Qt::red);
+  QPixmapCache::insert("first", first);
+  QMenu menu;
+  MenuStyle style;
+  QStyleOptionMenuItem row;
+  row.initFrom(&menu);
+  row.rect = QRect(0, 0, 200, 24);
+  row.icon = themedIcon("Grid");
+  row.text = "Grid";
+  row.state = QStyle::State_Selected | QStyle::State_Enabled;
+  QImage image(row.rect.size(), QImage::Format_RGB32);
+  QPainter painter(&image);
+  for (int i = 0; i < 1000; ++i) style.drawControl(QStyle::CE_MenuItem, &row, &painter, &menu);
+  EXPECT_TRUE(QPixmapCache::find("first", &first)) << "others have pushed it out";
+  QPixmapCache::setCacheLimit(limit);
 }
 
 TEST(Themes, StatusTextsCanBeReadOverAnyPicture) {

@@ -1,9 +1,31 @@
 #include "ui/MenuStyle.h"
 
+#include <QtGui/QIconEngine>
 #include <QtGui/QPainter>
 #include <QtWidgets/QStyleOption>
 
 namespace tessary {
+namespace {
+
+/// The picture for `QIcon::Selected`, whichever is asked for. An icon made of that picture would be
+/// another one each time, and fill the toolkit's cache of scaled icons.
+class SelectedIconEngine final : public QIconEngine {
+ public:
+  explicit SelectedIconEngine(const QIcon& icon) : icon_(icon) {}
+
+  void paint(QPainter* painter, const QRect& rect, QIcon::Mode, QIcon::State state) override {
+    icon_.paint(painter, rect, Qt::AlignCenter, QIcon::Selected, state);
+  }
+  QPixmap pixmap(const QSize& size, QIcon::Mode, QIcon::State state) override {
+    return icon_.pixmap(size, 1.0, QIcon::Selected, state);
+  }
+  QIconEngine* clone() const override { return new SelectedIconEngine(icon_); }
+
+ private:
+  QIcon icon_;
+};
+
+}  // namespace
 
 void MenuStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                             const QWidget* widget) const {
@@ -14,10 +36,8 @@ void MenuStyle::drawControl(ControlElement element, const QStyleOption* option, 
     QProxyStyle::drawControl(element, option, painter, widget);
     return;
   }
-  const int size = pixelMetric(PM_SmallIconSize, option, widget);
   QStyleOptionMenuItem row = *item;
-  row.icon = QIcon(
-      item->icon.pixmap(QSize(size, size), painter->device()->devicePixelRatio(), QIcon::Selected));
+  row.icon = QIcon(new SelectedIconEngine(item->icon));
   QProxyStyle::drawControl(element, &row, painter, widget);
 }
 
