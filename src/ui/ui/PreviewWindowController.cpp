@@ -101,7 +101,8 @@ void PreviewWindowController::showWindow() {
 
 void PreviewWindowController::beginWork() {
   capture_.setupCaptureSession();
-  moveFrameTo(window_, {window_.x(), window_.screen()->geometry().y() + kTopMargin});
+  viewHost_.setFrameOrigin(
+      {double(window_.x()), double(window_.screen()->geometry().y() + kTopMargin)});
   // From here on: until the first picture or a resize by hand nothing is meant to lay out controls.
   connect(&containerView, &PreviewContainerView::frameDidChange, this,
           &PreviewWindowController::containerViewFrameDidChange);
@@ -140,7 +141,7 @@ void PreviewWindowController::windowDidChangeOcclusionState() {
   const bool exposed = !window_.isOccluded();
   capture_.wndExposed = exposed;
   // From its first exposure on the window manager's frame around it is known.
-  if (exposed && !std::exchange(framed_, true)) viewHost_.bringWithinScreen();
+  if (exposed && !std::exchange(framed_, true)) viewHost_.windowWasFramed();
   tellOfGapInMovie(exposed);
 }
 

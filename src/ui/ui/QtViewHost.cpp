@@ -34,7 +34,8 @@ Size QtViewHost::superviewFrameSize() const { return sizeOf(container_.size()); 
 
 ScreenRect QtViewHost::windowFrame() const {
   QRect frame = window_.frameGeometry();
-  if (lastMove_ && lastMove_->granted == frame.topLeft()) frame.moveTopLeft(lastMove_->asked);
+  if (lastMove_ && (!framed_ || lastMove_->granted == frame.topLeft()))
+    frame.moveTopLeft(lastMove_->asked);
   return screenRect(frame);
 }
 
@@ -55,27 +56,33 @@ void QtViewHost::setContentSize(Size size) {
   const QSize wanted = QSize(int(size.width), int(size.height)) + bars;
   const double ratio = window_.devicePixelRatio();
   const QSize granted(grantedLength(wanted.width(), ratio), grantedLength(wanted.height(), ratio));
-  resizeFrame(
-      withinScreen({window_.frameGeometry().topLeft(), granted.grownBy(frameMargins())}).size());
+  resizeFrame(withinScreen({frameCorner(), granted.grownBy(frameMargins())}).size());
 }
 
 void QtViewHost::setFrameOrigin(ScreenPoint origin) { moveFrame({int(origin.x), int(origin.y)}); }
 
 void QtViewHost::moveFrame(QPoint asked) {
   const QPoint granted = withinScreen({asked, window_.size().grownBy(frameMargins())}).topLeft();
+  const bool isThere = framed_ && granted == window_.frameGeometry().topLeft();
   lastMove_ = Move{asked, granted};
-  moveFrameTo(window_, granted);
+  if (!isThere) moveFrameTo(window_, granted);
 }
 
-void QtViewHost::bringWithinScreen() {
+void QtViewHost::windowWasFramed() {
   const ScreenPoint origin = windowFrame().origin;
   const QSize size = window_.size().grownBy(frameMargins());
   // The window's own size may be from before a picture that the window manager has yet to come to.
   if (contentSize_)
     setContentSize(*contentSize_);
   else
-    resizeFrame(withinScreen({window_.frameGeometry().topLeft(), size}).size());
+    resizeFrame(withinScreen({frameCorner(), size}).size());
+  // Said again in any case: what the window manager made of it without a frame is not known yet.
   setFrameOrigin(origin);
+  framed_ = true;
+}
+
+QPoint QtViewHost::frameCorner() const {
+  return !framed_ && lastMove_ ? lastMove_->granted : window_.frameGeometry().topLeft();
 }
 
 QMargins QtViewHost::frameMargins() const {
@@ -94,9 +101,9 @@ QRect QtViewHost::withinScreen(const QRect& frame) const {
 }
 
 void QtViewHost::resizeFrame(QSize size) {
-  const QPoint corner = window_.frameGeometry().topLeft();
+  const QPoint corner = frameCorner();
   window_.resize(size.shrunkBy(frameMargins()));
-  moveFrameTo(window_, corner);
+  if (!framed_) moveFrameTo(window_, corner);
 }
 
 }  // namespace tessary

@@ -26,12 +26,14 @@ class QtViewHost final : public ViewHost {
   double desktopBottom() const override;
   void setContentSize(Size size) override;
   void setFrameOrigin(ScreenPoint origin) override;
-  /// Brings the window as it is into its screen: what was said before it had a frame could not
-  /// leave room for that.
-  void bringWithinScreen();
+  /// Called once, when the window manager has given the window its frame. Brings the window as it
+  /// is into its screen: what was said before could not leave room for a frame. Until then the
+  /// window counts as being where it was asked to be, whatever the toolkit makes of half the news.
+  void windowWasFramed();
 
  private:
   QMargins frameMargins() const;
+  QPoint frameCorner() const;
   /// `frame`, brought within its screen. A window that fills the screen is the window manager's.
   QRect withinScreen(const QRect& frame) const;
   void resizeFrame(QSize size);
@@ -45,6 +47,7 @@ class QtViewHost final : public ViewHost {
   QWidget& container_;
   std::optional<Size> contentSize_;  // the last that was asked for
   std::optional<Move> lastMove_;
+  bool framed_ = false;
 };
 
 }  // namespace tessary

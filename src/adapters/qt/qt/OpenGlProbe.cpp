@@ -12,8 +12,6 @@ namespace {
 
 /// The toolkit ends the program where there is nothing to choose from.
 bool canBeAskedFor() {
-  if (qEnvironmentVariable("QT_XCB_GL_INTEGRATION", "xcb_glx") != QLatin1String("xcb_glx"))
-    return true;
   const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
   return !x11 || hasGlxConfigs(x11->display());
 }
