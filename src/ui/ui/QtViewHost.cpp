@@ -77,9 +77,11 @@ void QtViewHost::windowWasFramed() {
   else
     resizeFrame(withinScreen({frameCorner(), size}).size());
   // Said again in any case: what the window manager made of it without a frame is not known yet.
-  setFrameOrigin(origin);
+  if (!fillsScreen()) setFrameOrigin(origin);
   framed_ = true;
 }
+
+bool QtViewHost::fillsScreen() const { return window_.isMaximized() || window_.isFullScreen(); }
 
 QPoint QtViewHost::frameCorner() const {
   return !framed_ && lastMove_ ? lastMove_->granted : window_.frameGeometry().topLeft();
@@ -92,7 +94,7 @@ QMargins QtViewHost::frameMargins() const {
 
 QRect QtViewHost::withinScreen(const QRect& frame) const {
   const QScreen* screen = window_.screen();
-  if (!screen || window_.isMaximized() || window_.isFullScreen()) return frame;
+  if (!screen || fillsScreen()) return frame;
   const QSize least = window_.minimumSize().grownBy(frameMargins());
   const ScreenRect within =
       broughtWithin(screenRect(frame), screenRect(screen->availableGeometry()), sizeOf(least));

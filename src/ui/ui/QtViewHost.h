@@ -34,6 +34,7 @@ class QtViewHost final : public ViewHost {
  private:
   QMargins frameMargins() const;
   QPoint frameCorner() const;
+  bool fillsScreen() const;
   /// `frame`, brought within its screen. A window that fills the screen is the window manager's.
   QRect withinScreen(const QRect& frame) const;
   void resizeFrame(QSize size);
