@@ -1,6 +1,7 @@
 #include "ui/QtViewHost.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 #include <QtGui/QGuiApplication>
 #include <QtGui/QScreen>
@@ -63,22 +64,25 @@ void QtViewHost::setFrameOrigin(ScreenPoint origin) { moveFrame({int(origin.x), 
 
 void QtViewHost::moveFrame(QPoint asked) {
   const QPoint granted = withinScreen({asked, window_.size().grownBy(frameMargins())}).topLeft();
-  const bool isThere = framed_ && granted == window_.frameGeometry().topLeft();
+  // At a scale factor of 1.5 a frame's corner can be a point beside what it was asked to be.
+  const int most = window_.devicePixelRatio() > 1 ? 1 : 0;
+  const QPoint way = granted - window_.frameGeometry().topLeft();
+  const bool isThere = framed_ && std::max(std::abs(way.x()), std::abs(way.y())) <= most;
   lastMove_ = Move{asked, granted};
   if (!isThere) moveFrameTo(window_, granted);
 }
 
 void QtViewHost::windowWasFramed() {
   const ScreenPoint origin = windowFrame().origin;
+  framed_ = true;
   const QSize size = window_.size().grownBy(frameMargins());
   // The window's own size may be from before a picture that the window manager has yet to come to.
   if (contentSize_)
     setContentSize(*contentSize_);
   else
     resizeFrame(withinScreen({frameCorner(), size}).size());
-  // Said again in any case: what the window manager made of it without a frame is not known yet.
+  // What the window manager made of it without a frame may be another place.
   if (!fillsScreen()) setFrameOrigin(origin);
-  framed_ = true;
 }
 
 bool QtViewHost::fillsScreen() const { return window_.isMaximized() || window_.isFullScreen(); }

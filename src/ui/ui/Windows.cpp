@@ -24,7 +24,7 @@ ScreenRect screenRect(const QRect& rect) {
 }
 
 void moveFrameTo(QWidget& window, QPoint place) {
-  window.move(place);
+  if (window.frameGeometry().topLeft() != place) window.move(place);
   // Until the window manager has given it a frame, QWidget takes it to have none, and the title bar
   // would come to stand above `place`.
   QWindow* handle = window.windowHandle();
