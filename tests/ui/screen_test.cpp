@@ -97,6 +97,8 @@ class SlowWindowManager {
 
 TEST(Screen, HoweverSlowTheWindowManagerTheWindowComesToTheSamePlace) {
   ASSERT_GT(qEnvironmentVariableIntValue("WINDOW_MANAGER_PID"), 0);
+  const QScreen& screen = *QGuiApplication::primaryScreen();
+  ASSERT_TRUE(waitUntil([&] { return screen.availableGeometry() == screen.geometry(); }));
   std::optional<QRect> usual;
   for (const int milliseconds : {0, 20, 100, 500}) {
     const SlowWindowManager windowManager{std::chrono::milliseconds(milliseconds)};
