@@ -10,7 +10,9 @@ namespace tessary {
 
 /// Lines and points of the overlay, into the composed texture.
 ///
-/// `shift` is `lineShift` or `labelShift` of both axes.
+/// `shift` is `lineShift` or `labelShift` of both axes. Colours are rounded to bytes here, halves
+/// upwards: graphics cards take either of two when a colour lies halfway between them, and a
+/// still's bytes are the same on all.
 inline constexpr std::string_view kOverlayVertexShader = R"(
 layout(location = 0) in vec4 position;
 layout(location = 1) in vec4 color;
@@ -20,18 +22,14 @@ void main() {
   gl_Position = vec4(position.x + shift.x * position.w,
                      shift.y * position.w - position.y, position.zw);
   gl_PointSize = 1.0;
-  vertexColor = color;
+  vertexColor = floor(clamp(color, 0.0, 1.0) * 255.0 + 0.5) / 255.0;
 }
 )";
 
-/// Rounds to bytes by itself, halves upwards: graphics cards take either of two when a colour lies
-/// halfway between them, and a still's bytes are the same on all.
 inline constexpr std::string_view kOverlayFragmentShader = R"(
 in vec4 vertexColor;
 layout(location = 0) out vec4 fragment;
-void main() {
-  fragment = floor(clamp(vertexColor.bgra, 0.0, 1.0) * 255.0 + 0.5) / 255.0;
-}
+void main() { fragment = vertexColor.bgra; }
 )";
 
 /// One triangle over the whole surface; the scissor cuts out the picture.

@@ -4,7 +4,7 @@
 
 namespace tessary {
 
-bool hasGlxConfigs(_XDisplay* display) {
+bool offersNothingByGlx(_XDisplay* display) {
   int error = 0;
   int event = 0;
   if (!glXQueryExtension(display, &error, &event)) return false;
@@ -12,7 +12,7 @@ bool hasGlxConfigs(_XDisplay* display) {
   int count = 0;
   GLXFBConfig* configs = glXChooseFBConfig(display, DefaultScreen(display), attributes, &count);
   if (configs) XFree(configs);
-  return count > 0;
+  return count == 0;
 }
 
 }  // namespace tessary

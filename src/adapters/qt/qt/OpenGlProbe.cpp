@@ -13,7 +13,7 @@ namespace {
 /// The toolkit ends the program where there is nothing to choose from.
 bool canBeAskedFor() {
   const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-  return !x11 || hasGlxConfigs(x11->display());
+  return !x11 || !offersNothingByGlx(x11->display());
 }
 
 }  // namespace
