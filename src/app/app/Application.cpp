@@ -1,5 +1,6 @@
 #include "app/Application.h"
 
+#include <QtCore/QLibraryInfo>
 #include <QtGui/QIcon>
 #include <QtGui/QPixmapCache>
 #include <QtGui/QSurfaceFormat>
@@ -7,6 +8,7 @@
 #include <malloc.h>
 
 #include "app/AppDelegate.h"
+#include "app/DisplayChoice.h"
 #include "app/RendererChoice.h"
 #include "base/Version.h"
 
@@ -22,6 +24,17 @@ constexpr int kLargeBlock = 512 * 1024;
 /// Kilobytes; the toolbar's icons at twice their size take half of it.
 constexpr int kScaledIcons = 1024;
 
+/// The toolkit's application object, shown by what `displaysToTry` says.
+std::unique_ptr<QApplication> makeShownApplication(int& argc, char** argv) {
+  constexpr const char* kPlatforms = "QT_QPA_PLATFORM";
+  const auto platforms = displaysToTry(QLibraryInfo::version(), qEnvironmentVariableIsSet);
+  if (platforms) qputenv(kPlatforms, QByteArray::fromStdString(*platforms));
+  auto application = std::make_unique<QApplication>(argc, argv);
+  // Other programs that this one starts choose for themselves.
+  if (platforms) qunsetenv(kPlatforms);
+  return application;
+}
+
 }  // namespace
 
 std::unique_ptr<QApplication> makeApplication(int& argc, char** argv, const std::string& name) {
@@ -33,7 +46,7 @@ std::unique_ptr<QApplication> makeApplication(int& argc, char** argv, const std:
   format.setVersion(3, 3);
   format.setProfile(QSurfaceFormat::CoreProfile);
   QSurfaceFormat::setDefaultFormat(format);
-  auto application = std::make_unique<QApplication>(argc, argv);
+  auto application = makeShownApplication(argc, argv);
   // Every dialog that opens leaves its buttons' icons there, under new names each time.
   QPixmapCache::setCacheLimit(kScaledIcons);
   initResources();
