@@ -14,7 +14,6 @@ from desk import key, wait_for, xdotool
 
 SIZE = (640, 480)
 FIRST = 10             # times before anything is measured: what is made once is there then
-FILLING = 150          # times that options open until the icons' cache is full
 BREATH = 250_000       # bytes that the toolkit's cache of scaled icons comes and goes by
 RESIDENT = 20_000_000  # bytes
 
@@ -83,7 +82,7 @@ def repeat_all(trial):
     actions = [repeats.options, repeats.calibrations, repeats.texts, repeats.microscope_sheets,
                repeats.sessions, repeats.stills_saved, repeats.recordings, repeats.shapes]
     for action in actions:
-        for _ in range(FILLING if action == repeats.options else FIRST):
+        for _ in range(FIRST):
             action()
     resident = repeats.resident()
     figures = []

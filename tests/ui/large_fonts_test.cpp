@@ -8,7 +8,6 @@
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QProxyStyle>
 #include <QtWidgets/QSpinBox>
-#include <QtWidgets/QStyleFactory>
 #include <QtWidgets/QTableView>
 #include <QtWidgets/QToolButton>
 
@@ -20,6 +19,7 @@
 #include "ui/InputTextWindowController.h"
 #include "ui/MicroscopeWindowController.h"
 #include "ui/RecordWindowController.h"
+#include "ui/SharedIconsStyle.h"
 
 namespace tessary::test {
 namespace {
@@ -203,14 +203,13 @@ class IconSizeStyle final : public QProxyStyle {
 };
 
 TEST(LargeFontsInTheWindow, IconsHaveTheSizeOfTheDesktops) {
-  const QString usual = QApplication::style()->name();
   for (const int size : {24, 40}) {
     QApplication::setStyle(new IconSizeStyle(size));
     Program program(Start{.plugged = false});
     const auto& button = dynamic_cast<QToolButton&>(program.button("Line Item Identifier"));
     EXPECT_EQ(button.iconSize(), QSize(size, size));
   }
-  QApplication::setStyle(usual);
+  QApplication::setStyle(new SharedIconsStyle);
 }
 
 }  // namespace

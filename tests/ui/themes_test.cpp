@@ -8,6 +8,8 @@
 #include <QtGui/QPainter>
 #include <QtGui/QPixmapCache>
 #include <QtGui/QScreen>
+#include <QtWidgets/QAbstractButton>
+#include <QtWidgets/QDialogButtonBox>
 #include <QtWidgets/QMenu>
 #include <QtWidgets/QMenuBar>
 #include <QtWidgets/QStyle>
@@ -187,6 +189,19 @@ TEST(Themes, AHighlightedRowKeepsNothingInTheToolkitsCacheEachTimeItIsPainted) {
   for (int i = 0; i < 1000; ++i) style.drawControl(QStyle::CE_MenuItem, &row, &painter, &menu);
   EXPECT_TRUE(QPixmapCache::find("first", &first)) << "others have pushed it out";
   QPixmapCache::setCacheLimit(limit);
+}
+
+TEST(Themes, TheButtonsOfDialogsHaveTheSameIconsEachTimeOneOpens) {
+  const auto icons = [] {
+    QDialogButtonBox box(QDialogButtonBox::Ok | QDialogButtonBox::Cancel | QDialogButtonBox::Help |
+                         QDialogButtonBox::Close);
+    std::vector<qint64> keys;
+    for (const QAbstractButton* button : box.buttons()) keys.push_back(button->icon().cacheKey());
+    return keys;
+  };
+  const std::vector<qint64> first = icons();
+  EXPECT_EQ(first.size(), 4);
+  EXPECT_EQ(icons(), first);
 }
 
 TEST(Themes, StatusTextsCanBeReadOverAnyPicture) {

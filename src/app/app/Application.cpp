@@ -11,6 +11,7 @@
 #include "app/DisplayChoice.h"
 #include "app/RendererChoice.h"
 #include "base/Version.h"
+#include "ui/SharedIconsStyle.h"
 
 /// Icons and help lie in a library, so the linker has to be told that they are wanted. Outside any
 /// namespace, as the macro demands.
@@ -47,7 +48,7 @@ std::unique_ptr<QApplication> makeApplication(int& argc, char** argv, const std:
   format.setProfile(QSurfaceFormat::CoreProfile);
   QSurfaceFormat::setDefaultFormat(format);
   auto application = makeShownApplication(argc, argv);
-  // Every dialog that opens leaves its buttons' icons there, under new names each time.
+  QApplication::setStyle(new SharedIconsStyle);
   QPixmapCache::setCacheLimit(kScaledIcons);
   initResources();
   QApplication::setApplicationName(QString::fromStdString(name));
