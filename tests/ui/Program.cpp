@@ -1,7 +1,10 @@
 #include "Program.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <utility>
 
+#include <QtCore/QDir>
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QProcess>
 #include <QtGui/QMouseEvent>
@@ -76,13 +79,14 @@ void xdotool(const QStringList& arguments) {
 
 namespace {
 
-/// Until one of the program's windows has the keyboard: a hand is slower than the window manager,
-/// which would otherwise meet the next press while it hands the keyboard from one to another. Not
-/// for long, as another program may have it.
+/// Until one of the program's windows has the keyboard, the dialog if one is up: a hand is slower
+/// than the window manager, which would otherwise meet the next press while it hands the keyboard
+/// from one to another. Not for long, as another program may have it.
 void waitForKeyboard() {
   waitUntil(
       [] {
-        const QWidget* active = QApplication::activeWindow();
+        const QWidget* dialog = QApplication::activeModalWidget();
+        const QWidget* active = dialog ? dialog : QApplication::activeWindow();
         return active && active->isVisible() && hasKeyboard(*active);
       },
       std::chrono::seconds(1));
@@ -204,6 +208,27 @@ int Program::enabledCommands() {
 
 namespace {
 
+/// Leaves a picture of the display as a test first failed on it.
+class ScreenshotOfFailure final : public ::testing::EmptyTestEventListener {
+ public:
+  explicit ScreenshotOfFailure(QString folder) : folder_(std::move(folder)) {}
+
+  void OnTestStart(const ::testing::TestInfo&) override { taken_ = false; }
+  void OnTestPartResult(const ::testing::TestPartResult& result) override {
+    const ::testing::TestInfo* test = ::testing::UnitTest::GetInstance()->current_test_info();
+    if (!result.failed() || !test || std::exchange(taken_, true)) return;
+    QDir().mkpath(folder_);
+    const QString file =
+        folder_ + "/failed-" + test->test_suite_name() + '.' + test->name() + ".png";
+    QProcess::execute("import", {"-silent", "-window", "root", file});
+    printf("The display then: %s\n", qPrintable(file));
+  }
+
+ private:
+  QString folder_;
+  bool taken_ = false;
+};
+
 /// The application object is made when the first test runs, so that listing needs no display.
 class ApplicationEnvironment : public ::testing::Environment {
  public:
@@ -213,6 +238,8 @@ class ApplicationEnvironment : public ::testing::Environment {
     tessary::test::s_buttons = new tessary::test::ButtonWatch;
     tessary::test::s_buttons->setParent(application_.get());
     application_->installEventFilter(tessary::test::s_buttons);
+    ::testing::UnitTest::GetInstance()->listeners().Append(
+        new ScreenshotOfFailure(QCoreApplication::applicationDirPath() + "/screenshots"));
   }
   void TearDown() override { application_.reset(); }
 
