@@ -213,20 +213,20 @@ class ScreenshotOfFailure final : public ::testing::EmptyTestEventListener {
  public:
   explicit ScreenshotOfFailure(QString folder) : folder_(std::move(folder)) {}
 
-  void OnTestStart(const ::testing::TestInfo&) override { taken_ = false; }
+  void OnTestStart(const ::testing::TestInfo& test) override {
+    file_ = folder_ + "/failed-" + test.test_suite_name() + '.' + test.name() + ".png";
+  }
   void OnTestPartResult(const ::testing::TestPartResult& result) override {
-    const ::testing::TestInfo* test = ::testing::UnitTest::GetInstance()->current_test_info();
-    if (!result.failed() || !test || std::exchange(taken_, true)) return;
+    const QString file = result.failed() ? std::exchange(file_, {}) : QString();
+    if (file.isEmpty()) return;
     QDir().mkpath(folder_);
-    const QString file =
-        folder_ + "/failed-" + test->test_suite_name() + '.' + test->name() + ".png";
     QProcess::execute("import", {"-silent", "-window", "root", file});
     printf("The display then: %s\n", qPrintable(file));
   }
 
  private:
-  QString folder_;
-  bool taken_ = false;
+  const QString folder_;
+  QString file_;  ///< Of the current test, until it is taken.
 };
 
 /// The application object is made when the first test runs, so that listing needs no display.
