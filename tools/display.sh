@@ -15,11 +15,12 @@ trap end_started EXIT
 trap 'exit 130' INT
 trap 'exit 143' TERM
 
-# open_display WIDTHxHEIGHT: sets and exports DISPLAY.
+# open_display WIDTHxHEIGHT: sets and exports DISPLAY, which has GLX unless TESSARY_TEST_GLX is "none".
 open_display() {
-  local answer number
+  local answer number glx=+
+  [ "${TESSARY_TEST_GLX:-}" != none ] || glx=-
   answer=$(mktemp)
-  Xvfb -displayfd 3 -screen 0 "$1x24" +extension GLX +extension RANDR -nolisten tcp \
+  Xvfb -displayfd 3 -screen 0 "$1x24" ${glx}extension GLX +extension RANDR -nolisten tcp \
     3>"$answer" >/dev/null 2>&1 &
   started+=("$!")
   for _ in $(seq 600); do
