@@ -14,7 +14,7 @@ from desk import key, wait_for, xdotool
 
 SIZE = (640, 480)
 FIRST = 10             # times before anything is measured: what is made once is there then
-BREATH = 250_000       # bytes that the toolkit's cache of scaled icons comes and goes by
+BREATH = 150_000       # bytes that the toolkit's cache of scaled icons comes and goes by
 RESIDENT = 20_000_000  # bytes
 
 

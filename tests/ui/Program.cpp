@@ -81,15 +81,13 @@ namespace {
 
 /// Until one of the program's windows has the keyboard, the dialog if one is up: a hand is slower
 /// than the window manager, which would otherwise meet the next press while it hands the keyboard
-/// from one to another. Not for long, as another program may have it.
+/// from one to another.
 void waitForKeyboard() {
-  waitUntil(
-      [] {
-        const QWidget* dialog = QApplication::activeModalWidget();
-        const QWidget* active = dialog ? dialog : QApplication::activeWindow();
-        return active && active->isVisible() && hasKeyboard(*active);
-      },
-      std::chrono::seconds(1));
+  EXPECT_TRUE(waitUntil([] {
+    const QWidget* dialog = QApplication::activeModalWidget();
+    const QWidget* active = dialog ? dialog : QApplication::activeWindow();
+    return active && active->isVisible() && hasKeyboard(*active);
+  })) << "no window of the program has the keyboard";
 }
 
 }  // namespace
