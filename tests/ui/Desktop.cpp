@@ -8,6 +8,7 @@
 #include <memory>
 #include <set>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <QtGui/QGuiApplication>
@@ -16,6 +17,7 @@
 #include <QtWidgets/QMainWindow>
 #include <QtWidgets/QMenuBar>
 #include <QtWidgets/QToolBar>
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <xcb/xcb.h>
 
@@ -38,6 +40,46 @@ xcb_connection_t* display() {
 }
 
 xcb_screen_t& root() { return *xcb_setup_roots_iterator(xcb_get_setup(display())).data; }
+
+xcb_atom_t atomOf(std::string_view name) {
+  const Reply<xcb_intern_atom_reply_t> atom(
+      xcb_intern_atom_reply(
+          display(), xcb_intern_atom(display(), 0, uint16_t(name.size()), name.data()), nullptr),
+      std::free);
+  return atom ? atom->atom : xcb_atom_t(XCB_ATOM_NONE);
+}
+
+/// The first 32 bits of a window's property, nothing where it has none.
+std::optional<uint32_t> propertyOf(xcb_window_t window, std::string_view name, xcb_atom_t type) {
+  const Reply<xcb_get_property_reply_t> reply(
+      xcb_get_property_reply(
+          display(), xcb_get_property(display(), 0, window, atomOf(name), type, 0, 1), nullptr),
+      std::free);
+  if (!reply || xcb_get_property_value_length(reply.get()) != sizeof(uint32_t)) return {};
+  return *static_cast<const uint32_t*>(xcb_get_property_value(reply.get()));
+}
+
+/// Waits until the window manager has come to all that it was asked for before, by asking for one
+/// thing more: the frame that a window would get which never shows.
+bool windowManagerIsDone() {
+  constexpr std::string_view kAnswer = "_NET_FRAME_EXTENTS";
+  static const xcb_window_t s_window = [] {
+    const xcb_window_t window = xcb_generate_id(display());
+    xcb_create_window(display(), XCB_COPY_FROM_PARENT, window, root().root, 0, 0, 1, 1, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+    return window;
+  }();
+  xcb_delete_property(display(), s_window, atomOf(kAnswer));
+  xcb_client_message_event_t asks{};
+  asks.response_type = XCB_CLIENT_MESSAGE;
+  asks.format = 32;
+  asks.window = s_window;
+  asks.type = atomOf("_NET_REQUEST_FRAME_EXTENTS");
+  xcb_send_event(display(), 0, root().root,
+                 XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                 reinterpret_cast<const char*>(&asks));
+  return waitUntil([&] { return propertyOf(s_window, kAnswer, XCB_ATOM_CARDINAL).has_value(); });
+}
 
 /// What is there on the display that the compositor covers.
 QImage displayPart(const QRect& place) {
@@ -185,18 +227,7 @@ std::optional<QRect> placeOnDisplay(const QWidget& window) {
 bool hasKeyboard(const QWidget& window) {
   if (!window.isActiveWindow()) return false;
   if (isWayland()) return true;  // the compositor itself says so
-  constexpr std::string_view kName = "_NET_ACTIVE_WINDOW";
-  const Reply<xcb_intern_atom_reply_t> atom(
-      xcb_intern_atom_reply(display(), xcb_intern_atom(display(), 1, kName.size(), kName.data()),
-                            nullptr),
-      std::free);
-  const Reply<xcb_get_property_reply_t> active(
-      xcb_get_property_reply(
-          display(), xcb_get_property(display(), 0, root().root, atom->atom, XCB_ATOM_WINDOW, 0, 1),
-          nullptr),
-      std::free);
-  return active && xcb_get_property_value_length(active.get()) == sizeof(xcb_window_t) &&
-         *static_cast<const xcb_window_t*>(xcb_get_property_value(active.get())) == window.winId();
+  return propertyOf(root().root, "_NET_ACTIVE_WINDOW", XCB_ATOM_WINDOW) == window.winId();
 }
 
 bool isInItsPlace(const QWidget& window) {
@@ -216,8 +247,21 @@ bool isInItsPlace(const QWidget& window) {
 }
 
 void waitForPlace(const QWidget& window) {
-  EXPECT_TRUE(waitUntil([&] { return isInItsPlace(window); }))
-      << window.windowTitle().toStdString() << " is not where it should be";
+  const auto told = [](const QRect& rect) {
+    return fmt::format("{}x{} at {}, {}", rect.width(), rect.height(), rect.x(), rect.y());
+  };
+  std::optional<QRect> before;
+  const auto isInItForGood = [&] {
+    if (!isInItsPlace(window)) return false;
+    if (isWayland()) return true;
+    // Each answer of the window manager's may be answered by the program.
+    const std::optional<QRect> now = placeOnDisplay(window);
+    return windowManagerIsDone() && now == std::exchange(before, now);
+  };
+  EXPECT_TRUE(waitUntil(isInItForGood))
+      << window.windowTitle().toStdString() << " is not where it should be, "
+      << told(window.geometry()) << ", but " << told(placeOnDisplay(window).value_or(QRect()))
+      << "; its corner is " << told({window.mapToGlobal(QPoint(0, 0)), QSize()});
 }
 
 QPoint onDisplay(const QWidget& widget, QPoint position) {

@@ -21,7 +21,9 @@ bool hasKeyboard(const QWidget& window);
 /// Whether the display has the window where, and as large as, the program believes it to be.
 /// Wayland tells programs no places.
 bool isInItsPlace(const QWidget& window);
-/// Waits until the display has the window where, and as large as, the program believes it to be.
+/// Waits until the display has the window where, and as large as, the program believes it to be,
+/// and neither the window manager nor the program has anything left to say to that: on a busy
+/// machine a window that has just been framed goes to and fro.
 void waitForPlace(const QWidget& window);
 
 /// Where the display, in its pixels, has this position of a widget, whose window is in its place.

@@ -7,6 +7,7 @@
 #include <QtCore/QDir>
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QProcess>
+#include <QtGui/QCursor>
 #include <QtGui/QMouseEvent>
 #include <QtWidgets/QToolBar>
 #include <QtWidgets/QToolButton>
@@ -131,6 +132,31 @@ void key(const char* name) {
   xdotool({"key", QString::fromLatin1(name)});
 }
 
+QMenu* openMenu(const char* letter) {
+  key(("alt+" + std::string(letter)).c_str());
+  const auto menu = [] { return qobject_cast<QMenu*>(QApplication::activePopupWidget()); };
+  return waitUntil([&] { return menu() != nullptr; }) ? menu() : nullptr;
+}
+
+QWidget* waitForWindow(const char* title) {
+  const bool isThere = waitUntil([&] {
+    const QWidget* active = QApplication::activeWindow();
+    return active && active->windowTitle() == title && hasKeyboard(*active);
+  });
+  return isThere ? QApplication::activeWindow() : nullptr;
+}
+
+QWidget* openByKey(const std::vector<const char*>& names, const char* title) {
+  const QWidget* last = nullptr;
+  for (const char* name : names) {
+    const auto hasNext = [&] { return QApplication::activeWindow() != last; };
+    if (!waitUntil(hasNext)) return nullptr;
+    last = QApplication::activeWindow();
+    key(name);
+  }
+  return waitForWindow(title);
+}
+
 Program::Program(Start start) : platform(std::make_unique<Platform>()) {
   auto memory = std::make_unique<MemoryKeyValueStore>();
   store = memory.get();
@@ -154,13 +180,7 @@ Program::Program(Start start) : platform(std::make_unique<Platform>()) {
   delegate->applicationDidFinishLaunching();
   EXPECT_TRUE(waitUntil([this] { return hasKeyboard(window()); }));
   // The window manager places the window after it is mapped: clicks before that would miss.
-  QRect place;
-  int turnsInPlace = 0;
-  EXPECT_TRUE(waitUntil([&] {
-    const QRect now(container().mapToGlobal(QPoint()), container().size());
-    turnsInPlace = now == std::exchange(place, now) ? turnsInPlace + 1 : 0;
-    return turnsInPlace > 8;
-  }));
+  waitForPlace(window());
 }
 
 Program::~Program() {
@@ -212,14 +232,17 @@ class ScreenshotOfFailure final : public ::testing::EmptyTestEventListener {
   explicit ScreenshotOfFailure(QString folder) : folder_(std::move(folder)) {}
 
   void OnTestStart(const ::testing::TestInfo& test) override {
-    file_ = folder_ + "/failed-" + test.test_suite_name() + '.' + test.name() + ".png";
+    QString name = QString("%1.%2").arg(test.test_suite_name(), test.name());
+    file_ = folder_ + "/failed-" + name.replace('/', '-') + ".png";
   }
   void OnTestPartResult(const ::testing::TestPartResult& result) override {
     const QString file = result.failed() ? std::exchange(file_, {}) : QString();
     if (file.isEmpty()) return;
     QDir().mkpath(folder_);
     QProcess::execute("import", {"-silent", "-window", "root", file});
-    printf("The display then: %s\n", qPrintable(file));
+    const QPoint pointer = QCursor::pos();
+    printf("The display then: %s, the pointer at %d, %d\n", qPrintable(file), pointer.x(),
+           pointer.y());
   }
 
  private:

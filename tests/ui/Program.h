@@ -8,6 +8,7 @@
 
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QLabel>
+#include <QtWidgets/QMenu>
 #include <QtWidgets/QSlider>
 #include <QtWidgets/QToolBar>
 
@@ -50,6 +51,12 @@ void click(const QWidget& widget);
 void drag(const QWidget& widget, QPoint from, QPoint to);
 /// A key as xdotool names it, e.g. "Return" or "ctrl+m".
 void key(const char* name);
+/// Opens the menu of that letter, with Alt; null if none opens.
+QMenu* openMenu(const char* letter);
+/// The window of that title once it has the keyboard, null if it doesn't come.
+QWidget* waitForWindow(const char* title);
+/// The same after these keys, of which each opens the window that the next one goes to.
+QWidget* openByKey(const std::vector<const char*>& names, const char* title);
 
 /// How the program finds the world when it starts.
 struct Start {

@@ -98,8 +98,7 @@ TEST_F(Copy, FromTheMenuIsTheSame) {
   Program program;
   ASSERT_NO_FATAL_FAILURE(begin(program));
   draw(program, "Rectangle Item Identifier", {120, 240}, {320, 340});
-  key("alt+e");
-  ASSERT_TRUE(waitUntil([] { return QApplication::activePopupWidget() != nullptr; }));
+  ASSERT_TRUE(openMenu("e"));
   key("y");
   EXPECT_TRUE(waitUntil([] { return QGuiApplication::clipboard()->text() != "before"; }));
   EXPECT_EQ(paste("UTF8_STRING").toStdString(),

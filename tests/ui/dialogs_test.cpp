@@ -267,8 +267,7 @@ TEST(Commands, OneFromTheMenuAndFromTheToolbarIsTheSame) {
   };
   for (const bool menuFirst : {true, false}) {
     const auto fromMenu = [] {
-      key("alt+e");
-      ASSERT_TRUE(waitUntil([] { return QApplication::activePopupWidget() != nullptr; }));
+      ASSERT_TRUE(openMenu("e"));
       for (const char* name : {"Down", "Down", "Return"}) key(name);
       ASSERT_TRUE(waitUntil([] { return QApplication::activePopupWidget() == nullptr; }));
     };

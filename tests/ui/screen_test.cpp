@@ -22,7 +22,7 @@ constexpr int kBottomPanel = 30;
 /// A desktop's panel, along the whole of an edge of the screen.
 class Panel final : public QWidget {
  public:
-  Panel(Qt::Edge edge, int height) {
+  Panel(Qt::Edge edge, int height) : edge_(edge) {
     setAttribute(Qt::WA_X11NetWmWindowTypeDock);
     const QRect all = screen()->geometry();
     setGeometry(0, edge == Qt::TopEdge ? 0 : all.height() - height, all.width(), height);
@@ -41,6 +41,18 @@ class Panel final : public QWidget {
                         XCB_ATOM_CARDINAL, 32, room.size(), room.data());
     show();
   }
+  /// The next window that opens finds its room again.
+  ~Panel() override {
+    hide();
+    EXPECT_TRUE(waitUntil([this] {
+      const QRect room = screen()->availableGeometry();
+      const QRect all = screen()->geometry();
+      return edge_ == Qt::TopEdge ? room.top() == all.top() : room.bottom() == all.bottom();
+    }));
+  }
+
+ private:
+  const Qt::Edge edge_;
 };
 
 QRect frameOnDisplay(const QWidget& window) {

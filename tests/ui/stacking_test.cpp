@@ -46,8 +46,7 @@ struct Opening {
   std::function<void(Program&)> open;
 };
 void about(Program&) {
-  key("alt+t");
-  ASSERT_TRUE(waitUntil([] { return QApplication::activePopupWidget() != nullptr; }));
+  ASSERT_TRUE(openMenu("t"));
   key("Return");
 }
 const Opening kAlways[] = {

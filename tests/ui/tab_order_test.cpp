@@ -39,16 +39,8 @@ TEST(TabOrder, FollowsTheEye) {
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.title);
-    const auto isThere = [](const char* title) {
-      const QWidget* active = QApplication::activeWindow();
-      return active && active->windowTitle() == title && QApplication::focusWidget();
-    };
-    key(row.keys.front());
-    if (row.keys.size() > 1) {
-      ASSERT_TRUE(waitUntil([&] { return isThere("Calibrations"); }));
-      key(row.keys[1]);
-    }
-    ASSERT_TRUE(waitUntil([&] { return isThere(row.title); }));
+    QWidget* window = openByKey(row.keys, row.title);
+    ASSERT_TRUE(window && waitUntil([] { return QApplication::focusWidget() != nullptr; }));
     std::vector<std::string> order{nameOf(QApplication::focusWidget())};
     for (size_t i = 0; i < row.order.size(); ++i) {
       const QWidget* before = QApplication::focusWidget();
@@ -59,7 +51,7 @@ TEST(TabOrder, FollowsTheEye) {
     std::vector<std::string> around = row.order;
     around.push_back(row.order.front());
     EXPECT_EQ(order, around);
-    QApplication::activeWindow()->close();
+    window->close();
     ASSERT_TRUE(waitUntil([&] { return hasKeyboard(program.window()); }));
   }
 }

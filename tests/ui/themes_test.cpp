@@ -128,9 +128,9 @@ TEST(Themes, IconsAreSeenInTheToolbarAndInAMenusHighlightedRow) {
     EXPECT_GT(shareSeen(onScreen(button, button.rect().adjusted(inset, inset, -inset, -inset))),
               0.2);
 
-    key("alt+e");
-    ASSERT_TRUE(waitUntil([] { return QApplication::activePopupWidget() != nullptr; }));
-    auto& menu = dynamic_cast<QMenu&>(*QApplication::activePopupWidget());
+    QMenu* opened = openMenu("e");
+    ASSERT_TRUE(opened);
+    QMenu& menu = *opened;
     QAction& grid = *button.defaultAction();
     const QRect row = menu.actionGeometry(&grid);
     key("Down");  // past calibration and crosshair
