@@ -82,9 +82,10 @@ namespace {
 
 /// Until one of the program's windows has the keyboard, the dialog if one is up: a hand is slower
 /// than the window manager, which would otherwise meet the next press while it hands the keyboard
-/// from one to another.
+/// from one to another. What pops up has taken it for itself.
 void waitForKeyboard() {
   EXPECT_TRUE(waitUntil([] {
+    if (QApplication::activePopupWidget()) return true;
     const QWidget* dialog = QApplication::activeModalWidget();
     const QWidget* active = dialog ? dialog : QApplication::activeWindow();
     return active && active->isVisible() && hasKeyboard(*active);
