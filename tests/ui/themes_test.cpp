@@ -125,8 +125,8 @@ TEST(Themes, IconsAreSeenInTheToolbarAndInAMenusHighlightedRow) {
     const auto& button = dynamic_cast<QToolButton&>(program.button("Grid Item Identifier"));
     // A quarter of its way is the icon's own margin.
     const int inset = (button.width() - button.iconSize().width()) / 2 + 1;
-    EXPECT_GT(shareSeen(onScreen(button, button.rect().adjusted(inset, inset, -inset, -inset))),
-              0.2);
+    const QRect inButton = button.rect().adjusted(inset, inset, -inset, -inset);
+    EXPECT_TRUE(waitUntil([&] { return shareSeen(onScreen(button, inButton)) > 0.2; }));
 
     QMenu* opened = openMenu("e");
     ASSERT_TRUE(opened);
