@@ -135,11 +135,14 @@ TEST_F(FileSavedWindow, AClickClosesItAndTheNextSaveBringsItBackForItsFullTime) 
   EXPECT_FALSE(timer->isActive());
   int ticks = 0;
   QObject::connect(timer, &QTimer::timeout, &notice, [&] { ++ticks; });
+  QElapsedTimer shown;
+  shown.start();
   showFileSavedWindow("second.jpg");
   hurry(notice);
   EXPECT_TRUE(notice.isVisible());
   EXPECT_TRUE(waitUntil([&] { return !notice.isVisible(); }));
-  EXPECT_EQ(ticks, 38);
+  EXPECT_LE(ticks, 38);
+  EXPECT_GE(ticks + shown.elapsed() / 100, 38) << "but for those that a busy machine missed";
 }
 
 }  // namespace
