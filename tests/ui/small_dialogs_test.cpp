@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include <QtCore/QElapsedTimer>
 #include <QtGui/QClipboard>
 #include <QtWidgets/QLineEdit>
@@ -133,16 +135,20 @@ TEST_F(FileSavedWindow, AClickClosesItAndTheNextSaveBringsItBackForItsFullTime) 
   EXPECT_TRUE(waitUntil([&] { return !notice.isVisible(); }));
   auto* timer = notice.findChild<QTimer*>();
   EXPECT_FALSE(timer->isActive());
-  int ticks = 0;
-  QObject::connect(timer, &QTimer::timeout, &notice, [&] { ++ticks; });
   QElapsedTimer shown;
   shown.start();
+  int ticks = 0;
+  int missed = 0;  // while the machine was busy: counted with the next one
+  QObject::connect(timer, &QTimer::timeout, &notice, [&] {
+    ++ticks;
+    missed = std::max(missed, int(shown.elapsed() / 100) - ticks);
+  });
   showFileSavedWindow("second.jpg");
   hurry(notice);
   EXPECT_TRUE(notice.isVisible());
   EXPECT_TRUE(waitUntil([&] { return !notice.isVisible(); }));
   EXPECT_LE(ticks, 38);
-  EXPECT_GE(ticks + shown.elapsed() / 100, 38) << "but for those that a busy machine missed";
+  EXPECT_GE(ticks + missed, 38);
 }
 
 }  // namespace
