@@ -17,7 +17,7 @@ trap 'exit 143' TERM
 
 # open_display WIDTHxHEIGHT: sets and exports DISPLAY, which has GLX unless TESSARY_TEST_GLX is "none".
 open_display() {
-  local answer number glx=+
+  local answer number settings glx=+
   [ "${TESSARY_TEST_GLX:-}" != none ] || glx=-
   answer=$(mktemp)
   Xvfb -displayfd 3 -screen 0 "$1x24" ${glx}extension GLX +extension RANDR -nolisten tcp \
@@ -33,7 +33,10 @@ open_display() {
   export DISPLAY=:$number
   unset WAYLAND_DISPLAY
   export QT_QPA_PLATFORM=xcb
-  openbox >/dev/null 2>&1 &
+  # A window that is no longer minimised would fly to its place, and stand beside it meanwhile.
+  settings=$(mktemp)
+  sed 's|\(<animateIconify>\)yes|\1no|' /etc/xdg/openbox/rc.xml >"$settings"
+  openbox --config-file "$settings" >/dev/null 2>&1 &
   started+=("$!")
   # Windows that are mapped before the window manager is there end up anywhere. On a busy machine
   # it has been seen to give up.
@@ -41,14 +44,16 @@ open_display() {
     # The list of its windows is the last that it makes before it takes new ones.
     if xprop -root _NET_CLIENT_LIST 2>/dev/null | grep -q 'window id'; then
       export WINDOW_MANAGER_PID=${started[-1]}
+      rm "$settings"
       return
     fi
     if ! kill -0 "${started[-1]}" 2>/dev/null; then
-      openbox >/dev/null 2>&1 &
+      openbox --config-file "$settings" >/dev/null 2>&1 &
       started[-1]=$!
     fi
     sleep 0.05
   done
+  rm "$settings"
   echo "openbox did not start" >&2
   return 1
 }

@@ -17,30 +17,35 @@ namespace tessary::test {
 namespace {
 
 /// Counts what the display sends to the program's windows.
-class ButtonWatch final : public QObject {
+class InputWatch final : public QObject {
  public:
-  int events = 0;  ///< Of the left button: presses and releases.
+  qsizetype events = 0;  ///< Presses and releases of the left button, and presses of keys.
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override {
     const bool isButton = event->type() == QEvent::MouseButtonPress ||
                           event->type() == QEvent::MouseButtonDblClick ||
                           event->type() == QEvent::MouseButtonRelease;
-    if (isButton && watched->isWindowType() &&
-        static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton)
-      ++events;
+    if (!watched->isWindowType()) return false;
+    if (isButton && static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) ++events;
+    // A key that is a shortcut is pressed for nobody; whoever wants it for himself is asked first.
+    if (event->type() == QEvent::ShortcutOverride) ++events;
     return false;
   }
 };
 
-ButtonWatch* s_buttons = nullptr;
+InputWatch* s_input = nullptr;
 
-/// How often these arguments of xdotool press or let go the left button.
-int buttonEvents(const QStringList& arguments) {
-  int count = 0;
-  for (qsizetype i = 0; i + 1 < arguments.size(); ++i)
-    count += arguments[i].startsWith(QLatin1String("mouse")) && arguments[i + 1] == "1" &&
-             arguments[i] != "mousemove";
+/// How many of the events that are counted come of these arguments of xdotool, at the least.
+qsizetype inputEvents(const QStringList& arguments) {
+  qsizetype count = 0;
+  for (qsizetype i = 0; i + 1 < arguments.size(); ++i) {
+    const QString& command = arguments[i];
+    const QString& what = arguments[i + 1];
+    if (command == "key") count += what.count('+') + 1;
+    if (command == "type") count += arguments.last().size();
+    if (command == "mousedown" || command == "mouseup") count += what == "1";
+  }
   return count;
 }
 
@@ -63,14 +68,13 @@ void minimize(QWidget& window) {
 }
 
 void xdotool(const QStringList& arguments) {
-  const int before = s_buttons->events;
+  const qsizetype before = s_input->events;
   QProcess process;
   process.start(QStringLiteral("xdotool"), arguments);
   const bool ended = waitUntil([&] { return process.state() == QProcess::NotRunning; });
   EXPECT_TRUE(ended && process.exitCode() == 0) << arguments.join(' ').toStdString();
-  // A press or release has come by way of the window manager; none comes to a window that is
-  // blocked.
-  waitUntil([&] { return s_buttons->events - before >= buttonEvents(arguments); },
+  // They come by way of the window manager; none comes to a window that is blocked.
+  waitUntil([&] { return s_input->events - before >= inputEvents(arguments); },
             std::chrono::seconds(2));
   // What else xdotool sent is in the server; one round trip brings it here.
   QElapsedTimer settle;
@@ -257,9 +261,9 @@ class ApplicationEnvironment : public ::testing::Environment {
   void SetUp() override {
     application_ = tessary::makeApplication(argc_, argv_, "tessary-test");
     QApplication::setQuitOnLastWindowClosed(false);
-    tessary::test::s_buttons = new tessary::test::ButtonWatch;
-    tessary::test::s_buttons->setParent(application_.get());
-    application_->installEventFilter(tessary::test::s_buttons);
+    tessary::test::s_input = new tessary::test::InputWatch;
+    tessary::test::s_input->setParent(application_.get());
+    application_->installEventFilter(tessary::test::s_input);
     ::testing::UnitTest::GetInstance()->listeners().Append(
         new ScreenshotOfFailure(QCoreApplication::applicationDirPath() + "/screenshots"));
   }

@@ -116,17 +116,23 @@ TEST(Themes, IconsStandOutFromToolbarAndHighlightedRow) {
   }
 }
 
-TEST(Themes, IconsAreSeenInTheToolbarAndInAMenusHighlightedRow) {
+TEST(Themes, IconsAreSeenInTheToolbarBelowThePointerAndInAMenusHighlightedRow) {
   for (const Theme& theme : kThemes) {
     SCOPED_TRACE(theme.name);
     const Themed themed(theme);
     Program program;
     ASSERT_TRUE(program.waitForPicture());
+    moveTo(program.container(), program.container().rect().center());  // not over a button
     const auto& button = dynamic_cast<QToolButton&>(program.button("Grid Item Identifier"));
     // A quarter of its way is the icon's own margin.
     const int inset = (button.width() - button.iconSize().width()) / 2 + 1;
     const QRect inButton = button.rect().adjusted(inset, inset, -inset, -inset);
     EXPECT_TRUE(waitUntil([&] { return shareSeen(onScreen(button, inButton)) > 0.2; }));
+    const QImage before = onScreen(button, button.rect());
+    moveTo(button, button.rect().center());
+    EXPECT_TRUE(waitUntil([&] { return onScreen(button, button.rect()) != before; }));
+    EXPECT_TRUE(waitUntil([&] { return shareSeen(onScreen(button, inButton)) > 0.2; }))
+        << "below the pointer " << shareSeen(onScreen(button, inButton));
 
     QMenu* opened = openMenu("e");
     ASSERT_TRUE(opened);

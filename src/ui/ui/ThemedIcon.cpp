@@ -18,6 +18,8 @@ namespace {
 constexpr QColor kInks[] = {QColor(0x2f, 0x7e, 0xa8), QColor(0xd2, 0x55, 0x3f)};
 /// A little more than pictures need: a toolbar's ground is not quite the window's colour.
 constexpr double kEnough = 3.3;
+/// Below the pointer a button's ground comes nearer to the inks in a dark theme.
+constexpr double kEnoughBelowPointer = 4.5;
 constexpr int kSteps = 8;
 
 QColor mixed(const QColor& a, const QColor& b, double share) {
@@ -26,13 +28,14 @@ QColor mixed(const QColor& a, const QColor& b, double share) {
                           mix(a.blueF(), b.blueF()));
 }
 
-/// How much of the theme's text colour the inks need, from 0 to 1, to stand out from its windows.
-double shareOfText(const QPalette& theme) {
+/// How much of the theme's text colour the inks need, from 0 to 1, to stand out from its windows by
+/// `enough`.
+double shareOfText(const QPalette& theme, double enough) {
   for (int step = 0; step < kSteps; ++step) {
     const double share = double(step) / kSteps;
     if (std::ranges::all_of(kInks, [&](const QColor& ink) {
           return contrastRatio(mixed(ink, theme.windowText().color(), share),
-                               theme.window().color()) >= kEnough;
+                               theme.window().color()) >= enough;
         }))
       return share;
   }
@@ -56,7 +59,8 @@ class ThemedIconEngine final : public QIconEngine {
       tint(picture, QApplication::palette("QMenu").highlightedText().color(), 1);
     } else {
       const QPalette theme = QApplication::palette();
-      tint(picture, theme.windowText().color(), shareOfText(theme));
+      const double enough = mode == QIcon::Active ? kEnoughBelowPointer : kEnough;
+      tint(picture, theme.windowText().color(), shareOfText(theme, enough));
     }
     return picture;
   }

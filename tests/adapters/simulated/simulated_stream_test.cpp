@@ -1,3 +1,5 @@
+#include <thread>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -161,6 +163,22 @@ TEST(SimulatedStream, AFreezeIsAGapInTime) {
                                     arrivals[i - 1].frame.presentationTimeStamp);
   }
   EXPECT_GE(longest, 200ms);
+}
+
+TEST(SimulatedStream, NothingArrivesAfterAFreezeNotEvenWhatWasBeingMade) {
+  SimulatedRig rig;
+  rig.start(rig.format(kMjpeg, 1920));
+  ASSERT_TRUE(rig.sink.waitForFrames(1));
+  for (int i = 0; i < 5; ++i) {
+    const size_t before = rig.sink.frameCount();
+    rig.system.freeze(0ms);
+    ASSERT_TRUE(rig.sink.waitForFrames(before + 1));
+    // The next one is as good as always in the making: at this size that takes as long as a frame.
+    rig.system.freeze(200ms);
+    const size_t frozen = rig.sink.frameCount();
+    std::this_thread::sleep_for(100ms);
+    EXPECT_EQ(rig.sink.frameCount(), frozen);
+  }
 }
 
 TEST(SimulatedStream, UnpluggingEndsItQuietly) {

@@ -43,7 +43,7 @@ class SimulatedCaptureSystem final : public CaptureSystem {
   // Faults of the microscope that is plugged in; nothing without one.
   /// The next `frames` frames arrive cut off in the middle.
   void damageNext(int frames);
-  /// No frame comes for `time` from now.
+  /// No frame comes for `time` from now; waits for one that is being sent.
   void freeze(std::chrono::milliseconds time);
   /// The next opening fails with `reason`.
   void failNextOpen(std::string reason) { openFailure_ = std::move(reason); }

@@ -91,14 +91,13 @@ bool SimulatedDeviceInput::runSetting(const std::stop_token& stop, FrameSink& si
     if (isOver()) return false;
     if (microscope_->setting().revision != setting.revision) return true;
     const MediaTime stamp = pace.due();
-    sendFrame(sink, stamp);
+    microscope_->sendUnlessFrozen([&] { sendFrame(sink, stamp); });
     pace.advance(now());
     earliest_ = pace.due();
   }
 }
 
 void SimulatedDeviceInput::sendFrame(FrameSink& sink, MediaTime stamp) {
-  if (microscope_->isFrozen(SteadyClock::now())) return;
   const CaptureFormat& format = frames_->format();
   std::span<const uint8_t> bytes = frames_->frame(frameIndex_++);
   if (microscope_->takeDamage()) bytes = bytes.first(bytes.size() / 2);

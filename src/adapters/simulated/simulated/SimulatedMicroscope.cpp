@@ -110,9 +110,13 @@ bool SimulatedMicroscope::takeDamage() {
   return true;
 }
 
-bool SimulatedMicroscope::isFrozen(TimePoint now) const {
-  const std::lock_guard lock(mutex_);
-  return now < frozenUntil_;
+void SimulatedMicroscope::sendUnlessFrozen(const std::function<void()>& send) {
+  const std::lock_guard sending(sending_);
+  {
+    const std::lock_guard lock(mutex_);
+    if (std::chrono::steady_clock::now() < frozenUntil_) return;
+  }
+  send();
 }
 
 void SimulatedMicroscope::countDroppedFrame() {
@@ -134,8 +138,11 @@ void SimulatedMicroscope::damageNext(int frames) {
 }
 
 void SimulatedMicroscope::freeze(std::chrono::milliseconds time) {
-  const std::lock_guard lock(mutex_);
-  frozenUntil_ = std::chrono::steady_clock::now() + time;
+  {
+    const std::lock_guard lock(mutex_);
+    frozenUntil_ = std::chrono::steady_clock::now() + time;
+  }
+  const std::lock_guard sent(sending_);
 }
 
 uint64_t SimulatedMicroscope::droppedFrames() const {

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <span>
@@ -58,7 +59,8 @@ class SimulatedMicroscope final : public CaptureDevice {
   void keepFrames(std::unique_ptr<FrameLoop> frames);
   /// Whether the next frame is to be spoilt.
   bool takeDamage();
-  bool isFrozen(TimePoint now) const;
+  /// Has `send` send a frame, unless none is to come now.
+  void sendUnlessFrozen(const std::function<void()>& send);
   void countDroppedFrame();
 
   Optics& optics() { return optics_; }
@@ -66,6 +68,7 @@ class SimulatedMicroscope final : public CaptureDevice {
   // Events, and faults on request.
   void disconnect();
   void damageNext(int frames);
+  /// No frame comes for `time` from the return of this, which waits for one that is being sent.
   void freeze(std::chrono::milliseconds time);
   /// Frames that did not decode, over all streams.
   uint64_t droppedFrames() const;
@@ -73,6 +76,7 @@ class SimulatedMicroscope final : public CaptureDevice {
  private:
   const std::vector<CaptureFormat> formats_;
   Optics optics_;
+  std::mutex sending_;        // held, before mutex_, while a frame is made and delivered
   mutable std::mutex mutex_;  // guards all below
   std::condition_variable_any changed_;
   Setting inForce_;
