@@ -16,11 +16,12 @@ trap 'exit 130' INT
 trap 'exit 143' TERM
 
 # open_display WIDTHxHEIGHT: sets and exports DISPLAY, which has GLX unless TESSARY_TEST_GLX is "none".
+# Its keys don't repeat: on a busy machine one would be held down for longer than a hand meant to.
 open_display() {
   local answer number settings glx=+
   [ "${TESSARY_TEST_GLX:-}" != none ] || glx=-
   answer=$(mktemp)
-  Xvfb -displayfd 3 -screen 0 "$1x24" ${glx}extension GLX +extension RANDR -nolisten tcp \
+  Xvfb -displayfd 3 -screen 0 "$1x24" ${glx}extension GLX +extension RANDR -nolisten tcp -r \
     3>"$answer" >/dev/null 2>&1 &
   started+=("$!")
   for _ in $(seq 600); do
