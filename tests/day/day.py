@@ -401,18 +401,20 @@ class Day:
         kind, content = self.boxes(path)[0]
         check(kind == b'ftyp' and content[:4] == b'qt  ', f'it begins with {kind} {content}')
         done = subprocess.run(['ffprobe', '-v', 'error', '-of', 'json', '-count_frames',
-                               '-show_streams', '-show_format', path], check=True, text=True,
-                              stdout=subprocess.PIPE)
+                               '-show_streams', '-show_packets', '-show_format', path],
+                              check=True, text=True, stdout=subprocess.PIPE)
         answer = json.loads(done.stdout)
         stream, = answer['streams']
         check((stream['codec_name'], stream['width'], stream['height']) == ('h264', WIDTH, HEIGHT),
               f'{stream["codec_name"]} {stream["width"]}x{stream["height"]}')
         seconds, frames = float(answer['format']['duration']), int(stream['nb_read_frames'])
         print(f'         movie: {seconds:.2f} s, {frames} frames', flush=True)
+        # The last frame lasts as long as the one before it, and so beyond the recording's end.
+        last = max(float(packet['pts_time']) for packet in answer['packets'])
         # Frames are dropped where the machine can't encode them in time, and never shown late.
         fewest = 0.2 if SLOW else 3
-        check(4.5 < seconds < longest and fewest < frames / seconds < 31,
-              f'{frames} frames in {seconds} s')
+        check(4.5 < seconds and last < longest and fewest < frames / seconds < 31,
+              f'{frames} frames in {seconds} s, the last after {last} of at most {longest} s')
         frame = os.path.join(self.out, 'movie-frame.png')
         subprocess.run(['ffmpeg', '-v', 'error', '-y', '-ss', '2', '-i', path, '-frames:v', '1', frame],
                        check=True)
